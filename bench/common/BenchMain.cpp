@@ -1,0 +1,19 @@
+#include <QApplication>
+
+#include <benchmark/benchmark.h>
+#include <glog/logging.h>
+
+int main(int argc, char** argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (!google::IsGoogleLoggingInitialized())
+        google::InitGoogleLogging(argv[0]);
+    QApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

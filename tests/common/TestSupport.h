@@ -1,0 +1,33 @@
+#pragma once
+
+#include <glog/logging.h>
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace TestSupport {
+
+// Collects the glog lines written while it lives, so a test can assert that a caller's
+// mistake was reported (and that a correct call reported nothing).
+class LogCapture : public google::LogSink
+{
+public:
+    LogCapture();
+    ~LogCapture() override;
+    LogCapture(const LogCapture&) = delete;
+    LogCapture& operator=(const LogCapture&) = delete;
+
+    void send(google::LogSeverity severity, const char* fullFilename, const char* baseFilename,
+              int line, const struct ::tm* tmTime, const char* message, size_t messageLen) override;
+
+    std::vector<std::string> errors() const;
+    bool containsError(const std::string& fragment) const;
+    void clear();
+
+private:
+    mutable std::mutex m_mutex;
+    std::vector<std::string> m_errors;
+};
+
+} // namespace TestSupport
