@@ -1,0 +1,44 @@
+#pragma once
+
+#include <Util/Sticky/StickyArea.h>
+
+#include <QGraphicsRectItem>
+#include <QGraphicsScene>
+#include <QPen>
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+
+inline void PrintTo(const StickyArea::StickyPoint& p, std::ostream* os)
+{
+    *os << "{area " << static_cast<const void*>(p.area) << ", pos (" << p.pos.x() << ", " << p.pos.y()
+        << "), level " << p.level << ", index " << p.index << "}";
+}
+
+// A real scene whose rectangles measure exactly their given size (no pen margin).
+class StickySceneTest : public ::testing::Test
+{
+protected:
+    QGraphicsRectItem* addItem(double w, double h = 10.0, double x = 0.0, double y = 0.0)
+    {
+        auto* item = new QGraphicsRectItem(0.0, 0.0, w, h);
+        item->setPen(Qt::NoPen);
+        item->setPos(x, y);
+        scene.addItem(item);
+        return item;
+    }
+
+    QGraphicsScene scene;
+};
+
+// Every field of a point; the arguments may be any expressions.
+#define EXPECT_POINT(point, expectedArea, expectedX, expectedY, expectedLevel, expectedIndex)                  \
+    do {                                                                                                       \
+        const StickyArea::StickyPoint actual_ = (point);                                                       \
+        EXPECT_EQ(actual_.area, (expectedArea));                                                               \
+        EXPECT_DOUBLE_EQ(actual_.pos.x(), (expectedX));                                                        \
+        EXPECT_DOUBLE_EQ(actual_.pos.y(), (expectedY));                                                        \
+        EXPECT_EQ(actual_.level, (expectedLevel));                                                             \
+        EXPECT_EQ(actual_.index, (expectedIndex));                                                             \
+    } while (false)

@@ -1,0 +1,279 @@
+#include "StickyTestSupport.h"
+
+#include <TestSupport.h>
+
+#include <Util/Sticky/StickyFreeLine.h>
+#include <Util/Sticky/StickyMagneticLine.h>
+
+#include <QSignalSpy>
+
+namespace {
+
+class StickyMagneticLineTest : public StickySceneTest
+{
+protected:
+    void SetUp() override
+    {
+        heightSpy = std::make_unique<QSignalSpy>(&line, &StickyArea::heightChanged);
+        countSpy = std::make_unique<QSignalSpy>(&line, &StickyArea::itemsCountChanged);
+        line.enableHeightTracking(true);
+    }
+
+    // Appends an item of width w and re-packs the line.
+    QGraphicsRectItem* append(double w, bool placeholder = false, double h = 10.0)
+    {
+        QGraphicsRectItem* item = addItem(w, h, 500, 500);
+        line.insertItem(StickyArea::StickyPoint(&line, {}, 0, -1), item, placeholder);
+        line.updateLayout(item);
+        return item;
+    }
+
+    QList<QGraphicsItem*> items() const { return QList<QGraphicsItem*>(line.begin(), line.end()); }
+
+    StickyMagneticLine line;
+    std::unique_ptr<QSignalSpy> heightSpy;
+    std::unique_ptr<QSignalSpy> countSpy;
+};
+
+TEST_F(StickyMagneticLineTest, EmptyLineAnswersTheOrigin)
+{
+    line.setOrigin(QPointF(100, 30));
+    EXPECT_POINT(line.findStickyPoint(QPointF(250, 0), nullptr), &line, 100, 30, 0, 0);
+    EXPECT_POINT(line.findStickyPoint(QPointF(250, 0), nullptr, {}), &line, 100, 30, 0, 0);
+    EXPECT_DOUBLE_EQ(line.width(), 0.0);
+    EXPECT_EQ(line.itemAt(StickyArea::StickyPoint(&line, {}, 0, 0)), nullptr);
+    EXPECT_EQ(heightSpy->count(), 0);
+}
+
+struct MagneticDropRow
+{
+    const char* name;
+    double x;
+    double edge;
+    int index;
+};
+
+class MagneticDropTest : public StickyMagneticLineTest, public ::testing::WithParamInterface<MagneticDropRow>
+{
+};
+
+// Items of widths 10 and 20 from origin x 100: edges 100, 110, 130. A placeholder of width 50
+// between them packs but adds no edge, and a zero-width item adds no distinct edge.
+TEST_P(MagneticDropTest, ChoosesTheGreatestEdgeNotRightOfTheDrop)
+{
+    line.setOrigin(QPointF(100, 40));
+    for (bool withExtras : {false, true}) {
+        line.clear();
+        QGraphicsRectItem* first = append(10);
+        if (withExtras) {
+            append(50, true);
+            append(0);
+        }
+        append(20);
+        SCOPED_TRACE(withExtras ? "with placeholder and zero-width item" : "two items");
+        EXPECT_POINT(line.findStickyPoint(QPointF(GetParam().x, -300), first), &line, GetParam().edge, 40, 0,
+                     GetParam().index);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, MagneticDropTest,
+                         ::testing::Values(MagneticDropRow{"left_of_the_line", 95, 100, 0},
+                                           MagneticDropRow{"on_the_origin", 100, 100, 0},
+                                           MagneticDropRow{"inside_the_first_item", 109.99, 100, 0},
+                                           MagneticDropRow{"on_the_first_edge", 110, 110, 1},
+                                           MagneticDropRow{"inside_the_second_item", 125, 110, 1},
+                                           MagneticDropRow{"on_the_end", 130, 130, 2},
+                                           MagneticDropRow{"far_right", 500, 130, 2}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(StickyMagneticLineTest, LayoutPacksItemsInListOrder)
+{
+    line.setOrigin(QPointF(100, 40));
+    QGraphicsRectItem* a = append(10, false, 30);
+    QGraphicsRectItem* placeholder = append(50, true);
+    QGraphicsRectItem* b = append(20);
+    EXPECT_EQ(a->pos(), QPointF(100, 40));
+    EXPECT_EQ(placeholder->pos(), QPointF(110, 40)) << "a placeholder takes its room";
+    EXPECT_EQ(b->pos(), QPointF(160, 40));
+    EXPECT_DOUBLE_EQ(line.width(), 180.0) << "the scene x of the right end, not a length";
+    EXPECT_EQ(countSpy->count(), 3);
+    ASSERT_EQ(heightSpy->count(), 1) << "one real change of height (30) over three layouts";
+    EXPECT_DOUBLE_EQ(heightSpy->at(0).at(0).toDouble(), 30.0);
+
+    // A drop at x 170 picks edge 130 (index 2): the placeholder is not an edge. Moving b there
+    // keeps the list order (b is already last).
+    line.moveItem(line.findStickyPoint(QPointF(170, 0), b), b);
+    EXPECT_EQ(items(), (QList<QGraphicsItem*>{a, placeholder, b}));
+    line.removeItem(placeholder);
+    line.updateLayout(nullptr);
+    EXPECT_EQ(b->pos(), QPointF(110, 40));
+    EXPECT_DOUBLE_EQ(line.width(), 130.0);
+    EXPECT_EQ(countSpy->count(), 4);
+    EXPECT_EQ(heightSpy->count(), 1);
+}
+
+TEST_F(StickyMagneticLineTest, InsertAtAnEdgeOpensTheSlot)
+{
+    QGraphicsRectItem* a = append(10);
+    QGraphicsRectItem* b = append(20);
+    QGraphicsRectItem* c = addItem(5);
+    line.insertItem(line.findStickyPoint(QPointF(12, 0), c), c, false);
+    EXPECT_EQ(items(), (QList<QGraphicsItem*>{a, c, b}));
+    EXPECT_EQ(b->pos(), QPointF(10, 0)) << "inserting does not lay out";
+    line.updateLayout(c);
+    EXPECT_EQ(c->pos(), QPointF(10, 0));
+    EXPECT_EQ(b->pos(), QPointF(15, 0));
+    EXPECT_EQ(line.findStickyPoint(QPointF(15, 0), nullptr).index, 2) << "edges follow the new layout";
+}
+
+struct IndexRow
+{
+    const char* name;
+    int index;
+    int expectedAt; // position in the list of three items
+};
+
+class MagneticIndexTest : public StickyMagneticLineTest, public ::testing::WithParamInterface<IndexRow>
+{
+};
+
+TEST_P(MagneticIndexTest, IndicesAreClampedOrAppended)
+{
+    QList<QGraphicsItem*> three{append(10), append(10), append(10)};
+    EXPECT_EQ(line.itemAt(StickyArea::StickyPoint(&line, {}, 0, GetParam().index)), three.at(GetParam().expectedAt));
+
+    QGraphicsItem* moved = three.at(1);
+    line.moveItem(StickyArea::StickyPoint(&line, {}, 0, GetParam().index), moved);
+    EXPECT_EQ(items().indexOf(moved), GetParam().expectedAt) << "moves clamp";
+
+    QGraphicsRectItem* extra = addItem(10);
+    line.insertItem(StickyArea::StickyPoint(&line, {}, 0, GetParam().index), extra, false);
+    const int expectedInsert = (GetParam().index < 0 || GetParam().index >= 3) ? 3 : GetParam().index;
+    EXPECT_EQ(items().indexOf(extra), expectedInsert) << "inserts append past either end";
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, MagneticIndexTest,
+                         ::testing::Values(IndexRow{"minus_one", -1, 0}, IndexRow{"very_negative", -40, 0},
+                                           IndexRow{"first", 0, 0}, IndexRow{"middle", 1, 1},
+                                           IndexRow{"last", 2, 2}, IndexRow{"one_past", 3, 2},
+                                           IndexRow{"far_past", 99, 2}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(StickyMagneticLineTest, ItemPointReportsTheListPosition)
+{
+    append(10);
+    QGraphicsRectItem* b = append(20);
+    EXPECT_POINT(line.itemPoint(b), &line, 10, 0, 0, 1);
+    EXPECT_POINT(line.itemPoint(addItem(3, 3, 7, 9)), &line, 7, 9, 0, -1);
+}
+
+TEST_F(StickyMagneticLineTest, MovingAStrangerChangesNothing)
+{
+    TestSupport::LogCapture log;
+    QGraphicsRectItem* a = append(10);
+    line.moveItem(StickyArea::StickyPoint(&line, {}, 0, 0), addItem(5));
+    EXPECT_EQ(items(), QList<QGraphicsItem*>{a});
+    EXPECT_TRUE(log.containsError("StickyMagneticLine::moveItem"));
+    EXPECT_EQ(countSpy->count(), 1);
+}
+
+TEST_F(StickyMagneticLineTest, GroupDropSnapsTheGroupsLeftEdge)
+{
+    append(10); // edges 0, 10, 30, 60
+    append(20);
+    append(30);
+    // A dragged group whose leftmost item is 12 left of the grabbed one.
+    QGraphicsRectItem* left = addItem(10, 10, 188, 300);
+    QGraphicsRectItem* grabbed = addItem(10, 10, 200, 290);
+    const QList<QGraphicsItem*> group{grabbed, left};
+    EXPECT_POINT(line.findStickyPoint(QPointF(40, 0), grabbed, group), &line, 10, 0, 0, 1);
+    EXPECT_POINT(line.findStickyPoint(QPointF(40, 0), grabbed), &line, 30, 0, 0, 2);
+    EXPECT_POINT(line.findStickyPoint(QPointF(40, 0), grabbed, {}), &line, 30, 0, 0, 2);
+}
+
+TEST_F(StickyMagneticLineTest, GroupInsertPacksTheGroupFromThePoint)
+{
+    QGraphicsRectItem* a = append(10);
+    QGraphicsRectItem* b = append(20);
+    QGraphicsRectItem* x = addItem(15);
+    QGraphicsRectItem* y = addItem(5);
+    countSpy->clear();
+    line.insertItems(line.findStickyPoint(QPointF(12, 0), nullptr), nullptr, {x, y});
+    EXPECT_EQ(countSpy->count(), 2) << "one signal per inserted item";
+    // x goes to edge 10 (index 1); y is asked at 10 + 15 = 25, the edge right after x.
+    EXPECT_EQ(items(), (QList<QGraphicsItem*>{a, x, y, b}));
+
+    // Through point.area: the group lands in the area named by the point.
+    StickyFreeLine other;
+    QGraphicsRectItem* z = addItem(15);
+    QGraphicsRectItem* w = addItem(5);
+    line.insertItems(StickyArea::StickyPoint(&other, QPointF(100, 7)), nullptr, {z, w});
+    EXPECT_EQ(z->pos(), QPointF(100, 0));
+    EXPECT_EQ(w->pos(), QPointF(115, 0));
+    EXPECT_EQ(other.count(), 2u);
+    EXPECT_EQ(line.count(), 4u);
+    EXPECT_EQ(countSpy->count(), 2);
+}
+
+TEST_F(StickyMagneticLineTest, AlignLaysTheGroupOutAsAStrip)
+{
+    QGraphicsRectItem* a = addItem(10, 10, 0, 0);
+    QGraphicsRectItem* b = addItem(20, 10, 0, 0);
+    QGraphicsRectItem* grabbed = addItem(5, 10, 100, 33);
+    QGraphicsRectItem* c = addItem(7, 10, 0, 0);
+    QGraphicsRectItem* d = addItem(1, 10, 0, 0);
+    QList<QGraphicsItem*> group{a, b, grabbed, c, d};
+    line.alignItems(grabbed, group);
+    EXPECT_EQ(b->pos(), QPointF(80, 33));
+    EXPECT_EQ(a->pos(), QPointF(70, 33));
+    EXPECT_EQ(grabbed->pos(), QPointF(100, 33));
+    EXPECT_EQ(c->pos(), QPointF(105, 33));
+    EXPECT_EQ(d->pos(), QPointF(112, 33));
+    EXPECT_TRUE(line.empty()) << "the line itself is untouched";
+
+    QList<QGraphicsItem*> without{a, b};
+    line.alignItems(grabbed, without);
+    EXPECT_EQ(a->pos(), QPointF(70, 33)) << "the grabbed item is not in the group: nothing moves";
+}
+
+// A line measuring its items by a duration of its own (twice the width).
+class DoubledLine : public StickyMagneticLine
+{
+protected:
+    double itemDuration(QGraphicsItem* item) const override { return 2 * StickyMagneticLine::itemDuration(item); }
+};
+
+TEST_F(StickyMagneticLineTest, ItemDurationDecidesPackingEdgesAndWidth)
+{
+    DoubledLine doubled;
+    QGraphicsRectItem* a = addItem(10);
+    QGraphicsRectItem* b = addItem(20);
+    doubled.insertItem(StickyArea::StickyPoint(&doubled), a, false);
+    doubled.insertItem(StickyArea::StickyPoint(&doubled), b, false);
+    doubled.updateLayout(nullptr);
+    EXPECT_EQ(b->pos(), QPointF(20, 0));
+    EXPECT_DOUBLE_EQ(doubled.width(), 60.0);
+    EXPECT_POINT(doubled.findStickyPoint(QPointF(59, 0), nullptr), &doubled, 20, 0, 0, 1);
+
+    QList<QGraphicsItem*> strip{a, b};
+    doubled.alignItems(a, strip);
+    EXPECT_EQ(b->pos(), QPointF(20, 0));
+}
+
+TEST_F(StickyMagneticLineTest, EdgesFollowSizeAndOriginChanges)
+{
+    QGraphicsRectItem* a = append(10);
+    append(20);
+    EXPECT_EQ(line.findStickyPoint(QPointF(25, 0), nullptr).pos.x(), 10.0);
+    a->setRect(0, 0, 30, 10);
+    line.updateLayout(a);
+    EXPECT_POINT(line.findStickyPoint(QPointF(35, 0), nullptr), &line, 30, 0, 0, 1);
+
+    line.lockUpdate();
+    line.setOrigin(QPointF(1000, 5));
+    // The origin is read even before the next layout.
+    EXPECT_POINT(line.findStickyPoint(QPointF(1035, 0), nullptr), &line, 1030, 5, 0, 1);
+    line.unlockUpdate();
+}
+
+} // namespace
