@@ -105,6 +105,8 @@ struct DirectionRow
     bool expected;
 };
 
+std::ostream& operator<<(std::ostream& os, const DirectionRow& row) { return os << row.name; }
+
 class OnDirectionTest : public ::testing::TestWithParam<DirectionRow>
 {
 };
@@ -136,6 +138,8 @@ struct HeightRow
     double secondY;
     double expected;
 };
+
+std::ostream& operator<<(std::ostream& os, const HeightRow& row) { return os << row.name; }
 
 class HeightTest : public StickySceneTest, public ::testing::WithParamInterface<HeightRow>
 {

@@ -79,6 +79,8 @@ struct SlotDropRow
     QPointF pos;
 };
 
+std::ostream& operator<<(std::ostream& os, const SlotDropRow& row) { return os << row.name; }
+
 class CompositeDropTest : public StickyCompositeAreaTest, public ::testing::WithParamInterface<SlotDropRow>
 {
 };

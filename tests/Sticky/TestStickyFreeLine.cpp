@@ -53,6 +53,8 @@ struct FreeDropRow
     int index;
 };
 
+std::ostream& operator<<(std::ostream& os, const FreeDropRow& row) { return os << row.name; }
+
 class FreeLineDropTest : public StickySceneTest, public ::testing::WithParamInterface<FreeDropRow>
 {
 };
@@ -228,6 +230,8 @@ struct OrderRow
     bool y;
     bool yx;
 };
+
+std::ostream& operator<<(std::ostream& os, const OrderRow& row) { return os << row.name; }
 
 class StickyOrderTest : public StickySceneTest, public ::testing::WithParamInterface<OrderRow>
 {

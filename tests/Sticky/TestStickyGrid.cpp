@@ -154,6 +154,8 @@ struct NearestRow
     int index;
 };
 
+std::ostream& operator<<(std::ostream& os, const NearestRow& row) { return os << row.name; }
+
 class GridNearestTest : public StickyGridTest, public ::testing::WithParamInterface<NearestRow>
 {
 };

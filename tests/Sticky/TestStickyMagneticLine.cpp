@@ -53,6 +53,8 @@ struct MagneticDropRow
     int index;
 };
 
+std::ostream& operator<<(std::ostream& os, const MagneticDropRow& row) { return os << row.name; }
+
 class MagneticDropTest : public StickyMagneticLineTest, public ::testing::WithParamInterface<MagneticDropRow>
 {
 };
@@ -132,6 +134,8 @@ struct IndexRow
     int index;
     int expectedAt; // position in the list of three items
 };
+
+std::ostream& operator<<(std::ostream& os, const IndexRow& row) { return os << row.name; }
 
 class MagneticIndexTest : public StickyMagneticLineTest, public ::testing::WithParamInterface<IndexRow>
 {
