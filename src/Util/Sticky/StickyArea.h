@@ -24,7 +24,7 @@ class EDITORUTIL_EXPORT StickyArea : public QObject
     Q_OBJECT
 
 public:
-    enum VerticalDirection
+    enum VerticalDirection : int
     {
         Down = 1, // grows downwards from the origin, along the scene's y axis
         Up = -1

@@ -16,7 +16,7 @@ class EDITORUTIL_EXPORT StickyGrid : public StickyArea
     Q_OBJECT
 
 public:
-    enum Direction
+    enum Direction : int
     {
         Columns = 0, // down, wrapping to a new column past the grid's height
         Rows = 1     // right, wrapping to a new row past the grid's width
