@@ -302,6 +302,7 @@ QStringList openFiles(int kinds)
     QString folder = lastFolderOfKind(kind);
     if (folder.isEmpty() || !Settings::rememberLastFolders())
         folder = standardFolderOfKind(kind);
+    ensureFolder(folder);
 
     QStringList files = QFileDialog::getOpenFileNames(parentWindow(), titleOfKind(kind), folder,
                                                       mediaFilter(kind, groups), nullptr, kDialogOptions);
@@ -348,6 +349,7 @@ QStringList openDirectory()
     QString start = Settings::lastAddDirectoryPath();
     if (start.isEmpty())
         start = moviesLocation();
+    ensureFolder(start);
     const QString chosen = QFileDialog::getExistingDirectory(parentWindow(), tr("Open Folder"), start,
                                                              QFileDialog::ShowDirsOnly | kDialogOptions);
     if (chosen.isEmpty())
@@ -358,7 +360,9 @@ QStringList openDirectory()
 
 QStringList openDirectoryAllImages()
 {
-    const QString chosen = QFileDialog::getExistingDirectory(parentWindow(), tr("Open Folder"), picturesLocation(),
+    const QString start = picturesLocation();
+    ensureFolder(start);
+    const QString chosen = QFileDialog::getExistingDirectory(parentWindow(), tr("Open Folder"), start,
                                                              QFileDialog::ShowDirsOnly | kDialogOptions);
     if (chosen.isEmpty())
         return {};
@@ -530,12 +534,14 @@ QString closestPath(QString path)
         LOG(ERROR) << "Filesystem::closestPath: not an absolute path: \"" << path.toStdString() << "\"";
         return {};
     }
-    QDir dir(cleaned);
-    while (!dir.exists()) {
-        if (!dir.cdUp())
+    QString current = cleaned;
+    while (!QFileInfo(current).isDir()) {
+        const QString parent = QFileInfo(current).path();
+        if (parent == current)
             return {};
+        current = parent;
     }
-    return cleanPath(dir.absolutePath());
+    return cleanPath(current);
 }
 
 bool isPathValid(QString path, QString* error)
@@ -711,6 +717,7 @@ QString findMissingFile(QString path)
     if (lines.isEmpty())
         return {};
     lines << groupFilterLine(IFormatFile::GROUP_ALL_FILES);
+    ensureFolder(folder);
 
     return cleanPath(QFileDialog::getOpenFileName(parentWindow(), tr("Find missing file: ") + info.fileName(), folder,
                                                   lines.join(QStringLiteral(";;")), nullptr, kDialogOptions));

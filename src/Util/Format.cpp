@@ -62,6 +62,9 @@ QString channelLayoutName(Dravik::Conf::ChannelLayout layout)
 
 QString aspectText(std::int32_t width, std::int32_t height)
 {
+    // Reported as the rational library words it, whatever its version.
+    if (height == 0)
+        throw boost::bad_rational("bad rational: non-zero singular denominator");
     const boost::rational<long long> aspect(width, height);
     return QString::number(aspect.numerator()) + QLatin1Char(':') + QString::number(aspect.denominator());
 }
