@@ -346,3 +346,46 @@ TEST_F(InteractiveDialogs, ValidationInputReturnsTheAcceptedText)
     EXPECT_EQ(Dialog::showValidationInputDialog(S("Rename"), S("Name:"), S("Untitled"), {}), QString());
     EXPECT_EQ(driver.stepsDone(), 2);
 }
+
+// The file information dialog.
+
+#include <EditorModel/Media.h>
+#include <QLabel>
+
+TEST_F(InteractiveDialogs, FileInfoShowsTheFirstStreams)
+{
+    Media::Video video;
+    video.width = 720;
+    video.height = 576;
+    video.pixelAspect = boost::rational<long long>(16, 15);
+    video.frameRate = boost::rational<long long>(25, 1);
+    video.duration = 95 * Types::TimeUnitsPerSecond + 500 * Types::TimeUnitsPerMillisecond;
+    Media::Audio audio;
+    audio.channels = 6;
+    audio.duration = 90 * Types::TimeUnitsPerSecond;
+    Media::File file(Types::String("/media/holiday/beach.mpg"));
+    file.setStreams({&video}, {&audio});
+
+    QMap<QString, QString> values;
+    QString title;
+    driver.then<QDialog>([&](QDialog* d) {
+        title = d->windowTitle();
+        for (QLabel* label : d->findChildren<QLabel*>())
+            if (label->objectName().endsWith(S("Value")))
+                values.insert(label->objectName(), label->text());
+        d->accept();
+    });
+    Dialog::showFileInfo(&file);
+    EXPECT_EQ(title, S("File information"));
+    EXPECT_EQ(values, (QMap<QString, QString>{{S("fileNameValue"), S("beach.mpg")},
+                                              {S("frameSizeValue"), S("768x576")},
+                                              {S("frameRateValue"), S("25/1")},
+                                              {S("videoDurationValue"), S("01:35.500")},
+                                              {S("channelsValue"), S("6")},
+                                              {S("audioDurationValue"), S("01:30")}}));
+
+    TestSupport::LogCapture log;
+    Dialog::showFileInfo(nullptr);
+    EXPECT_TRUE(log.containsError("no file given"));
+    EXPECT_EQ(driver.stepsDone(), 1);
+}

@@ -12,7 +12,8 @@ QString S(const char* text) { return QString::fromUtf8(text); }
 QString describe(int code, int context)
 {
     return Error::describeTranscodingError(Dravik::Proc::ProcessingError(code, "", "", "", "", 0),
-                                           static_cast<Error::Context>(context));
+                                           static_cast<Error::Context>(context))
+        .toQString();
 }
 
 const char kUnknown[] = "An unknown error has occurred";

@@ -114,3 +114,44 @@ TEST(Format, LinksNumbersAndComparison)
     EXPECT_LT(Format::localeAwareCompare(S("a"), S("b")), 0);
     EXPECT_EQ(Format::localeAwareCompare(S("same"), S("same")), 0);
 }
+
+// The model's streams.
+
+#include <EditorModel/Media.h>
+
+#include "TestSupport.h"
+
+TEST(FormatMedia, ReadsTheStreamsOfTheModel)
+{
+    Media::Video video;
+    video.width = 1280;
+    video.height = 720;
+    video.frameRate = boost::rational<long long>(30000, 1001);
+    Media::Audio audio;
+    audio.sampleRate = 44100;
+    audio.channels = 2;
+    audio.channelLayout = Types::String("stereo");
+    EXPECT_EQ(Format::videoResolution(&video), S("1280x720"));
+    EXPECT_EQ(Format::videoSettings(&video), S("1280x720 16:9"));
+    EXPECT_EQ(Format::audioSettings(&audio, 96, 160), S("96 - 160 44100 Stereo"));
+    EXPECT_EQ(Format::projectSettings(&video, &audio), S("1280x720 16:9 29.97 FPS, 44100 Stereo"));
+
+    audio.channelLayout = Types::String("5.1(side)");
+    EXPECT_EQ(Format::audioSettings(&audio, 1, 1), S("1 44100 5.1"));
+    audio.channelLayout = Types::String();
+    audio.channels = 1;
+    EXPECT_EQ(Format::audioSettings(&audio, 1, 1), S("1 44100 Mono"));
+}
+
+TEST(FormatMedia, NullStreamsGiveEmptyTexts)
+{
+    TestSupport::LogCapture log;
+    Media::Video video;
+    video.width = 4;
+    video.height = 3;
+    EXPECT_EQ(Format::videoResolution(static_cast<const Media::Video*>(nullptr)), QString());
+    EXPECT_EQ(Format::videoSettings(static_cast<const Media::Video*>(nullptr)), QString());
+    EXPECT_EQ(Format::audioSettings(static_cast<const Media::Audio*>(nullptr), 1, 2), QString());
+    EXPECT_EQ(Format::projectSettings(&video, nullptr), QString());
+    EXPECT_TRUE(log.containsError("no stream given"));
+}
