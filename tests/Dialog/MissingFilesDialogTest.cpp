@@ -4,6 +4,7 @@
 
 #include "FileDialogs.h"
 #include "ModalDriver.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -24,12 +25,7 @@ namespace {
 
 QString S(const char* text) { return QString::fromUtf8(text); }
 
-void touch(const QString& path)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    file.open(QIODevice::WriteOnly);
-}
+void touch(const QString& path) { ASSERT_TRUE(TestSupport::writeFile(path)) << path.toStdString(); }
 
 QStringList rowsOf(const QTreeWidget* view)
 {

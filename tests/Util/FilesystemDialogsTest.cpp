@@ -5,6 +5,7 @@
 
 #include "FileDialogs.h"
 #include "ModalDriver.h"
+#include "TestFiles.h"
 #include "TempSettings.h"
 
 #include <QAbstractButton>
@@ -22,12 +23,7 @@ namespace {
 
 QString S(const char* text) { return QString::fromUtf8(text); }
 
-void touch(const QString& path)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    file.open(QIODevice::WriteOnly);
-}
+void touch(const QString& path) { ASSERT_TRUE(TestSupport::writeFile(path)) << path.toStdString(); }
 
 } // namespace
 
@@ -55,16 +51,11 @@ TEST_F(FilesystemDialogs, OpenMediaFilesUnpacksProjectPackagesAndRefusesDvdFiles
     touch(path("in/b.png"));
     Settings::setLastAddMediaPath(path("in"));
 
-    QString title, directory;
-    QStringList filters;
-    QFileDialog::Options options;
+    TestSupport::FileDialogSeen seen;
     QString warningTitle, warningText;
     driver
         .then<QFileDialog>([&](QFileDialog* d) {
-            title = d->windowTitle();
-            directory = QDir::cleanPath(d->directory().absolutePath());
-            filters = d->nameFilters();
-            options = d->options();
+            seen = TestSupport::lookAt(d);
             TestSupport::chooseEntries(d, path("in"), {S("rec.dscproj"), S("a.mp4"), S("VIDEO_TS.IFO"), S("b.png")});
         })
         .then<QMessageBox>([&](QMessageBox* box) {
@@ -77,9 +68,10 @@ TEST_F(FilesystemDialogs, OpenMediaFilesUnpacksProjectPackagesAndRefusesDvdFiles
                                                     | Filesystem::AllFilesFilter);
 
     ASSERT_EQ(driver.stepsDone(), 2) << files.join(S(",")).toStdString();
-    EXPECT_EQ(title, S("Open Media Files"));
-    EXPECT_EQ(directory, path("in"));
-    EXPECT_TRUE(options.testFlag(QFileDialog::HideNameFilterDetails));
+    const QStringList& filters = seen.filters;
+    EXPECT_EQ(seen.title, S("Open Media Files"));
+    EXPECT_EQ(seen.directory, path("in"));
+    EXPECT_TRUE(seen.options.testFlag(QFileDialog::HideNameFilterDetails));
     ASSERT_EQ(filters.size(), 5);
     EXPECT_TRUE(filters[0].startsWith(S("Media Files (*.mp4;*.jpeg;*.mp3;...)(*.mp4 "))) << filters[0].toStdString();
     EXPECT_TRUE(filters[0].endsWith(S(" *.dscproj)")));
@@ -166,19 +158,16 @@ TEST_F(FilesystemDialogs, OpenProjectCreatesTheProjectFolder)
 {
     Settings::setProjectPath(path("projects/new"));
     touch(path("elsewhere/film.dscproj"));
-    QString title, directory;
-    QStringList filters;
+    TestSupport::FileDialogSeen seen;
     driver.then<QFileDialog>([&](QFileDialog* d) {
-        title = d->windowTitle();
-        directory = QDir::cleanPath(d->directory().absolutePath());
-        filters = d->nameFilters();
+        seen = TestSupport::lookAt(d);
         TestSupport::chooseFiles(d, path("elsewhere"), {S("film.dscproj")});
     });
     EXPECT_EQ(Filesystem::openProject(QString()), path("elsewhere/film.dscproj"));
     EXPECT_TRUE(QFileInfo(path("projects/new")).isDir());
-    EXPECT_EQ(title, S("Open Project"));
-    EXPECT_EQ(directory, path("projects/new"));
-    EXPECT_EQ(filters, QStringList{S("Project files (*.dscproj)")});
+    EXPECT_EQ(seen.title, S("Open Project"));
+    EXPECT_EQ(seen.directory, path("projects/new"));
+    EXPECT_EQ(seen.filters, QStringList{S("Project files (*.dscproj)")});
 }
 
 TEST_F(FilesystemDialogs, OpenDirectoryRemembersTheFolderAboveTheChoice)
@@ -256,20 +245,17 @@ TEST_F(FilesystemDialogs, PortablePackageOnAnUnusablePathIsRefused)
 TEST_F(FilesystemDialogs, FindMissingFileAsksWithTheFileNameAndMediaFilters)
 {
     touch(path("found/holiday.mp4"));
-    QString title, directory;
-    QStringList filters;
+    TestSupport::FileDialogSeen seen;
     driver.then<QFileDialog>([&](QFileDialog* d) {
-        title = d->windowTitle();
-        directory = QDir::cleanPath(d->directory().absolutePath());
-        filters = d->nameFilters();
+        seen = TestSupport::lookAt(d);
         TestSupport::chooseFiles(d, path("found"), {S("holiday.mp4")});
     });
     EXPECT_EQ(Filesystem::findMissingFile(path("vanished/folder/holiday.mp4")), path("found/holiday.mp4"));
-    EXPECT_EQ(title, S("Find missing file: holiday.mp4"));
-    EXPECT_EQ(directory, QDir::cleanPath(Filesystem::moviesLocation()));
-    ASSERT_EQ(filters.size(), 2);
-    EXPECT_TRUE(filters[0].startsWith(S("Video Files")));
-    EXPECT_EQ(filters[1], S("All Files (*)"));
+    EXPECT_EQ(seen.title, S("Find missing file: holiday.mp4"));
+    EXPECT_EQ(seen.directory, QDir::cleanPath(Filesystem::moviesLocation()));
+    ASSERT_EQ(seen.filters.size(), 2);
+    EXPECT_TRUE(seen.filters[0].startsWith(S("Video Files")));
+    EXPECT_EQ(seen.filters[1], S("All Files (*)"));
 }
 
 TEST_F(FilesystemDialogs, FindMissingFileStartsInTheOldFolderWhenItExists)

@@ -4,9 +4,12 @@
 #include <EditorSettings/Settings.h>
 
 #include "TempSettings.h"
+#include "TestFiles.h"
 #include "TestSupport.h"
 
+#include <QDesktopServices>
 #include <QDir>
+#include <QUrl>
 #include <QFile>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -24,17 +27,10 @@ QString S(const char* text) { return QString::fromUtf8(text); }
 
 void writeFile(const QString& path, const QByteArray& content = "x")
 {
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
-    file.write(content);
+    ASSERT_TRUE(TestSupport::writeFile(path, content)) << path.toStdString();
 }
 
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
+using TestSupport::readFile;
 
 // Sets or clears the immutable attribute (chattr +i), the one thing that stops root from
 // deleting a file. False when the file system does not support it.
@@ -234,6 +230,30 @@ TEST_F(FilesystemDisk, ReadableAndWritable)
     QFile::setPermissions(path("a.mp4"), QFileDevice::Permissions());
     EXPECT_FALSE(Filesystem::isPathReadable(path("a.mp4")));
     EXPECT_FALSE(Filesystem::isPathWritable(path("a.mp4")));
+}
+
+namespace {
+// Receives the folders the desktop would open.
+class UrlCatcher : public QObject
+{
+    Q_OBJECT
+public:
+    QList<QUrl> urls;
+public Q_SLOTS:
+    void open(const QUrl& url) { urls << url; }
+};
+} // namespace
+
+TEST_F(FilesystemDisk, ShowFileOpensItsFolder)
+{
+    writeFile(path("shown/clip.mp4"));
+    UrlCatcher catcher;
+    QDesktopServices::setUrlHandler(S("file"), &catcher, "open");
+    Filesystem::showFile(S(" ") + path("shown/./clip.mp4"));
+    Filesystem::showFile(path("shown/gone.mp4"));
+    QDesktopServices::unsetUrlHandler(S("file"));
+    ASSERT_EQ(catcher.urls.size(), 1);
+    EXPECT_EQ(QDir::cleanPath(catcher.urls.first().toLocalFile()), path("shown"));
 }
 
 // Copies.
@@ -439,3 +459,5 @@ TEST_F(RecentLists, PreviewsRoundTripAndSurviveGarbage)
     EXPECT_TRUE(Filesystem::recentProjectPreviews().isEmpty());
     EXPECT_TRUE(log.containsError("unreadable"));
 }
+
+#include "FilesystemTest.moc"

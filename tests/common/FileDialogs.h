@@ -4,6 +4,7 @@
 // Header-only so that any test folder can use it.
 
 #include <QDialog>
+#include <QDir>
 #include <QFileDialog>
 #include <QAbstractItemView>
 #include <QItemSelectionModel>
@@ -12,6 +13,27 @@
 #include <QStringList>
 
 namespace TestSupport {
+
+// What a file dialog showed when it opened.
+struct FileDialogSeen
+{
+    QString title;
+    QString directory; // cleaned
+    QStringList filters;
+    QString typed; // the proposed file name
+    QFileDialog::Options options;
+};
+
+inline FileDialogSeen lookAt(QFileDialog* dialog)
+{
+    FileDialogSeen seen;
+    seen.title = dialog->windowTitle();
+    seen.directory = QDir::cleanPath(dialog->directory().absolutePath());
+    seen.filters = dialog->nameFilters();
+    seen.typed = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->text();
+    seen.options = dialog->options();
+    return seen;
+}
 
 // Puts the text in the file-name line without letting the dialog turn it into a selection
 // of its list view (which holds only what the current filter shows, and only once the
