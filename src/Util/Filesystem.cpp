@@ -336,9 +336,10 @@ QStringList openFiles(int kinds)
 
 QString openProject(QString dir)
 {
-    if (dir.isEmpty())
+    if (dir.isEmpty()) {
         dir = Settings::projectPath();
-    ensureFolder(dir);
+        ensureFolder(dir);
+    }
     return cleanPath(QFileDialog::getOpenFileName(parentWindow(), tr("Open Project"), dir,
                                                   tr("Project files (%1)").arg(Settings::projectFileOpenFilter()),
                                                   nullptr, kDialogOptions));
@@ -668,10 +669,14 @@ bool removeDirectory(const QString& path)
         LOG(ERROR) << "Filesystem::removeDirectory: refused to remove \"" << path.toStdString() << "\"";
         return false;
     }
-    if (!QFileInfo(cleaned).isDir()) {
+    const QFileInfo info(cleaned);
+    if (!info.isDir()) {
         LOG(ERROR) << "Specified directory doesn't exist: \"" << cleaned.toStdString() << "\"";
         return true;
     }
+    // A link to a folder goes alone: what it points to belongs to someone else.
+    if (info.isSymLink())
+        return QFile::remove(cleaned);
     const QString aside = cleaned + QUuid::createUuid().toString();
     if (!QDir().rename(cleaned, aside)) {
         LOG(ERROR) << "Filesystem::removeDirectory: cannot rename \"" << cleaned.toStdString() << "\"";

@@ -174,6 +174,15 @@ TEST_F(FilesystemDisk, RemoveDirectoryRemovesTheWholeTreeAndNothingBeside)
     EXPECT_TRUE(log.errors().empty());
 }
 
+TEST_F(FilesystemDisk, RemoveDirectoryOfALinkKeepsWhatItPointsTo)
+{
+    writeFile(path("real/keep.mp4"), "kept");
+    ASSERT_TRUE(QFile::link(path("real"), path("link")));
+    EXPECT_TRUE(Filesystem::removeDirectory(path("link")));
+    EXPECT_FALSE(QFileInfo(path("link")).exists());
+    EXPECT_EQ(readFile(path("real/keep.mp4")), QByteArray("kept"));
+}
+
 TEST_F(FilesystemDisk, RemoveDirectoryOfAMissingFolderSucceedsWithALogLine)
 {
     EXPECT_TRUE(Filesystem::removeDirectory(path("never-was")));
