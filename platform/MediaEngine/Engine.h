@@ -54,6 +54,9 @@ public:
     void cancelAll();
 
     int pendingCount() const { return int(m_jobs.size()); }
+    // Blocks until no worker runs (answers already posted still arrive from the event
+    // loop); false when the time ran out. For shutdown paths and tests.
+    bool waitForDone(int msecs = -1) { return m_pool.waitForDone(msecs); }
     FrameCache& cache() { return m_cache; }
     int maxThreadCount() const { return m_pool.maxThreadCount(); }
 

@@ -34,6 +34,21 @@ qint64 streamDuration(const AVFormatContext* context, const AVStream* stream)
     return 0;
 }
 
+// Files that do not say which speaker a channel feeds (wav, avi) get the usual layout
+// for their channel count.
+QString layoutName(const AVChannelLayout& layout)
+{
+    AVChannelLayout named{};
+    if (layout.order == AV_CHANNEL_ORDER_UNSPEC)
+        av_channel_layout_default(&named, layout.nb_channels);
+    else if (av_channel_layout_copy(&named, &layout) < 0)
+        return {};
+    char name[128] = {};
+    const int written = av_channel_layout_describe(&named, name, sizeof name);
+    av_channel_layout_uninit(&named);
+    return written > 0 ? QString::fromLatin1(name) : QString();
+}
+
 QString codecName(AVCodecID id)
 {
     return QString::fromLatin1(avcodec_get_name(id));
@@ -116,9 +131,7 @@ ProbeResult probeFile(const QString& path, const Limits& limits, const std::atom
             audio.index = index;
             audio.sampleRate = parameters->sample_rate;
             audio.channelCount = parameters->ch_layout.nb_channels;
-            char layout[128] = {};
-            if (av_channel_layout_describe(&parameters->ch_layout, layout, sizeof layout) > 0)
-                audio.channelLayout = QString::fromLatin1(layout);
+            audio.channelLayout = layoutName(parameters->ch_layout);
             audio.duration = streamDuration(context, stream);
             audio.codecName = codecName(parameters->codec_id);
             result.audio.push_back(audio);
