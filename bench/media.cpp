@@ -5,6 +5,7 @@
 //  - a repeated thumbnail answered from the frame cache.
 #include <MediaEngine/Engine.h>
 #include <MediaEngine/FrameDecoder.h>
+#include <MediaEngine/Probe.h>
 
 #include <QCoreApplication>
 #include <QDir>
@@ -29,7 +30,8 @@ extern "C" {
 namespace {
 
 constexpr int probeFileCount = 200;
-constexpr qint64 thumbnailTime = 1'000'000; // between two key frames 2 s apart
+// Thumbnails are taken at 1 s (25 frames after a key frame: decoding dominates) and at 2 s
+// (a key frame: opening the file dominates); key frames come every 2 s.
 const QSize thumbnailSize(160, 90);
 
 void ffmpeg(QStringList arguments, const QString& output)
@@ -111,6 +113,17 @@ void BM_ProbeSequentialLoop(benchmark::State& state)
 }
 BENCHMARK(BM_ProbeSequentialLoop)->Unit(benchmark::kMillisecond)->UseRealTime();
 
+// The engine's probing step alone, one file after the other on the calling thread.
+void BM_ProbeFileSequential(benchmark::State& state)
+{
+    const QStringList& files = media().smallFiles;
+    for (auto _ : state)
+        for (const QString& file : files)
+            benchmark::DoNotOptimize(MediaEngine::probeFile(file).ok());
+    state.counters["files"] = double(files.size());
+}
+BENCHMARK(BM_ProbeFileSequential)->Unit(benchmark::kMillisecond)->UseRealTime();
+
 void BM_ProbeEnginePool(benchmark::State& state)
 {
     const QStringList& files = media().smallFiles;
@@ -132,7 +145,7 @@ void BM_ProbeEnginePool(benchmark::State& state)
 BENCHMARK(BM_ProbeEnginePool)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // Seeking and decoding the frame by hand, scaled to the thumbnail with swscale.
-QImage thumbnailByHand(const QString& path)
+QImage thumbnailByHand(const QString& path, qint64 thumbnailTime)
 {
     AVFormatContext* format = nullptr;
     const QByteArray name = QFile::encodeName(path);
@@ -173,11 +186,11 @@ QImage thumbnailByHand(const QString& path)
     return image;
 }
 
-MediaEngine::FrameRequest hdRequest()
+MediaEngine::FrameRequest hdRequest(qint64 time)
 {
     MediaEngine::FrameRequest request;
     request.path = media().hd;
-    request.time = thumbnailTime;
+    request.time = time;
     request.size = thumbnailSize;
     return request;
 }
@@ -186,19 +199,31 @@ void BM_ThumbnailByHand(benchmark::State& state)
 {
     const QString& file = media().hd;
     for (auto _ : state) {
-        const QImage image = thumbnailByHand(file);
+        const QImage image = thumbnailByHand(file, state.range(0) * 1000);
         if (image.size() != thumbnailSize)
             state.SkipWithError("no frame");
         benchmark::DoNotOptimize(image.constBits());
     }
 }
-BENCHMARK(BM_ThumbnailByHand)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_ThumbnailByHand)->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// The engine's decoding step alone, on the calling thread.
+void BM_ThumbnailDecodeFrame(benchmark::State& state)
+{
+    const MediaEngine::FrameRequest request = hdRequest(state.range(0) * 1000);
+    for (auto _ : state) {
+        const MediaEngine::FrameResult result = MediaEngine::decodeFrame(request);
+        if (result.image.size() != thumbnailSize)
+            state.SkipWithError("no frame");
+    }
+}
+BENCHMARK(BM_ThumbnailDecodeFrame)->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_ThumbnailEngine(benchmark::State& state)
 {
     MediaEngine::Engine engine;
     engine.cache().setCapacity(0); // every request decodes
-    const MediaEngine::FrameRequest request = hdRequest();
+    const MediaEngine::FrameRequest request = hdRequest(state.range(0) * 1000);
     for (auto _ : state) {
         QEventLoop loop;
         engine.requestFrame(request, &loop, [&](const MediaEngine::FrameResult& result) {
@@ -209,7 +234,7 @@ void BM_ThumbnailEngine(benchmark::State& state)
         loop.exec();
     }
 }
-BENCHMARK(BM_ThumbnailEngine)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_ThumbnailEngine)->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_ThumbnailFfmpegProcess(benchmark::State& state)
 {
@@ -217,7 +242,7 @@ void BM_ThumbnailFfmpegProcess(benchmark::State& state)
     for (auto _ : state) {
         QProcess process;
         process.start(QStringLiteral("ffmpeg"),
-                      {QStringLiteral("-loglevel"), QStringLiteral("error"), QStringLiteral("-ss"), QStringLiteral("1"),
+                      {QStringLiteral("-loglevel"), QStringLiteral("error"), QStringLiteral("-ss"), QString::number(state.range(0) / 1000.0),
                        QStringLiteral("-i"), file, QStringLiteral("-frames:v"), QStringLiteral("1"), QStringLiteral("-s"),
                        QStringLiteral("160x90"), QStringLiteral("-f"), QStringLiteral("image2pipe"), QStringLiteral("-c:v"),
                        QStringLiteral("bmp"), QStringLiteral("-")});
@@ -227,12 +252,12 @@ void BM_ThumbnailFfmpegProcess(benchmark::State& state)
             state.SkipWithError("no frame");
     }
 }
-BENCHMARK(BM_ThumbnailFfmpegProcess)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_ThumbnailFfmpegProcess)->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_ThumbnailFromCache(benchmark::State& state)
 {
     MediaEngine::Engine engine;
-    const MediaEngine::FrameRequest request = hdRequest();
+    const MediaEngine::FrameRequest request = hdRequest(1'000'000);
     QEventLoop loop;
     engine.requestFrame(request, &loop, [&](const MediaEngine::FrameResult&) { loop.quit(); });
     loop.exec();

@@ -66,7 +66,24 @@ bool hasUsableDecoder(AVCodecID codecId)
     return decoder && !(decoder->capabilities & AV_CODEC_CAP_EXPERIMENTAL);
 }
 
-OpenedInput openInput(const QString& path, const Limits& limits, Deadline& deadline)
+namespace {
+
+bool headerNamesEveryVideo(const AVFormatContext* context)
+{
+    if (context->ctx_flags & AVFMTCTX_NOHEADER)
+        return false; // streams may still appear
+    for (unsigned i = 0; i < context->nb_streams; ++i) {
+        const AVCodecParameters* parameters = context->streams[i]->codecpar;
+        if (parameters->codec_type == AVMEDIA_TYPE_VIDEO
+            && (parameters->codec_id == AV_CODEC_ID_NONE || parameters->width <= 0 || parameters->height <= 0))
+            return false;
+    }
+    return context->nb_streams > 0;
+}
+
+} // namespace
+
+OpenedInput openInput(const QString& path, const Limits& limits, Deadline& deadline, StreamInfo streamInfo)
 {
     OpenedInput result;
     auto fail = [&result](int code, const QString& message) {
@@ -108,6 +125,8 @@ OpenedInput openInput(const QString& path, const Limits& limits, Deadline& deadl
         return fail(errorCodeOf(status),
                     QStringLiteral("Cannot open the file: ") + describeAVError(status));
     result.format.reset(context);
+    if (streamInfo == StreamInfo::HeaderIfEnough && headerNamesEveryVideo(context))
+        return result;
 
     // Decoders that look at a first frame while the streams are analysed must not
     // allocate absurd frames either.

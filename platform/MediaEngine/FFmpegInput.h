@@ -60,8 +60,14 @@ struct OpenedInput
     QString errorMessage;
 };
 
+enum class StreamInfo {
+    Analyse,       // read and decode the start of the file until every stream is known
+    HeaderIfEnough // trust the header when it names the codec and frame size of every video
+};
+
 // Opens the file (local files only) and reads its stream parameters.
-OpenedInput openInput(const QString& path, const Limits& limits, Deadline& deadline);
+OpenedInput openInput(const QString& path, const Limits& limits, Deadline& deadline,
+                      StreamInfo streamInfo = StreamInfo::Analyse);
 
 // The processing-error code of an FFmpeg failure while reading a file.
 int errorCodeOf(int averror);

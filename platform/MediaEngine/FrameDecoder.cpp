@@ -103,7 +103,8 @@ FrameResult decodeFrame(const FrameRequest& request, const Limits& limits, const
     }
 
     Deadline deadline(limits.decodeTimeoutMs, cancelled);
-    OpenedInput input = openInput(request.path, limits, deadline);
+    // A decoder finds the rest of what it needs in the stream itself.
+    OpenedInput input = openInput(request.path, limits, deadline, StreamInfo::HeaderIfEnough);
     if (!input.format)
         return fail(input.errorCode, input.errorMessage);
     AVFormatContext* context = input.format.get();
@@ -121,6 +122,8 @@ FrameResult decodeFrame(const FrameRequest& request, const Limits& limits, const
     }
     AVStream* stream = context->streams[streamIndex];
     const AVCodecParameters* parameters = stream->codecpar;
+    for (unsigned i = 0; i < context->nb_streams; ++i)
+        context->streams[i]->discard = int(i) == streamIndex ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
     if (!hasUsableDecoder(parameters->codec_id))
         return fail(ErrorCode::CodecNotAvailable,
                     QStringLiteral("No decoder for the %1 video").arg(QLatin1String(avcodec_get_name(parameters->codec_id))));

@@ -70,6 +70,35 @@ INSTANTIATE_TEST_SUITE_P(
                     TimeCase{"pastTheEnd", 60'000'000, Qt::blue, 1'960'000}),
     [](const testing::TestParamInfo<TimeCase>& info) { return std::string(info.param.name); });
 
+struct ContainerCase
+{
+    const char* name;
+    Sample sample;
+    qint64 time;
+    qint64 frameTime;
+};
+
+class DecodeContainer : public testing::TestWithParam<ContainerCase>
+{
+};
+
+TEST_P(DecodeContainer, landsOnTheFrameOfTheTime)
+{
+    const FrameResult result = decodeFrame(requestOf(GetParam().sample, GetParam().time, QSize(96, 54)));
+
+    ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
+    EXPECT_EQ(result.image.size(), QSize(96, 54));
+    EXPECT_NEAR(double(result.frameTime), double(GetParam().frameTime), 2'000.0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Containers, DecodeContainer,
+    testing::Values(ContainerCase{"mp4WithAudio", Sample::Mp4VideoAudio, 1'000'000, 1'000'000},
+                    ContainerCase{"mkvNtscRate", Sample::MkvVideo, 1'000'000, 1'001'000},
+                    ContainerCase{"aviWithAudio", Sample::AviVideoAudio, 1'010'000, 1'000'000},
+                    ContainerCase{"mkvAnamorphic", Sample::MkvAnamorphic, 520'000, 520'000}),
+    [](const testing::TestParamInfo<ContainerCase>& info) { return std::string(info.param.name); });
+
 // The colours sample is 16:9; asked for a square it is fitted, cut or stretched.
 TEST(DecodeResize, keepingTheAspectPadsTopAndBottomWithThePaddingColour)
 {
