@@ -45,17 +45,10 @@ JobId Engine::probe(const QString& path, QObject* context, ProbeCallback callbac
         return 0;
     }
     const JobId id = addJob(path, context, std::move(callback), nullptr);
-    std::shared_ptr<std::atomic_bool> cancelled = m_jobs.at(id).cancelled;
     const Limits limits = m_limits;
-    m_pool.start(QRunnable::create([this, id, path, limits, cancelled]() {
-        if (cancelled->load())
-            return;
-        ProbeResult result = probeFile(path, limits, cancelled.get());
-        if (cancelled->load())
-            return;
-        QMetaObject::invokeMethod(
-            this, [this, id, result = std::move(result)]() { deliverProbe(id, result); }, Qt::QueuedConnection);
-    }));
+    startWork<ProbeResult>(
+        id, [path, limits](const std::atomic_bool* cancelled) { return probeFile(path, limits, cancelled); },
+        &Engine::deliverProbe);
     return id;
 }
 
@@ -76,18 +69,28 @@ JobId Engine::requestFrame(const FrameRequest& request, QObject* context, FrameC
             this, [this, id, result = std::move(result)]() { deliverFrame(id, result); }, Qt::QueuedConnection);
         return id;
     }
-    std::shared_ptr<std::atomic_bool> cancelled = m_jobs.at(id).cancelled;
     const Limits limits = m_limits;
-    m_pool.start(QRunnable::create([this, id, request, limits, cancelled]() {
+    startWork<FrameResult>(
+        id, [request, limits](const std::atomic_bool* cancelled) { return decodeFrame(request, limits, cancelled); },
+        &Engine::deliverFrame);
+    return id;
+}
+
+template <typename Result>
+void Engine::startWork(JobId id, std::function<Result(const std::atomic_bool*)> work,
+                       void (Engine::*deliver)(JobId, const Result&))
+{
+    std::shared_ptr<std::atomic_bool> cancelled = m_jobs.at(id).cancelled;
+    m_pool.start(QRunnable::create([this, id, work = std::move(work), deliver, cancelled]() {
         if (cancelled->load())
             return;
-        FrameResult result = decodeFrame(request, limits, cancelled.get());
+        Result result = work(cancelled.get());
         if (cancelled->load())
             return;
         QMetaObject::invokeMethod(
-            this, [this, id, result = std::move(result)]() { deliverFrame(id, result); }, Qt::QueuedConnection);
+            this, [this, id, deliver, result = std::move(result)]() { (this->*deliver)(id, result); },
+            Qt::QueuedConnection);
     }));
-    return id;
 }
 
 QImage Engine::cachedFrame(const FrameRequest& request)

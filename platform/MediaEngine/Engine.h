@@ -71,6 +71,11 @@ private:
     };
 
     JobId addJob(const QString& path, QObject* context, ProbeCallback probeCallback, FrameCallback frameCallback);
+    // Runs `work` on the pool and hands its result to `deliver` on the engine's thread,
+    // unless the job is cancelled in between.
+    template <typename Result>
+    void startWork(JobId id, std::function<Result(const std::atomic_bool*)> work,
+                   void (Engine::*deliver)(JobId, const Result&));
     // Takes the job out of the pending ones; false when it was cancelled.
     bool takeJob(JobId id, Job& job);
     void deliverProbe(JobId id, const ProbeResult& result);
