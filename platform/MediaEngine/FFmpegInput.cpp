@@ -98,6 +98,9 @@ OpenedInput openInput(const QString& path, const Limits& limits, Deadline& deadl
         return fail(ErrorCode::FileCorrupted, QStringLiteral("The file does not exist"));
     if (info.isDir())
         return fail(ErrorCode::FileCorrupted, QStringLiteral("The path is a folder"));
+    // A pipe or a device could block the open itself, beyond the reach of any deadline.
+    if (!info.isFile())
+        return fail(ErrorCode::FileCorrupted, QStringLiteral("The path is not a regular file"));
     if (!info.isReadable())
         return fail(ErrorCode::FileCorrupted, QStringLiteral("The file cannot be read"));
     if (info.size() == 0)

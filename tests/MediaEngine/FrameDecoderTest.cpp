@@ -201,6 +201,7 @@ INSTANTIATE_TEST_SUITE_P(
     BrokenFiles, DecodeFailure,
     testing::Values(DecodeFailureCase{"missing", Sample::Missing, ErrorCode::FileCorrupted},
                     DecodeFailureCase{"folder", Sample::Folder, ErrorCode::FileCorrupted},
+                    DecodeFailureCase{"pipeWithoutWriter", Sample::Pipe, ErrorCode::FileCorrupted},
                     DecodeFailureCase{"zeroLength", Sample::Empty, ErrorCode::FileCorrupted},
                     DecodeFailureCase{"randomBytes", Sample::RandomBytes, ErrorCode::FileCorrupted},
                     DecodeFailureCase{"mp4CutBeforeItsIndex", Sample::TruncatedMp4, ErrorCode::FileCorrupted},
@@ -241,6 +242,16 @@ TEST(DecodeMistakes, aCorrectRequestLogsNothing)
 
     EXPECT_TRUE(decodeFrame(request).ok());
     EXPECT_TRUE(log.errors().empty());
+}
+
+TEST(DecodeLimits, aDecodePastItsDeadlineGivesNoImage)
+{
+    Limits limits;
+    limits.decodeTimeoutMs = 0;
+    const FrameResult result = decodeFrame(requestOf(Sample::Mp4Colours, 1'500'000, QSize(32, 24)), limits);
+
+    EXPECT_EQ(result.errorCode, ErrorCode::FileCorrupted);
+    EXPECT_TRUE(result.image.isNull());
 }
 
 TEST(DecodeCancellation, aCancelledDecodeGivesNoImage)

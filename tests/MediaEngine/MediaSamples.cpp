@@ -18,6 +18,8 @@ extern "C" {
 
 #include <memory>
 
+#include <sys/stat.h>
+
 namespace MediaSamples {
 
 namespace {
@@ -246,6 +248,10 @@ QString make(Sample sample)
     }
     case Sample::Missing:
         return inFolder(QStringLiteral("gone.mp4"));
+    case Sample::Pipe: {
+        const QString file = inFolder(QStringLiteral("pipe.mp4"));
+        return mkfifo(QFile::encodeName(file).constData(), 0600) == 0 ? file : QString();
+    }
     case Sample::HugePng: {
         const QString file = inFolder(QStringLiteral("huge.png"));
         return writeBytes(file, hugePng()) ? file : QString();

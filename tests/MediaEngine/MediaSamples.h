@@ -26,6 +26,7 @@ enum class Sample {
     Empty,           // zero bytes named .mp4
     Folder,          // a folder named folder.mp4
     Missing,         // a path where nothing is
+    Pipe,            // a named pipe without a writer, named pipe.mp4
     HugePng,         // a png header announcing 100000x100000 pixels (its decoder refuses it)
     NoDecoder,       // a video in a codec this installation encodes but cannot decode (nut)
 };

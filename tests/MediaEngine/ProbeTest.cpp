@@ -148,6 +148,7 @@ INSTANTIATE_TEST_SUITE_P(
     BrokenFiles, ProbeFailure,
     testing::Values(FailureCase{"missing", Sample::Missing, ErrorCode::FileCorrupted},
                     FailureCase{"folderNamedLikeAVideo", Sample::Folder, ErrorCode::FileCorrupted},
+                    FailureCase{"pipeWithoutWriter", Sample::Pipe, ErrorCode::FileCorrupted},
                     FailureCase{"zeroLength", Sample::Empty, ErrorCode::FileCorrupted},
                     FailureCase{"textUnderAVideoExtension", Sample::TextNamedMkv, ErrorCode::FileCorrupted},
                     FailureCase{"randomBytes", Sample::RandomBytes, ErrorCode::FileCorrupted},
@@ -165,6 +166,16 @@ TEST(ProbeCancellation, aCancelledProbeFailsWithoutStreams)
     EXPECT_FALSE(result.ok());
     EXPECT_TRUE(result.video.empty());
     EXPECT_TRUE(result.audio.empty());
+}
+
+TEST(ProbeLimits, aProbePastItsDeadlineFailsAsUnreadable)
+{
+    Limits limits;
+    limits.probeTimeoutMs = 0;
+    const ProbeResult result = probeFile(MediaSamples::path(Sample::Mp4VideoAudio), limits);
+
+    EXPECT_EQ(result.errorCode, ErrorCode::FileCorrupted);
+    EXPECT_TRUE(result.video.empty());
 }
 
 TEST(ProbeLimits, aFrameLargerThanTheLimitFailsAsOutOfMemory)
