@@ -1,0 +1,101 @@
+#include <MediaEngine/FrameCache.h>
+
+#include <QHash>
+
+namespace MediaEngine {
+
+bool FrameCache::Key::operator==(const Key& other) const
+{
+    return time == other.time && streamIndex == other.streamIndex && size == other.size
+        && resizeMode == other.resizeMode && padding == other.padding && paddingValid == other.paddingValid
+        && path == other.path;
+}
+
+size_t FrameCache::KeyHash::operator()(const Key& key) const
+{
+    size_t seed = qHash(key.path);
+    auto combine = [&seed](size_t value) { seed ^= value + 0x9e3779b97f4a7c15ULL + (seed << 6) + (seed >> 2); };
+    combine(qHash(key.streamIndex));
+    combine(qHash(key.time));
+    combine(qHash(key.size.width()));
+    combine(qHash(key.size.height()));
+    combine(qHash(key.resizeMode));
+    combine(qHash(key.padding));
+    combine(qHash(key.paddingValid));
+    return seed;
+}
+
+FrameCache::FrameCache(int capacity)
+    : m_capacity(std::max(0, capacity))
+{
+}
+
+FrameCache::Key FrameCache::keyOf(const FrameRequest& request)
+{
+    return Key{request.path,
+               request.streamIndex,
+               request.time,
+               request.size,
+               int(request.resizeMode),
+               request.paddingColor.isValid() ? request.paddingColor.rgba() : 0u,
+               request.paddingColor.isValid()};
+}
+
+QImage FrameCache::find(const FrameRequest& request)
+{
+    const auto found = m_index.find(keyOf(request));
+    if (found == m_index.end())
+        return {};
+    m_entries.splice(m_entries.begin(), m_entries, found->second);
+    return found->second->second;
+}
+
+void FrameCache::insert(const FrameRequest& request, const QImage& image)
+{
+    if (m_capacity == 0 || image.isNull())
+        return;
+    Key key = keyOf(request);
+    const auto found = m_index.find(key);
+    if (found != m_index.end()) {
+        found->second->second = image;
+        m_entries.splice(m_entries.begin(), m_entries, found->second);
+        return;
+    }
+    m_entries.emplace_front(key, image);
+    m_index.emplace(std::move(key), m_entries.begin());
+    trim();
+}
+
+void FrameCache::removeFile(const QString& path)
+{
+    for (auto it = m_entries.begin(); it != m_entries.end();) {
+        if (it->first.path == path) {
+            m_index.erase(it->first);
+            it = m_entries.erase(it);
+        } else {
+            ++it;
+        }
+    }
+}
+
+void FrameCache::clear()
+{
+    m_index.clear();
+    m_entries.clear();
+}
+
+void FrameCache::setCapacity(int capacity)
+{
+    m_capacity = std::max(0, capacity);
+    trim();
+}
+
+void FrameCache::trim()
+{
+    while (int(m_entries.size()) > m_capacity) {
+        m_index.erase(m_entries.back().first);
+        m_entries.pop_back();
+    }
+}
+
+} // namespace MediaEngine

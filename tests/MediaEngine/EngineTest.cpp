@@ -1,0 +1,215 @@
+#include "MediaSamples.h"
+
+#include <MediaEngine/Engine.h>
+
+#include <TestSupport.h>
+
+#include <QCoreApplication>
+#include <QSignalSpy>
+#include <QTest>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+using namespace MediaEngine;
+using MediaSamples::Sample;
+
+namespace {
+
+FrameRequest thumbnailOf(Sample sample, qint64 time)
+{
+    FrameRequest request;
+    request.path = MediaSamples::path(sample);
+    request.time = time;
+    request.size = QSize(64, 36);
+    return request;
+}
+
+class EngineTest : public testing::Test
+{
+protected:
+    // Lets the workers finish and the answers they posted arrive.
+    void settle()
+    {
+        ASSERT_TRUE(engine->waitForDone(30000));
+        QCoreApplication::processEvents();
+    }
+
+    std::unique_ptr<Engine> engine = std::make_unique<Engine>();
+};
+
+TEST_F(EngineTest, runsAsManyWorkersAsTheMachineHasCores)
+{
+    EXPECT_EQ(engine->maxThreadCount(), std::max(1, QThread::idealThreadCount()));
+}
+
+TEST_F(EngineTest, aProbeAnswersLaterOnTheEnginesThread)
+{
+    std::vector<ProbeResult> answers;
+    QThread* answeredOn = nullptr;
+    const QString file = MediaSamples::path(Sample::Mp4VideoAudio);
+
+    const JobId id = engine->probe(file, nullptr, [&](const ProbeResult& result) {
+        answers.push_back(result);
+        answeredOn = QThread::currentThread();
+    });
+
+    EXPECT_NE(id, 0u);
+    EXPECT_TRUE(answers.empty()); // never inside the call
+    EXPECT_EQ(engine->pendingCount(), 1);
+    settle();
+    ASSERT_EQ(answers.size(), 1u);
+    EXPECT_EQ(answeredOn, engine->thread());
+    EXPECT_TRUE(answers.front().ok());
+    EXPECT_EQ(answers.front().path, file);
+    EXPECT_EQ(answers.front().video.size(), 1u);
+    EXPECT_EQ(engine->pendingCount(), 0);
+}
+
+TEST_F(EngineTest, manyProbesAnswerOnceEachWithTheirOwnFile)
+{
+    const std::vector<std::pair<Sample, int>> files = {{Sample::Mp4VideoAudio, ErrorCode::None},
+                                                       {Sample::MkvVideo, ErrorCode::None},
+                                                       {Sample::WavAudio, ErrorCode::None},
+                                                       {Sample::PngImage, ErrorCode::None},
+                                                       {Sample::RandomBytes, ErrorCode::FileCorrupted},
+                                                       {Sample::Missing, ErrorCode::FileCorrupted},
+                                                       {Sample::NoDecoder, ErrorCode::CodecNotAvailable}};
+    std::map<QString, std::vector<int>> codesByFile;
+    for (int round = 0; round < 3; ++round)
+        for (const auto& [sample, code] : files)
+            engine->probe(MediaSamples::path(sample), nullptr,
+                          [&](const ProbeResult& result) { codesByFile[result.path].push_back(result.errorCode); });
+
+    settle();
+    ASSERT_EQ(codesByFile.size(), files.size());
+    for (const auto& [sample, code] : files)
+        EXPECT_EQ(codesByFile[MediaSamples::path(sample)], std::vector<int>(3, code)) << int(sample);
+}
+
+TEST_F(EngineTest, aProbeCancelledBeforeItRanNeverAnswers)
+{
+    int answers = 0;
+    const JobId id = engine->probe(MediaSamples::path(Sample::Mp4VideoAudio), nullptr, [&](const ProbeResult&) { ++answers; });
+
+    EXPECT_TRUE(engine->cancel(id));
+    EXPECT_FALSE(engine->cancel(id));
+    settle();
+    EXPECT_EQ(answers, 0);
+    EXPECT_EQ(engine->pendingCount(), 0);
+}
+
+TEST_F(EngineTest, aJobCancelledAfterItsWorkFinishedNeverAnswers)
+{
+    int answers = 0;
+    const JobId probe = engine->probe(MediaSamples::path(Sample::Mp4VideoAudio), nullptr, [&](const ProbeResult&) { ++answers; });
+    const JobId frame =
+        engine->requestFrame(thumbnailOf(Sample::Mp4Colours, 0), nullptr, [&](const FrameResult&) { ++answers; });
+    ASSERT_TRUE(engine->waitForDone(30000)); // both answers are posted, not yet delivered
+
+    EXPECT_TRUE(engine->cancel(probe));
+    EXPECT_TRUE(engine->cancel(frame));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(answers, 0);
+    EXPECT_TRUE(engine->cachedFrame(thumbnailOf(Sample::Mp4Colours, 0)).isNull());
+}
+
+TEST_F(EngineTest, cancellingAFileDropsOnlyItsJobsAndFrames)
+{
+    const FrameRequest colours = thumbnailOf(Sample::Mp4Colours, 0);
+    engine->requestFrame(colours, nullptr, [](const FrameResult&) {});
+    settle();
+    ASSERT_FALSE(engine->cachedFrame(colours).isNull());
+
+    std::vector<QString> answered;
+    auto record = [&](const FrameResult& result) { answered.push_back(result.request.path); };
+    engine->requestFrame(thumbnailOf(Sample::Mp4Colours, 1'500'000), nullptr, record);
+    engine->requestFrame(thumbnailOf(Sample::Mp4Colours, 500'000), nullptr, record);
+    engine->requestFrame(thumbnailOf(Sample::MkvVideo, 0), nullptr, record);
+
+    EXPECT_EQ(engine->cancelFile(colours.path), 2);
+    EXPECT_TRUE(engine->cachedFrame(colours).isNull());
+    settle();
+    EXPECT_EQ(answered, std::vector<QString>{MediaSamples::path(Sample::MkvVideo)});
+}
+
+TEST_F(EngineTest, aDestroyedContextGetsNoAnswer)
+{
+    int answers = 0;
+    auto context = std::make_unique<QObject>();
+    engine->probe(MediaSamples::path(Sample::WavAudio), context.get(), [&](const ProbeResult&) { ++answers; });
+    engine->requestFrame(thumbnailOf(Sample::Mp4Colours, 0), context.get(), [&](const FrameResult&) { ++answers; });
+
+    context.reset();
+    settle();
+
+    EXPECT_EQ(answers, 0);
+    EXPECT_EQ(engine->pendingCount(), 0);
+    // The decoded frame is kept for whoever asks next.
+    EXPECT_FALSE(engine->cachedFrame(thumbnailOf(Sample::Mp4Colours, 0)).isNull());
+}
+
+TEST_F(EngineTest, aRepeatedFrameComesFromTheCacheAsTheSameImage)
+{
+    const FrameRequest request = thumbnailOf(Sample::Mp4Colours, 1'500'000);
+    std::vector<FrameResult> answers;
+    auto record = [&](const FrameResult& result) { answers.push_back(result); };
+
+    engine->requestFrame(request, nullptr, record);
+    settle();
+    ASSERT_EQ(answers.size(), 1u);
+    ASSERT_TRUE(answers[0].ok()) << answers[0].errorMessage.toStdString();
+    EXPECT_FALSE(answers[0].fromCache);
+
+    engine->requestFrame(request, nullptr, record);
+    EXPECT_EQ(answers.size(), 1u); // still answered from the event loop
+    settle();
+    ASSERT_EQ(answers.size(), 2u);
+    EXPECT_TRUE(answers[1].fromCache);
+    EXPECT_EQ(answers[1].image.cacheKey(), answers[0].image.cacheKey());
+    EXPECT_EQ(engine->cachedFrame(request).cacheKey(), answers[0].image.cacheKey());
+}
+
+TEST_F(EngineTest, aFailedFrameIsNotCached)
+{
+    const FrameRequest request = thumbnailOf(Sample::TruncatedMp4, 0);
+    std::vector<int> codes;
+    engine->requestFrame(request, nullptr, [&](const FrameResult& result) { codes.push_back(result.errorCode); });
+    settle();
+
+    EXPECT_EQ(codes, std::vector<int>{ErrorCode::FileCorrupted});
+    EXPECT_TRUE(engine->cachedFrame(request).isNull());
+    EXPECT_EQ(engine->cache().size(), 0);
+}
+
+TEST_F(EngineTest, destroyingTheEngineWithWorkUnderWayAnswersNothing)
+{
+    int answers = 0;
+    QObject context;
+    for (int i = 0; i < 8; ++i) {
+        engine->probe(MediaSamples::path(Sample::MkvVideo), &context, [&](const ProbeResult&) { ++answers; });
+        engine->requestFrame(thumbnailOf(Sample::Mp4Colours, i * 200'000), &context, [&](const FrameResult&) { ++answers; });
+    }
+    QSignalSpy destroyed(engine.get(), &QObject::destroyed);
+
+    engine.reset();
+    QCoreApplication::processEvents();
+
+    EXPECT_EQ(destroyed.count(), 1);
+    EXPECT_EQ(answers, 0);
+}
+
+TEST_F(EngineTest, aMissingCallbackIsRefusedWithALogLine)
+{
+    TestSupport::LogCapture log;
+
+    EXPECT_EQ(engine->probe(MediaSamples::path(Sample::WavAudio), nullptr, nullptr), 0u);
+    EXPECT_EQ(engine->requestFrame(thumbnailOf(Sample::Mp4Colours, 0), nullptr, nullptr), 0u);
+    EXPECT_EQ(engine->pendingCount(), 0);
+    EXPECT_TRUE(log.containsError("no callback"));
+}
+
+} // namespace

@@ -1,0 +1,305 @@
+#include "MediaSamples.h"
+
+#include <QColor>
+#include <QDir>
+#include <QFile>
+#include <QHash>
+#include <QImage>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QtEndian>
+
+#include <gtest/gtest.h>
+
+extern "C" {
+#include <libavutil/log.h>
+}
+
+#include <memory>
+
+#include <sys/stat.h>
+
+namespace MediaSamples {
+
+namespace {
+
+class SamplesEnvironment : public testing::Environment
+{
+public:
+    void SetUp() override
+    {
+        // Broken samples make FFmpeg complain; the tests assert the engine's own answers.
+        av_log_set_level(AV_LOG_QUIET);
+        folder = std::make_unique<QTemporaryDir>();
+        ASSERT_TRUE(folder->isValid());
+    }
+    void TearDown() override
+    {
+        made.clear();
+        folder.reset();
+    }
+
+    std::unique_ptr<QTemporaryDir> folder;
+    QHash<int, QString> made;
+};
+
+SamplesEnvironment* environment =
+    static_cast<SamplesEnvironment*>(testing::AddGlobalTestEnvironment(new SamplesEnvironment));
+
+QString inFolder(const QString& name)
+{
+    return environment->folder->filePath(name);
+}
+
+bool runFfmpeg(QStringList arguments, const QString& output)
+{
+    arguments.prepend(QStringLiteral("error"));
+    arguments.prepend(QStringLiteral("-loglevel"));
+    arguments.prepend(QStringLiteral("-y"));
+    arguments.append(output);
+    QProcess process;
+    process.start(QStringLiteral("ffmpeg"), arguments);
+    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
+        ADD_FAILURE() << "ffmpeg failed for " << output.toStdString() << ": "
+                      << process.readAllStandardError().toStdString();
+        return false;
+    }
+    return QFileInfo(output).size() > 0;
+}
+
+QStringList lavfi(const QString& graph)
+{
+    return {QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"), graph};
+}
+
+QStringList h264OrMpeg4()
+{
+    if (hasEncoder("libx264"))
+        return {QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-preset"), QStringLiteral("ultrafast"),
+                QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p")};
+    return {QStringLiteral("-c:v"), QStringLiteral("mpeg4")};
+}
+
+bool writeBytes(const QString& file, const QByteArray& bytes)
+{
+    QFile out(file);
+    return out.open(QIODevice::WriteOnly) && out.write(bytes) == bytes.size();
+}
+
+quint32 crc32Of(const QByteArray& bytes)
+{
+    quint32 crc = 0xffffffffu;
+    for (const char byte : bytes) {
+        crc ^= quint8(byte);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc >> 1) ^ (0xedb88320u & (0u - (crc & 1u)));
+    }
+    return ~crc;
+}
+
+QByteArray pngChunk(const char* type, const QByteArray& data)
+{
+    QByteArray chunk;
+    char length[4];
+    qToBigEndian<quint32>(quint32(data.size()), length);
+    chunk.append(length, 4);
+    const QByteArray typed = QByteArray(type) + data;
+    chunk.append(typed);
+    char crc[4];
+    qToBigEndian<quint32>(crc32Of(typed), crc);
+    chunk.append(crc, 4);
+    return chunk;
+}
+
+// A well-formed png whose header announces an absurd frame and whose data is a few bytes.
+QByteArray hugePng()
+{
+    char header[13];
+    qToBigEndian<quint32>(100000, header);
+    qToBigEndian<quint32>(100000, header + 4);
+    header[8] = 8;  // bit depth
+    header[9] = 6;  // RGBA
+    header[10] = header[11] = header[12] = 0;
+    QByteArray png("\x89PNG\r\n\x1a\n", 8);
+    png += pngChunk("IHDR", QByteArray(header, 13));
+    png += pngChunk("IDAT", qCompress(QByteArray(1024, '\0')).mid(4)); // zlib stream without Qt's size prefix
+    png += pngChunk("IEND", QByteArray());
+    return png;
+}
+
+QString truncatedCopy(Sample source, const QString& name, int bytes)
+{
+    QFile in(path(source));
+    if (!in.open(QIODevice::ReadOnly))
+        return {};
+    const QString file = inFolder(name);
+    return writeBytes(file, in.read(bytes)) ? file : QString();
+}
+
+QString make(Sample sample)
+{
+    const QString two = QStringLiteral("2");
+    switch (sample) {
+    case Sample::Mp4VideoAudio: {
+        const QString file = inFolder(QStringLiteral("video-audio.mp4"));
+        QStringList arguments = lavfi(QStringLiteral("testsrc=size=320x240:rate=25:duration=2"))
+            + lavfi(QStringLiteral("sine=frequency=440:sample_rate=48000:duration=2")) + h264OrMpeg4();
+        arguments << QStringLiteral("-c:a") << QStringLiteral("aac") << QStringLiteral("-ac") << two;
+        return runFfmpeg(arguments, file) ? file : QString();
+    }
+    case Sample::MkvVideo: {
+        const QString file = inFolder(QStringLiteral("video.mkv"));
+        QStringList arguments = lavfi(QStringLiteral("testsrc=size=640x360:rate=30000/1001:duration=1.5"));
+        arguments << QStringLiteral("-c:v") << QStringLiteral("mpeg4");
+        return runFfmpeg(arguments, file) ? file : QString();
+    }
+    case Sample::AviVideoAudio: {
+        const QString file = inFolder(QStringLiteral("video-audio.avi"));
+        QStringList arguments = lavfi(QStringLiteral("testsrc=size=176x144:rate=15:duration=2"))
+            + lavfi(QStringLiteral("sine=frequency=220:sample_rate=44100:duration=2"));
+        arguments << QStringLiteral("-c:v") << QStringLiteral("mpeg4") << QStringLiteral("-c:a")
+                  << QStringLiteral("pcm_s16le") << QStringLiteral("-ac") << QStringLiteral("1");
+        return runFfmpeg(arguments, file) ? file : QString();
+    }
+    case Sample::Mp4Colours: {
+        const QString file = inFolder(QStringLiteral("colours.mp4"));
+        QStringList arguments = lavfi(QStringLiteral("color=c=red:size=320x180:rate=25:duration=1"))
+            + lavfi(QStringLiteral("color=c=blue:size=320x180:rate=25:duration=1"));
+        arguments << QStringLiteral("-filter_complex") << QStringLiteral("[0][1]concat=n=2:v=1:a=0");
+        arguments += h264OrMpeg4();
+        arguments << QStringLiteral("-g") << QStringLiteral("10");
+        return runFfmpeg(arguments, file) ? file : QString();
+    }
+    case Sample::MkvAnamorphic: {
+        const QString file = inFolder(QStringLiteral("anamorphic.mkv"));
+        QStringList arguments = lavfi(QStringLiteral("color=c=white:size=720x576:rate=25:duration=1,setsar=16/15"));
+        arguments << QStringLiteral("-c:v") << QStringLiteral("mpeg4");
+        return runFfmpeg(arguments, file) ? file : QString();
+    }
+    case Sample::WavAudio: {
+        const QString file = inFolder(QStringLiteral("audio.wav"));
+        QStringList arguments = lavfi(QStringLiteral("sine=frequency=440:sample_rate=44100:duration=1.5"));
+        arguments << QStringLiteral("-ac") << two << QStringLiteral("-c:a") << QStringLiteral("pcm_s16le");
+        return runFfmpeg(arguments, file) ? file : QString();
+    }
+    case Sample::OggAudio: {
+        const QString file = inFolder(QStringLiteral("audio.ogg"));
+        QStringList arguments = lavfi(QStringLiteral("sine=frequency=440:sample_rate=48000:duration=1"));
+        arguments << QStringLiteral("-ac") << QStringLiteral("1") << QStringLiteral("-c:a") << QStringLiteral("libvorbis");
+        return runFfmpeg(arguments, file) ? file : QString();
+    }
+    case Sample::PngImage:
+    case Sample::JpegImage:
+    case Sample::BmpImage: {
+        struct Still
+        {
+            const char* name;
+            QSize size;
+            Qt::GlobalColor colour;
+            const char* format;
+        };
+        const Still still = sample == Sample::PngImage  ? Still{"image.png", QSize(64, 48), Qt::red, "PNG"}
+                          : sample == Sample::JpegImage ? Still{"image.jpg", QSize(80, 60), Qt::green, "JPEG"}
+                                                        : Still{"image.bmp", QSize(50, 40), Qt::blue, "BMP"};
+        QImage image(still.size, QImage::Format_RGB32);
+        image.fill(still.colour);
+        const QString file = inFolder(QLatin1String(still.name));
+        return image.save(file, still.format, 95) ? file : QString();
+    }
+    case Sample::WebpImage: {
+        const QString file = inFolder(QStringLiteral("image.webp"));
+        QStringList arguments = lavfi(QStringLiteral("color=c=yellow:size=32x24"));
+        arguments << QStringLiteral("-frames:v") << QStringLiteral("1");
+        return runFfmpeg(arguments, file) ? file : QString();
+    }
+    case Sample::PngNamedMov:
+        return copyOf(Sample::PngImage, QStringLiteral("picture.mov"));
+    case Sample::TextNamedMkv: {
+        const QString file = inFolder(QStringLiteral("notes.mkv"));
+        return writeBytes(file, QByteArray("These are meeting notes, not a video.\n").repeated(200)) ? file : QString();
+    }
+    case Sample::TruncatedMp4: {
+        // Made without moving the index to the front, so the cut leaves no index.
+        const QString full = inFolder(QStringLiteral("index-at-end.mp4"));
+        QStringList arguments = lavfi(QStringLiteral("testsrc=size=320x240:rate=25:duration=2")) + h264OrMpeg4();
+        if (!runFfmpeg(arguments, full))
+            return {};
+        QFile in(full);
+        const QString file = inFolder(QStringLiteral("truncated.mp4"));
+        return in.open(QIODevice::ReadOnly) && writeBytes(file, in.read(4096)) ? file : QString();
+    }
+    case Sample::TruncatedMkv:
+        return truncatedCopy(Sample::MkvVideo, QStringLiteral("truncated.mkv"), 200);
+    case Sample::RandomBytes: {
+        QRandomGenerator generator(20261121);
+        QByteArray noise(64 * 1024, Qt::Uninitialized);
+        generator.fillRange(reinterpret_cast<quint32*>(noise.data()), noise.size() / 4);
+        const QString file = inFolder(QStringLiteral("noise.avi"));
+        return writeBytes(file, noise) ? file : QString();
+    }
+    case Sample::Empty: {
+        const QString file = inFolder(QStringLiteral("empty.mp4"));
+        return writeBytes(file, QByteArray()) ? file : QString();
+    }
+    case Sample::Folder: {
+        const QString file = inFolder(QStringLiteral("folder.mp4"));
+        return QDir().mkpath(file) ? file : QString();
+    }
+    case Sample::Missing:
+        return inFolder(QStringLiteral("gone.mp4"));
+    case Sample::Pipe: {
+        const QString file = inFolder(QStringLiteral("pipe.mp4"));
+        return mkfifo(QFile::encodeName(file).constData(), 0600) == 0 ? file : QString();
+    }
+    case Sample::HugePng: {
+        const QString file = inFolder(QStringLiteral("huge.png"));
+        return writeBytes(file, hugePng()) ? file : QString();
+    }
+    case Sample::NoDecoder: {
+        const QString file = inFolder(QStringLiteral("commodore.nut"));
+        QStringList arguments = lavfi(QStringLiteral("testsrc=size=320x200:rate=25:duration=1"));
+        arguments << QStringLiteral("-c:v") << QStringLiteral("a64multi") << QStringLiteral("-f") << QStringLiteral("nut");
+        return runFfmpeg(arguments, file) ? file : QString();
+    }
+    }
+    return {};
+}
+
+} // namespace
+
+QString path(Sample sample)
+{
+    const int key = int(sample);
+    auto found = environment->made.constFind(key);
+    if (found != environment->made.constEnd())
+        return *found;
+    const QString file = make(sample);
+    if (file.isEmpty())
+        ADD_FAILURE() << "sample " << key << " could not be made";
+    environment->made.insert(key, file);
+    return file;
+}
+
+QString copyOf(Sample sample, const QString& name)
+{
+    const QString file = inFolder(name);
+    QFile::remove(file);
+    return QFile::copy(path(sample), file) ? file : QString();
+}
+
+bool hasEncoder(const char* name)
+{
+    static QHash<QString, bool> known;
+    const QString key = QLatin1String(name);
+    if (!known.contains(key)) {
+        QProcess process;
+        process.start(QStringLiteral("ffmpeg"), {QStringLiteral("-hide_banner"), QStringLiteral("-encoders")});
+        process.waitForFinished(30000);
+        const QString listing = QString::fromUtf8(process.readAllStandardOutput());
+        known.insert(key, listing.contains(QLatin1Char(' ') + key + QLatin1Char(' ')));
+    }
+    return known.value(key);
+}
+
+} // namespace MediaSamples

@@ -1,0 +1,300 @@
+#include "MediaSamples.h"
+
+#include <MediaEngine/ModelAdapter.h>
+
+#include <TestSupport.h>
+
+#include <QTest>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using namespace MediaEngine;
+using MediaSamples::Sample;
+using ::testing::ElementsAre;
+
+namespace {
+
+constexpr Types::Time second = Types::TimeUnitsPerSecond;
+
+// What the model reports of the files it opens, in order.
+class FileWatcher : public Media::View<Media::File>, public PubSub::Subscriber<Media::FileOpenFailedNotification>
+{
+public:
+    std::vector<std::string> log;
+
+protected:
+    using Media::View<Media::File>::notify;
+
+private:
+    void fileOpened(const Media::File* f) override
+    {
+        log.push_back("opened, streams " + std::to_string(f->videos().size() + f->audios().size()));
+    }
+    void fileFailed(const Media::File*) override { log.push_back("failed"); }
+    void notify(const Media::FileOpenFailedNotification& n) override
+    {
+        std::string codes;
+        for (const Media::OpenError& error : n.errors)
+            codes += " " + std::to_string(error.code);
+        log.push_back("notification" + codes);
+    }
+};
+
+// Owns thumbnail records the way a thumbnail requester does and sees their answers.
+class ThumbnailOwner : public Model::View<Thumbnail::Object>
+{
+public:
+    const Thumbnail::Object* ask(const Resource::Id& resource, Types::Time time, QSize size, int mode = 2,
+                                 unsigned padding = 0)
+    {
+        auto record = std::make_unique<Thumbnail::Object>();
+        record->setResource(resource).setTime(time).setWidth(size.width()).setHeight(size.height());
+        record->setResizeMode(mode).setPaddingColor(padding);
+        return own(std::move(record));
+    }
+    int answers = 0;
+
+private:
+    void recordChanged(const Thumbnail::Object*, const Thumbnail::Object*) override { ++answers; }
+};
+
+Resource::Id videoOf(Sample sample, int index = 0)
+{
+    return {(MediaSamples::path(sample) + QStringLiteral(":v:%1").arg(index)).toStdString(), Resource::Video};
+}
+
+class ModelAdapterTest : public testing::Test
+{
+protected:
+    void SetUp() override { connectToModel(host, engine); }
+
+    void settle()
+    {
+        ASSERT_TRUE(engine.waitForDone(30000));
+        QCoreApplication::processEvents();
+    }
+
+    Model::Host host;
+    Engine engine;
+};
+
+TEST_F(ModelAdapterTest, anOpenedFileGetsTheStreamsTheEngineFound)
+{
+    FileWatcher watcher;
+    watcher.observeNew(true);
+    const Media::File* file = host.addFile(Types::String(MediaSamples::path(Sample::Mp4VideoAudio)));
+
+    ASSERT_TRUE(QTest::qWaitFor([file] { return file->isFinished(); }, 30000));
+    ASSERT_TRUE(file->isOpened());
+    EXPECT_THAT(watcher.log, ElementsAre("opened, streams 2"));
+    EXPECT_NEAR(double(file->duration()), double(2 * second), double(second / 10));
+    const Media::Video* video = file->mainVideo();
+    ASSERT_NE(video, nullptr);
+    EXPECT_EQ(video->file, file);
+    EXPECT_EQ(video->index, 0);
+    EXPECT_EQ(video->width, 320);
+    EXPECT_EQ(video->height, 240);
+    EXPECT_EQ(video->frameRate, boost::rational<long long>(25));
+    EXPECT_NEAR(double(video->duration), double(2 * second), double(second / 10));
+    EXPECT_FALSE(video->stillImage);
+    const Media::Audio* audio = file->mainAudio();
+    ASSERT_NE(audio, nullptr);
+    EXPECT_EQ(audio->index, 1);
+    EXPECT_EQ(audio->sampleRate, 48000);
+    EXPECT_EQ(audio->channels, 2);
+    EXPECT_EQ(audio->channelLayout, Types::String("stereo"));
+}
+
+TEST_F(ModelAdapterTest, aStillImageOpensAsOneStillVideoStream)
+{
+    const Media::File* file = host.addFile(Types::String(MediaSamples::path(Sample::JpegImage)));
+
+    ASSERT_TRUE(QTest::qWaitFor([file] { return file->isFinished(); }, 30000));
+    ASSERT_TRUE(file->isOpened());
+    ASSERT_EQ(file->videos().size(), 1u);
+    EXPECT_TRUE(file->audios().empty());
+    EXPECT_TRUE(file->mainVideo()->stillImage);
+    EXPECT_EQ(file->mainVideo()->width, 80);
+}
+
+struct FailedFileCase
+{
+    const char* name;
+    Sample sample;
+    const char* notification;
+};
+
+class ModelAdapterFailure : public ModelAdapterTest, public testing::WithParamInterface<FailedFileCase>
+{
+};
+
+TEST_P(ModelAdapterFailure, theFailureNotificationCarriesTheCodeBeforeTheFileFails)
+{
+    FileWatcher watcher;
+    const Media::File* file = host.addFile(Types::String(MediaSamples::path(GetParam().sample)));
+    watcher.subscribe(file);
+
+    ASSERT_TRUE(QTest::qWaitFor([file] { return file->isFinished(); }, 30000));
+    EXPECT_TRUE(file->isFailed());
+    EXPECT_TRUE(file->videos().empty());
+    EXPECT_THAT(watcher.log, ElementsAre(GetParam().notification, "failed"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, ModelAdapterFailure,
+                         testing::Values(FailedFileCase{"missing", Sample::Missing, "notification 36"},
+                                         FailedFileCase{"truncated", Sample::TruncatedMp4, "notification 36"},
+                                         FailedFileCase{"textUnderAVideoExtension", Sample::TextNamedMkv, "notification 36"},
+                                         FailedFileCase{"codecWithoutDecoder", Sample::NoDecoder, "notification 20"}),
+                         [](const testing::TestParamInfo<FailedFileCase>& info) { return std::string(info.param.name); });
+
+TEST_F(ModelAdapterTest, aThumbnailRecordIsAnsweredWithTheFrameAtItsTime)
+{
+    ThumbnailOwner owner;
+    const Thumbnail::Object* red = owner.ask(videoOf(Sample::Mp4Colours), second / 2, QSize(64, 36));
+    const Thumbnail::Object* blue = owner.ask(videoOf(Sample::Mp4Colours), 3 * second / 2, QSize(64, 36));
+    EXPECT_FALSE(red->isAnswered()); // never inside the request
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return red->isAnswered() && blue->isAnswered(); }, 30000));
+    EXPECT_EQ(owner.answers, 2);
+    for (const auto& [thumbnail, colour] : {std::pair{red, QColor(Qt::red)}, std::pair{blue, QColor(Qt::blue)}}) {
+        EXPECT_FALSE(thumbnail->isFailed());
+        ASSERT_EQ(thumbnail->image().size(), QSize(64, 36));
+        const QColor centre = thumbnail->image().pixelColor(32, 18);
+        EXPECT_LT(qAbs(centre.red() - colour.red()) + qAbs(centre.blue() - colour.blue()), 96)
+            << centre.name().toStdString();
+    }
+}
+
+TEST_F(ModelAdapterTest, aThumbnailKeepsItsResizeModeAndPaddingColour)
+{
+    ThumbnailOwner owner;
+    const Thumbnail::Object* thumbnail =
+        owner.ask(videoOf(Sample::Mp4Colours), 0, QSize(100, 100), int(ResizeMode::KeepAspectRatio), 0xff00ff00u);
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return thumbnail->isAnswered(); }, 30000));
+    ASSERT_EQ(thumbnail->image().size(), QSize(100, 100));
+    EXPECT_EQ(thumbnail->image().pixel(50, 2), 0xff00ff00u);
+}
+
+TEST_F(ModelAdapterTest, unreadableFilesAndAudioResourcesGetAFailedAnswer)
+{
+    ThumbnailOwner owner;
+    const Thumbnail::Object* missing = owner.ask(videoOf(Sample::Missing), 0, QSize(64, 36));
+    const Thumbnail::Object* audio = owner.ask(
+        {(MediaSamples::path(Sample::WavAudio) + QStringLiteral(":a:0")).toStdString(), Resource::Audio}, 0, QSize(64, 36));
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return missing->isAnswered() && audio->isAnswered(); }, 30000));
+    EXPECT_TRUE(missing->isFailed());
+    EXPECT_TRUE(missing->image().isNull());
+    EXPECT_TRUE(audio->isFailed());
+}
+
+TEST_F(ModelAdapterTest, aThumbnailRemovedBeforeItsAnswerIsNeverAnswered)
+{
+    TestSupport::LogCapture log;
+    ThumbnailOwner owner;
+    const Thumbnail::Object* decoded = owner.ask(videoOf(Sample::Mp4Colours), second, QSize(64, 36));
+    const Thumbnail::Object* refused = owner.ask({"no stream", Resource::Audio}, 0, QSize(64, 36));
+
+    owner.remove(decoded);
+    owner.remove(refused);
+    settle();
+
+    EXPECT_EQ(owner.answers, 0);
+    EXPECT_EQ(engine.pendingCount(), 0);
+    EXPECT_TRUE(log.errors().empty()); // in particular no answer for a record that is gone
+}
+
+struct ResourceCase
+{
+    const char* name;
+    Resource::Id resource;
+    bool valid;
+    const char* path;
+    int index;
+};
+
+class FrameRequestOf : public testing::TestWithParam<ResourceCase>
+{
+};
+
+TEST_P(FrameRequestOf, readsTheFileAndStreamOfAVideoResource)
+{
+    Thumbnail::Object thumbnail;
+    thumbnail.setResource(GetParam().resource);
+    const std::optional<FrameRequest> request = frameRequestOf(thumbnail);
+
+    ASSERT_EQ(request.has_value(), GetParam().valid);
+    if (request) {
+        EXPECT_EQ(request->path.toStdString(), GetParam().path);
+        EXPECT_EQ(request->streamIndex, GetParam().index);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Keys, FrameRequestOf,
+    testing::Values(ResourceCase{"plain", {"/media/a.mp4:v:0", Resource::Video}, true, "/media/a.mp4", 0},
+                    ResourceCase{"colonInThePath", {"/media/a:v:b.mp4:v:3", Resource::Video}, true, "/media/a:v:b.mp4", 3},
+                    ResourceCase{"audioStream", {"/media/a.mp4:a:1", Resource::Audio}, false, "", 0},
+                    ResourceCase{"videoTypeWithAudioKey", {"/media/a.mp4:a:1", Resource::Video}, false, "", 0},
+                    ResourceCase{"indexNotANumber", {"/media/a.mp4:v:x", Resource::Video}, false, "", 0},
+                    ResourceCase{"negativeIndex", {"/media/a.mp4:v:-1", Resource::Video}, false, "", 0},
+                    ResourceCase{"emptyKey", {"", Resource::Video}, false, "", 0}),
+    [](const testing::TestParamInfo<ResourceCase>& info) { return std::string(info.param.name); });
+
+TEST(FrameRequestOfThumbnail, convertsTimeSizeModeAndPadding)
+{
+    Thumbnail::Object thumbnail;
+    thumbnail.setResource({"/media/a.mp4:v:0", Resource::Video}).setTime(15'000'000).setWidth(160).setHeight(90);
+    thumbnail.setResizeMode(1).setPaddingColor(0x80ff0000u);
+
+    const std::optional<FrameRequest> request = frameRequestOf(thumbnail);
+
+    ASSERT_TRUE(request);
+    EXPECT_EQ(request->time, 1'500'000); // microseconds
+    EXPECT_EQ(request->size, QSize(160, 90));
+    EXPECT_EQ(request->resizeMode, ResizeMode::KeepAspectRatio);
+    EXPECT_EQ(request->paddingColor.rgba(), 0x80ff0000u);
+
+    thumbnail.setResizeMode(7); // unknown: the requester's default
+    EXPECT_EQ(frameRequestOf(thumbnail)->resizeMode, ResizeMode::KeepAspectRatioByExpanding);
+}
+
+TEST(ToOpenResult, aFailedProbeBecomesOneErrorWithItsCode)
+{
+    ProbeResult probe;
+    probe.errorCode = ErrorCode::CodecNotAvailable;
+    probe.errorMessage = QStringLiteral("No decoder");
+
+    const Media::OpenResult result = toOpenResult(probe);
+
+    EXPECT_FALSE(result.ok);
+    ASSERT_EQ(result.errors.size(), 1u);
+    EXPECT_EQ(result.errors[0].code, 20);
+    EXPECT_EQ(result.errors[0].text, "No decoder");
+    EXPECT_TRUE(result.metadata.videos.empty());
+}
+
+TEST(ToOpenResult, timesBecomeModelUnits)
+{
+    ProbeResult probe;
+    probe.duration = 2'500'000;
+    VideoStream video;
+    video.index = 2;
+    video.frameSize = QSize(720, 576);
+    video.pixelAspect = boost::rational<long long>(16, 15);
+    video.duration = 2'000'000;
+    probe.video.push_back(video);
+
+    const Media::OpenResult result = toOpenResult(probe);
+
+    ASSERT_TRUE(result.ok);
+    EXPECT_EQ(result.metadata.duration, 25'000'000);
+    ASSERT_EQ(result.metadata.videos.size(), 1u);
+    EXPECT_EQ(result.metadata.videos[0].duration, 20'000'000);
+    EXPECT_EQ(result.metadata.videos[0].index, 2);
+    EXPECT_EQ(result.metadata.videos[0].pixelAspect, boost::rational<long long>(16, 15));
+}
+
+} // namespace
