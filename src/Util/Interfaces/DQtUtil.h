@@ -1,0 +1,4 @@
+#pragma once
+
+#include <DQtUtil/ExclusiveService.h>
+#include <DQtUtil/SceneHelper.h>

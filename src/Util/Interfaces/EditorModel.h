@@ -1,0 +1,6 @@
+#pragma once
+
+// Placeholder until the model library lands: the editors only hold pointers to its records.
+namespace Editor {
+class Object;
+}
