@@ -200,13 +200,13 @@ int main(int argc, char** argv)
     const QSize frame(Width, Height);
     bool ok = true;
     ok &= write(dir, "effect.png", frame, effect);
-    ok &= write(dir, "transition-a.png", frame, transitionA);
-    ok &= write(dir, "transition-b.png", frame, transitionB);
+    ok &= write(dir, "transitionA.png", frame, transitionA);
+    ok &= write(dir, "transitionB.png", frame, transitionB);
     ok &= write(dir, "title.png", frame, title);
     ok &= write(dir, "callout.png", frame, callout);
     ok &= write(dir, "quiz.png", frame, quiz);
-    ok &= write(dir, "pan-zoom.png", frame, panZoom);
-    ok &= write(dir, "animation-background.png", frame, animationBackground);
-    ok &= write(dir, "animation-icon.png", QSize(128, 128), animationIcon);
+    ok &= write(dir, "panzoom.png", frame, panZoom);
+    ok &= write(dir, "animationBackground.png", frame, animationBackground);
+    ok &= write(dir, "animationIcon.png", QSize(128, 128), animationIcon);
     return ok ? 0 : 1;
 }
