@@ -23,7 +23,9 @@ public:
 protected:
     const Editor::Object* editor() const;
 
-private slots:
+protected slots:
+    // Each re-emits this editor's own signal; an override does its work first, then calls
+    // the base version.
     virtual void onLoad();
     virtual void onApply();
     virtual void onReset();
