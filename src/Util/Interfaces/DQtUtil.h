@@ -1,4 +1,8 @@
 #pragma once
 
+// The maker's Qt utility library.
+#include <DQtUtil/AlertBox.h>
+#include <DQtUtil/Desktop.h>
 #include <DQtUtil/ExclusiveService.h>
 #include <DQtUtil/SceneHelper.h>
+#include <DQtUtil/SpontaneousDialog.h>
