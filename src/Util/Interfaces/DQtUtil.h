@@ -3,4 +3,6 @@
 // The maker's Qt utility library.
 #include <DQtUtil/AlertBox.h>
 #include <DQtUtil/Desktop.h>
+#include <DQtUtil/ExclusiveService.h>
+#include <DQtUtil/SceneHelper.h>
 #include <DQtUtil/SpontaneousDialog.h>

@@ -1,0 +1,8 @@
+#include "AbstractEditor.h"
+
+AbstractEditor::AbstractEditor(QObject* parent)
+    : QObject(parent)
+{
+}
+
+AbstractEditor::~AbstractEditor() = default;

@@ -1,0 +1,154 @@
+#include <Util/Editor/ChainedEditor.h>
+
+#include <QSignalSpy>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+// A participant that does some work of its own in each step, then passes the step on.
+class WorkingEditor : public ChainedEditor
+{
+    Q_OBJECT
+
+public:
+    WorkingEditor(AbstractEditor& parent, std::string name, std::vector<std::string>& journal)
+        : ChainedEditor(parent, nullptr)
+        , m_name(std::move(name))
+        , m_journal(journal)
+    {
+    }
+
+private slots:
+    void onLoad() override
+    {
+        m_journal.push_back(m_name + " loads");
+        ChainedEditor::onLoad();
+    }
+    void onApply() override
+    {
+        m_journal.push_back(m_name + " applies");
+        ChainedEditor::onApply();
+    }
+    void onReset() override
+    {
+        m_journal.push_back(m_name + " resets");
+        ChainedEditor::onReset();
+    }
+
+private:
+    std::string m_name;
+    std::vector<std::string>& m_journal;
+};
+
+// root -> panel (works) -> pass-through (plain ChainedEditor) -> leaf (works)
+//                       -> sibling (works)
+class EditorTreeTest : public testing::Test
+{
+protected:
+    EditorTreeTest()
+        : root(nullptr)
+        , panel(root, "panel", journal)
+        , passThrough(panel, nullptr)
+        , leaf(passThrough, "leaf", journal)
+        , sibling(panel, "sibling", journal)
+    {
+    }
+
+    std::vector<std::string> journal;
+    AbstractEditor root;
+    WorkingEditor panel;
+    ChainedEditor passThrough;
+    WorkingEditor leaf;
+    WorkingEditor sibling;
+};
+
+TEST_F(EditorTreeTest, EachStepRunsTopDownThroughTheTree)
+{
+    emit root.load();
+    EXPECT_THAT(journal, ElementsAre("panel loads", "leaf loads", "sibling loads"));
+
+    journal.clear();
+    emit root.apply();
+    EXPECT_THAT(journal, ElementsAre("panel applies", "leaf applies", "sibling applies"));
+
+    journal.clear();
+    emit root.reset();
+    EXPECT_THAT(journal, ElementsAre("panel resets", "leaf resets", "sibling resets"));
+}
+
+TEST_F(EditorTreeTest, AnEditorThatOverridesNothingStillPassesEveryStepOn)
+{
+    QSignalSpy loads(&passThrough, &AbstractEditor::load);
+    QSignalSpy applies(&passThrough, &AbstractEditor::apply);
+    QSignalSpy resets(&passThrough, &AbstractEditor::reset);
+
+    emit root.load();
+    emit root.apply();
+    emit root.reset();
+
+    EXPECT_EQ(loads.count(), 1);
+    EXPECT_EQ(applies.count(), 1);
+    EXPECT_EQ(resets.count(), 1);
+    EXPECT_THAT(journal, ElementsAre("panel loads", "leaf loads", "sibling loads", "panel applies",
+                                     "leaf applies", "sibling applies", "panel resets", "leaf resets",
+                                     "sibling resets"));
+}
+
+TEST_F(EditorTreeTest, AStepStartedInTheMiddleReachesOnlyTheBranchBelow)
+{
+    emit panel.load();
+    EXPECT_THAT(journal, ElementsAre("leaf loads", "sibling loads"));
+}
+
+TEST_F(EditorTreeTest, ChainedEditorsHaveNoQtParentAndKnowTheirEditor)
+{
+    EXPECT_EQ(panel.parent(), nullptr);
+    EXPECT_EQ(leaf.parent(), nullptr);
+    EXPECT_EQ(panel.parentEditor(), &root);
+    EXPECT_EQ(leaf.parentEditor(), &passThrough);
+}
+
+TEST(ChainedEditorLifetime, DestroyingALinkCutsItsBranchOffAndForgetsTheParent)
+{
+    std::vector<std::string> journal;
+    auto root = std::make_unique<AbstractEditor>(nullptr);
+    auto middle = std::make_unique<ChainedEditor>(*root, nullptr);
+    WorkingEditor leaf(*middle, "leaf", journal);
+
+    middle.reset();
+    emit root->load();
+    EXPECT_THAT(journal, IsEmpty());
+    EXPECT_EQ(leaf.parentEditor(), nullptr);
+
+    WorkingEditor orphan(*root, "orphan", journal);
+    root.reset();
+    EXPECT_EQ(orphan.parentEditor(), nullptr);
+}
+
+TEST(ChainedEditorLifetime, StepsAreReachableByTheirSignatures)
+{
+    // Panels wire editors of their own by signature ("2load()" to "1onLoad()").
+    std::vector<std::string> journal;
+    AbstractEditor root(nullptr);
+    AbstractEditor other(nullptr);
+    WorkingEditor editor(root, "editor", journal);
+
+    ASSERT_TRUE(QObject::connect(&other, SIGNAL(apply()), &editor, SLOT(onApply())));
+    emit other.apply();
+    EXPECT_THAT(journal, ElementsAre("editor applies"));
+    EXPECT_STREQ(editor.metaObject()->superClass()->className(), "ChainedEditor");
+    EXPECT_STREQ(ChainedEditor::staticMetaObject.superClass()->className(), "AbstractEditor");
+}
+
+} // namespace
+
+#include "ChainedEditorTest.moc"
