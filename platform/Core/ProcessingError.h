@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+namespace Dravik {
+namespace Proc {
+
+// Failure of a processing job (export, capture, analysis, stabilization, frame grab),
+// identified by a code the interface turns into a message for the operation at hand.
+class ProcessingError : public std::runtime_error
+{
+public:
+    enum Code : std::int32_t {
+        NoError = 0,
+        InvalidPresetCodec = 6,       // the preset's codec does not fit its container
+        InternalError = 8,
+        VideoCodecUnavailable = 10,
+        AudioCodecUnavailable = 11,
+        HardwareAccelerationFailed = 12,
+        ContainerUnavailable = 14,
+        FrameSizeUnsupported = 15,
+        OutputCodecNotActivated = 19,
+        InputCodecNotActivated = 20,
+        NoSpaceLeft = 22,
+        CopyProtected = 26,
+        CannotCreateOutput = 33,
+        OutOfMemory = 34,
+        AllocationFailed = 35,
+        InputCorrupted = 36,
+        // The file could not be opened at all (missing, unreadable, not a media file).
+        CannotOpenInput = 37,
+        // The file opened but holds no stream the engine can decode.
+        NoDecodableStream = 38,
+        StabilizationPathUnusable = 43,
+    };
+
+    explicit ProcessingError(std::int32_t code, const std::string& detail = {});
+
+    virtual std::int32_t GetCode() const { return m_code; }
+
+private:
+    std::int32_t m_code;
+};
+
+} // namespace Proc
+} // namespace Dravik
