@@ -1,0 +1,303 @@
+#include <PubSub/Dispatcher.h>
+#include <PubSub/SubscriberBase.h>
+
+#include <glog/logging.h>
+
+#include <algorithm>
+
+namespace PubSub {
+
+Object::~Object() = default;
+
+namespace Details {
+
+MessageBase::~MessageBase() = default;
+
+// --- Dispatcher -------------------------------------------------------------------------------
+
+Dispatcher::Dispatcher() = default;
+Dispatcher::~Dispatcher() = default;
+
+Dispatcher& Dispatcher::instance()
+{
+    // Never destroyed: subscribers with static storage may unregister after main() returns.
+    static Dispatcher* const dispatcher = new Dispatcher;
+    return *dispatcher;
+}
+
+TypeRecord* Dispatcher::typeRecord(const std::type_index& messageType)
+{
+    auto it = m_types.find(messageType);
+    if (it == m_types.end())
+        it = m_types.emplace(messageType, std::make_unique<TypeRecord>(messageType)).first;
+    return it->second.get();
+}
+
+std::size_t Dispatcher::registrationCount() const noexcept
+{
+    std::size_t count = 0;
+    for (const auto& type : m_types)
+        count += type.second->registrations;
+    return count;
+}
+
+bool Dispatcher::hasSubscribers(const std::type_index& messageType, const PubSub::Object* source) const
+{
+    const auto it = m_types.find(messageType);
+    if (it == m_types.end())
+        return false;
+    const TypeRecord& record = *it->second;
+    return !record.all.empty() || (source && record.perObject.count(source) != 0);
+}
+
+std::deque<void*> Dispatcher::getSubscribers(const MessageBase& /*message*/, const std::type_index& messageType,
+                                             const PubSub::Object* source, const std::type_index& /*sourceType*/)
+{
+    std::deque<void*> result;
+    TypeRecord* record = typeRecord(messageType);
+    Delivery delivery(*record, source);
+    for (std::size_t i = 0; i < delivery.size(); ++i)
+        result.push_back(delivery.target(i));
+    return result;
+}
+
+std::uint64_t Dispatcher::addEntry(EntryList& list, SubscriberBase* base, void* self)
+{
+    const std::uint64_t serial = m_nextSerial++;
+    list.push_back(Entry{base, self, serial});
+    ++m_subscriptions;
+    return serial;
+}
+
+bool Dispatcher::removeEntry(EntryList& list, const SubscriberBase* base)
+{
+    const auto it = std::find_if(list.begin(), list.end(), [base](const Entry& e) { return e.base == base; });
+    if (it == list.end())
+        return false;
+    list.erase(it);
+    --m_subscriptions;
+    ++m_removals;
+    return true;
+}
+
+// --- Delivery ---------------------------------------------------------------------------------
+
+Delivery::Delivery(TypeRecord& record, const PubSub::Object* source)
+    : m_record(record), m_source(source), m_removals(Dispatcher::instance().m_removals)
+{
+    if (!source) {
+        LOG(ERROR) << "PubSub: a message of type " << record.type.name() << " was published without a source object";
+        return;
+    }
+    const EntryList* own = nullptr;
+    if (!record.perObject.empty()) {
+        const auto it = record.perObject.find(source);
+        if (it != record.perObject.end()) {
+            own = &it->second;
+            for (const Entry& e : it->second)
+                m_targets.push_back(Target{e.self, e.serial, false});
+        }
+    }
+    for (const Entry& e : record.all) {
+        // A subscriber of every source that also subscribed to this one gets the message once.
+        const bool duplicate = own && std::any_of(own->begin(), own->end(), [&e](const Entry& o) { return o.base == e.base; });
+        if (!duplicate)
+            m_targets.push_back(Target{e.self, e.serial, true});
+    }
+}
+
+void* Delivery::target(std::size_t index) const
+{
+    const Target& t = m_targets[index];
+    if (Dispatcher::instance().m_removals == m_removals)
+        return t.self; // nothing was unsubscribed since the delivery started
+    const EntryList* list = &m_record.all;
+    if (!t.toAll) {
+        const auto it = m_record.perObject.find(m_source);
+        if (it == m_record.perObject.end())
+            return nullptr;
+        list = &it->second;
+    }
+    const bool alive = std::any_of(list->begin(), list->end(), [&t](const Entry& e) { return e.serial == t.serial; });
+    return alive ? t.self : nullptr;
+}
+
+// --- SubscriberBase ---------------------------------------------------------------------------
+
+SubscriberBase::SubscriberBase() noexcept = default;
+
+SubscriberBase::SubscriberBase(const SubscriberBase& other)
+    : m_objects(other.m_objects), m_allTypes(other.m_allTypes)
+{
+    // Registrations are not copied: each Subscriber<T> part of the copy registers itself, and
+    // that applies the copied subscriptions to it.
+}
+
+SubscriberBase& SubscriberBase::operator=(const SubscriberBase& other)
+{
+    if (this == &other)
+        return *this;
+    unsubscribeEverything();
+    m_objects = other.m_objects;
+    m_allTypes = other.m_allTypes;
+    for (const Registration& r : m_registrations) {
+        for (const PubSub::Object* object : m_objects)
+            attach(r, object);
+        if (isSubscribedAll(r.record->type))
+            attachAll(r);
+    }
+    return *this;
+}
+
+SubscriberBase::~SubscriberBase()
+{
+    unsubscribeEverything();
+    Dispatcher& dispatcher = Dispatcher::instance();
+    for (const Registration& r : m_registrations)
+        --r.record->registrations;
+    if (!m_registrations.empty())
+        ++dispatcher.m_removals;
+}
+
+bool SubscriberBase::subscribe(const PubSub::Object* object)
+{
+    if (!object) {
+        LOG(ERROR) << "PubSub::Details::SubscriberBase::subscribe: null object";
+        return false;
+    }
+    if (!m_objects.insert(object).second)
+        return true;
+    for (const Registration& r : m_registrations)
+        attach(r, object);
+    return true;
+}
+
+bool SubscriberBase::unsubscribe(const PubSub::Object* object)
+{
+    if (m_objects.erase(object) == 0)
+        return false;
+    for (const Registration& r : m_registrations)
+        detach(r, object);
+    return true;
+}
+
+bool SubscriberBase::isSubscribed(const PubSub::Object* object) const
+{
+    return object && m_objects.count(object) != 0;
+}
+
+void SubscriberBase::unsubscribeEverything()
+{
+    for (const Registration& r : m_registrations) {
+        for (const PubSub::Object* object : m_objects)
+            detach(r, object);
+        detachAll(r);
+    }
+    m_objects.clear();
+    m_allTypes.clear();
+}
+
+bool SubscriberBase::subscribeAll(const std::type_index& messageType)
+{
+    if (isSubscribedAll(messageType))
+        return true;
+    m_allTypes.push_back(messageType);
+    const TypeRecord* record = Dispatcher::instance().typeRecord(messageType);
+    if (const Registration* r = findRegistration(record))
+        attachAll(*r);
+    return true;
+}
+
+bool SubscriberBase::unsubscribeAll(const std::type_index& messageType)
+{
+    const auto it = std::find(m_allTypes.begin(), m_allTypes.end(), messageType);
+    if (it == m_allTypes.end())
+        return false;
+    m_allTypes.erase(it);
+    const TypeRecord* record = Dispatcher::instance().typeRecord(messageType);
+    if (const Registration* r = findRegistration(record))
+        detachAll(*r);
+    return true;
+}
+
+bool SubscriberBase::isSubscribedAll(const std::type_index& messageType) const
+{
+    return std::find(m_allTypes.begin(), m_allTypes.end(), messageType) != m_allTypes.end();
+}
+
+void SubscriberBase::registerSelf(SubscriberBase* base, void* self, const std::type_index& messageType)
+{
+    if (base != this || !self) {
+        LOG(ERROR) << "PubSub::Details::SubscriberBase::registerSelf: a subscriber registers only itself";
+        return;
+    }
+    TypeRecord* record = Dispatcher::instance().typeRecord(messageType);
+    if (findRegistration(record)) {
+        LOG(ERROR) << "PubSub::Details::SubscriberBase::registerSelf: already registered for " << messageType.name();
+        return;
+    }
+    m_registrations.push_back(Registration{record, self});
+    ++record->registrations;
+    const Registration& r = m_registrations.back();
+    for (const PubSub::Object* object : m_objects)
+        attach(r, object);
+    if (isSubscribedAll(messageType))
+        attachAll(r);
+}
+
+void SubscriberBase::unregisterSelf(SubscriberBase* base, void* self, const std::type_index& messageType)
+{
+    if (base != this)
+        return;
+    const TypeRecord* record = Dispatcher::instance().typeRecord(messageType);
+    const auto it = std::find_if(m_registrations.begin(), m_registrations.end(),
+                                 [record, self](const Registration& r) { return r.record == record && r.self == self; });
+    if (it == m_registrations.end())
+        return;
+    for (const PubSub::Object* object : m_objects)
+        detach(*it, object);
+    detachAll(*it);
+    --it->record->registrations;
+    ++Dispatcher::instance().m_removals;
+    m_registrations.erase(it);
+}
+
+void SubscriberBase::attach(const Registration& r, const PubSub::Object* object)
+{
+    Dispatcher::instance().addEntry(r.record->perObject[object], this, r.self);
+}
+
+void SubscriberBase::detach(const Registration& r, const PubSub::Object* object)
+{
+    auto& perObject = r.record->perObject;
+    const auto it = perObject.find(object);
+    if (it == perObject.end())
+        return;
+    Dispatcher::instance().removeEntry(it->second, this);
+    if (it->second.empty())
+        perObject.erase(it);
+}
+
+void SubscriberBase::attachAll(const Registration& r)
+{
+    const auto& all = r.record->all;
+    if (std::none_of(all.begin(), all.end(), [this](const Entry& e) { return e.base == this; }))
+        Dispatcher::instance().addEntry(r.record->all, this, r.self);
+}
+
+void SubscriberBase::detachAll(const Registration& r)
+{
+    Dispatcher::instance().removeEntry(r.record->all, this);
+}
+
+const SubscriberBase::Registration* SubscriberBase::findRegistration(const TypeRecord* record) const
+{
+    for (const Registration& r : m_registrations) {
+        if (r.record == record)
+            return &r;
+    }
+    return nullptr;
+}
+
+} // namespace Details
+} // namespace PubSub

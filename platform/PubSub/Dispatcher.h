@@ -1,0 +1,115 @@
+#pragma once
+
+#include <PubSub/MessageBase.h>
+#include <PubSub/Object.h>
+
+#include <boost/container/small_vector.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <typeindex>
+#include <unordered_map>
+
+namespace PubSub::Details {
+
+class SubscriberBase;
+
+// One subscription of one subscriber to one source (or to all sources) of one message type.
+struct Entry
+{
+    SubscriberBase* base;
+    void* self;           // the Details::Subscriber<T> part, called by a delivery
+    std::uint64_t serial; // unique per subscription, so a renewed one is told apart
+};
+
+using EntryList = boost::container::small_vector<Entry, 1>;
+
+// Everything the dispatcher knows about one message type. Records are made on first use and
+// live as long as the process, so a publisher may keep a pointer to its message type's record.
+struct TypeRecord
+{
+    explicit TypeRecord(const std::type_index& t) : type(t) {}
+
+    bool empty() const noexcept { return perObject.empty() && all.empty(); }
+
+    std::type_index type;
+    std::unordered_map<const PubSub::Object*, EntryList> perObject;
+    EntryList all;
+    std::size_t registrations = 0;
+};
+
+// What a delivery calls: the subscribers found when it started, checked again before each call
+// whenever a subscription was dropped since (so a subscriber destroyed or unsubscribed by an
+// earlier notify is skipped).
+class Delivery
+{
+public:
+    struct Target
+    {
+        void* self;
+        std::uint64_t serial;
+        bool toAll;
+    };
+
+    Delivery(TypeRecord& record, const PubSub::Object* source);
+    Delivery(const Delivery&) = delete;
+    Delivery& operator=(const Delivery&) = delete;
+
+    std::size_t size() const noexcept { return m_targets.size(); }
+    // The subscriber to call at `index`, or null when it has gone since the delivery started.
+    void* target(std::size_t index) const;
+
+private:
+    TypeRecord& m_record;
+    const PubSub::Object* m_source;
+    std::uint64_t m_removals;
+    boost::container::small_vector<Target, 16> m_targets;
+};
+
+// The process-wide dispatcher. It keeps, per message type, the subscribers of each source object
+// and those of every source, in subscription order, which is the delivery order. Subscribing and
+// unsubscribing cost a few hash-map operations whatever the number of subscriptions.
+class Dispatcher
+{
+public:
+    static Dispatcher& instance();
+
+    Dispatcher(const Dispatcher&) = delete;
+    Dispatcher& operator=(const Dispatcher&) = delete;
+
+    // The record of a message type, made on first use; never null, never freed.
+    TypeRecord* typeRecord(const std::type_index& messageType);
+
+    // Number of live subscriptions (one per subscriber, source and message type) and of
+    // registered (subscriber, message type) pairs: both return to their former values when the
+    // subscribers made since are gone, which is how a leaked subscription shows.
+    std::size_t subscriptionCount() const noexcept { return m_subscriptions; }
+    std::size_t registrationCount() const noexcept;
+    // Whether a message of `messageType` addressed to `source` would reach anybody.
+    bool hasSubscribers(const std::type_index& messageType, const PubSub::Object* source) const;
+
+private:
+    Dispatcher();
+    ~Dispatcher();
+
+    // The registered subscribers (their Details::Subscriber<T> parts) for that message type and
+    // source, in delivery order: subscribers of the source first, then those of every source.
+    std::deque<void*> getSubscribers(const MessageBase& message, const std::type_index& messageType,
+                                     const PubSub::Object* source, const std::type_index& sourceType);
+
+    std::uint64_t addEntry(EntryList& list, SubscriberBase* base, void* self);
+    bool removeEntry(EntryList& list, const SubscriberBase* base);
+
+    friend class SubscriberBase;
+    friend class Delivery;
+    friend struct DispatcherAccess; // for tests that inspect delivery order directly
+
+    std::unordered_map<std::type_index, std::unique_ptr<TypeRecord>> m_types;
+    std::uint64_t m_nextSerial = 1;
+    std::uint64_t m_removals = 0;
+    std::size_t m_subscriptions = 0;
+};
+
+} // namespace PubSub::Details

@@ -1,0 +1,320 @@
+#include <PubSub/PubSub.h>
+
+#include "TestSupport.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace PubSub::Details {
+// Reaches the dispatcher's private subscriber list, to check it against what deliveries do.
+struct DispatcherAccess
+{
+    static std::deque<void*> subscribers(const MessageBase& message, const PubSub::Object* source)
+    {
+        return Dispatcher::instance().getSubscribers(message, typeid(message), source, typeid(*source));
+    }
+};
+} // namespace PubSub::Details
+
+namespace {
+
+using PubSub::Details::Dispatcher;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+struct Record : virtual PubSub::Object
+{
+    int value = 0;
+};
+
+struct Ping : PubSub::Details::MessageBase
+{
+    Ping(const Record* r, int n) : MessageBase(r), number(n) {}
+    int number;
+};
+
+struct Pong : PubSub::Details::MessageBase
+{
+    using MessageBase::MessageBase;
+};
+
+using Log = std::vector<std::string>;
+
+class Listener : public PubSub::Subscriber<Ping>, public PubSub::Subscriber<Pong>
+{
+public:
+    Listener(std::string name, Log& log) : m_name(std::move(name)), m_log(&log) {}
+
+    void notify(const Ping& message) override
+    {
+        m_log->push_back(m_name + ":ping" + std::to_string(message.number));
+        if (onPing)
+            onPing(message);
+    }
+    void notify(const Pong&) override { m_log->push_back(m_name + ":pong"); }
+
+    using SubscriberBase::subscribeAll;
+    using SubscriberBase::unsubscribeAll;
+
+    std::function<void(const Ping&)> onPing;
+
+private:
+    std::string m_name;
+    Log* m_log;
+};
+
+class Sender : public PubSub::Publisher<Ping, Pong>
+{
+};
+
+class PubSubTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        baseSubscriptions = Dispatcher::instance().subscriptionCount();
+        baseRegistrations = Dispatcher::instance().registrationCount();
+    }
+    void TearDown() override
+    {
+        // Every subscriber of a test is gone by now: whatever it held must have been released.
+        EXPECT_EQ(Dispatcher::instance().subscriptionCount(), baseSubscriptions);
+        EXPECT_EQ(Dispatcher::instance().registrationCount(), baseRegistrations);
+    }
+
+    std::size_t baseSubscriptions = 0;
+    std::size_t baseRegistrations = 0;
+    Log log;
+    Sender sender;
+    Record a;
+    Record b;
+};
+
+TEST_F(PubSubTest, DeliversToSubscribersOfTheSourceInSubscriptionOrder)
+{
+    Listener first("first", log), second("second", log), other("other", log);
+    second.subscribe(&a);
+    first.subscribe(&a);
+    other.subscribe(&b);
+
+    sender.publish(Ping(&a, 1));
+    EXPECT_THAT(log, ElementsAre("second:ping1", "first:ping1"));
+
+    log.clear();
+    sender.publish(Ping(&b, 2));
+    sender.publish(Pong(&a));
+    EXPECT_THAT(log, ElementsAre("other:ping2", "second:pong", "first:pong"));
+}
+
+TEST_F(PubSubTest, DispatcherListsTheSubscriberPartsInDeliveryOrder)
+{
+    Listener first("first", log), second("second", log);
+    first.subscribe(&a);
+    second.subscribe(&a);
+    const Ping ping(&a, 1);
+    EXPECT_THAT(PubSub::Details::DispatcherAccess::subscribers(ping, &a),
+                ElementsAre(static_cast<PubSub::Details::Subscriber<Ping>*>(&first),
+                            static_cast<PubSub::Details::Subscriber<Ping>*>(&second)));
+    EXPECT_THAT(PubSub::Details::DispatcherAccess::subscribers(ping, &b), IsEmpty());
+}
+
+TEST_F(PubSubTest, SubscriptionStateFollowsSubscribeAndUnsubscribe)
+{
+    Listener listener("l", log);
+    EXPECT_FALSE(listener.isSubscribed(&a));
+    EXPECT_TRUE(listener.subscribe(&a));
+    EXPECT_TRUE(listener.subscribe(&a)); // twice is harmless and still one subscription
+    EXPECT_TRUE(listener.isSubscribed(&a));
+    sender.publish(Ping(&a, 1));
+    EXPECT_THAT(log, ElementsAre("l:ping1"));
+
+    EXPECT_TRUE(listener.unsubscribe(&a));
+    EXPECT_FALSE(listener.unsubscribe(&a));
+    EXPECT_FALSE(listener.isSubscribed(&a));
+    sender.publish(Ping(&a, 2));
+    EXPECT_THAT(log, ElementsAre("l:ping1"));
+}
+
+TEST_F(PubSubTest, SubscribeAllReceivesEveryObjectOfThatMessageTypeOnce)
+{
+    Listener all("all", log), own("own", log);
+    all.subscribeAll(typeid(Ping));
+    all.subscribe(&a); // also subscribed to a: still one delivery
+    own.subscribe(&a);
+
+    sender.publish(Ping(&a, 1));
+    sender.publish(Ping(&b, 2));
+    sender.publish(Pong(&b)); // all-source subscription is per message type
+    EXPECT_THAT(log, ElementsAre("all:ping1", "own:ping1", "all:ping2"));
+
+    log.clear();
+    EXPECT_TRUE(all.unsubscribeAll(typeid(Ping)));
+    EXPECT_FALSE(all.unsubscribeAll(typeid(Ping)));
+    sender.publish(Ping(&b, 3));
+    sender.publish(Ping(&a, 4));
+    EXPECT_THAT(log, ElementsAre("all:ping4", "own:ping4"));
+}
+
+TEST_F(PubSubTest, UnsubscribingDuringDeliveryIsNeverCalledAfterwards)
+{
+    Listener first("first", log), second("second", log), third("third", log);
+    first.subscribe(&a);
+    second.subscribe(&a);
+    third.subscribe(&a);
+    first.onPing = [&](const Ping&) { third.unsubscribe(&a); };
+
+    sender.publish(Ping(&a, 1));
+    EXPECT_THAT(log, ElementsAre("first:ping1", "second:ping1"));
+}
+
+TEST_F(PubSubTest, SubscriberDestroyedDuringDeliveryIsNeverCalled)
+{
+    auto doomed = std::make_unique<Listener>("doomed", log);
+    Listener killer("killer", log), last("last", log);
+    killer.subscribe(&a);
+    doomed->subscribe(&a);
+    last.subscribe(&a);
+    killer.onPing = [&](const Ping&) { doomed.reset(); };
+
+    sender.publish(Ping(&a, 1));
+    EXPECT_THAT(log, ElementsAre("killer:ping1", "last:ping1"));
+}
+
+TEST_F(PubSubTest, SubscriberDestroyingItselfStopsOnlyItsOwnCalls)
+{
+    auto self = std::make_unique<Listener>("self", log);
+    Listener after("after", log);
+    self->subscribe(&a);
+    after.subscribe(&a);
+    self->onPing = [&](const Ping&) { self.reset(); };
+    sender.publish(Ping(&a, 1));
+    sender.publish(Ping(&a, 2));
+    EXPECT_THAT(log, ElementsAre("self:ping1", "after:ping1", "after:ping2"));
+}
+
+TEST_F(PubSubTest, SubscribingDuringDeliveryWaitsForTheNextMessage)
+{
+    Listener first("first", log), late("late", log);
+    first.subscribe(&a);
+    first.onPing = [&](const Ping&) { late.subscribe(&a); };
+    sender.publish(Ping(&a, 1));
+    EXPECT_THAT(log, ElementsAre("first:ping1"));
+    sender.publish(Ping(&a, 2));
+    EXPECT_THAT(log, ElementsAre("first:ping1", "first:ping2", "late:ping2"));
+}
+
+TEST_F(PubSubTest, ResubscribingDuringDeliveryDoesNotRestoreTheMessageInFlight)
+{
+    Listener first("first", log), second("second", log);
+    first.subscribe(&a);
+    second.subscribe(&a);
+    first.onPing = [&](const Ping&) {
+        second.unsubscribe(&a);
+        second.subscribe(&a);
+    };
+    sender.publish(Ping(&a, 1));
+    EXPECT_THAT(log, ElementsAre("first:ping1"));
+}
+
+TEST_F(PubSubTest, ThrowingSubscriberStopsTheDeliveryAndLeavesTheBusUsable)
+{
+    Listener first("first", log), thrower("thrower", log), last("last", log);
+    first.subscribe(&a);
+    thrower.subscribe(&a);
+    last.subscribe(&a);
+    thrower.onPing = [](const Ping& p) {
+        if (p.number == 1)
+            throw std::runtime_error("refused");
+    };
+
+    EXPECT_THROW(sender.publish(Ping(&a, 1)), std::runtime_error);
+    EXPECT_THAT(log, ElementsAre("first:ping1", "thrower:ping1"));
+
+    log.clear();
+    sender.publish(Ping(&a, 2));
+    EXPECT_THAT(log, ElementsAre("first:ping2", "thrower:ping2", "last:ping2"));
+}
+
+TEST_F(PubSubTest, DestroyedSubscriberReleasesEverySubscription)
+{
+    const std::size_t before = Dispatcher::instance().subscriptionCount();
+    {
+        Listener listener("l", log);
+        listener.subscribe(&a);
+        listener.subscribe(&b);
+        listener.subscribeAll(typeid(Pong));
+        // Two message types for each of two objects, plus one all-source subscription.
+        EXPECT_EQ(Dispatcher::instance().subscriptionCount(), before + 5);
+        EXPECT_TRUE(Dispatcher::instance().hasSubscribers(typeid(Ping), &a));
+    }
+    EXPECT_EQ(Dispatcher::instance().subscriptionCount(), before);
+    EXPECT_FALSE(Dispatcher::instance().hasSubscribers(typeid(Ping), &a));
+    EXPECT_FALSE(Dispatcher::instance().hasSubscribers(typeid(Pong), &b));
+    sender.publish(Ping(&a, 1));
+    EXPECT_THAT(log, IsEmpty());
+}
+
+TEST_F(PubSubTest, CopiedSubscriberHasTheSameSubscriptionsAndOutlivesNothing)
+{
+    Listener original("original", log);
+    original.subscribe(&a);
+    {
+        Listener copy(original);
+        EXPECT_TRUE(copy.isSubscribed(&a));
+        sender.publish(Ping(&a, 1));
+        EXPECT_THAT(log, ElementsAre("original:ping1", "original:ping1"));
+    }
+    log.clear();
+    sender.publish(Ping(&a, 2));
+    EXPECT_THAT(log, ElementsAre("original:ping2"));
+
+    Listener assigned("assigned", log);
+    assigned.subscribe(&b);
+    assigned = original; // takes the other's subscriptions, drops its own
+    EXPECT_TRUE(assigned.isSubscribed(&a));
+    EXPECT_FALSE(assigned.isSubscribed(&b));
+    log.clear();
+    sender.publish(Ping(&b, 3));
+    EXPECT_THAT(log, IsEmpty());
+}
+
+TEST_F(PubSubTest, NullObjectsAreRefusedWithAnError)
+{
+    TestSupport::LogCapture capture;
+    Listener listener("l", log);
+    listener.subscribeAll(typeid(Ping));
+    EXPECT_FALSE(listener.subscribe(nullptr));
+    EXPECT_TRUE(capture.containsError("null object"));
+    EXPECT_FALSE(listener.isSubscribed(nullptr));
+
+    sender.publish(Ping(nullptr, 1));
+    EXPECT_TRUE(capture.containsError("without a source object"));
+    EXPECT_THAT(log, IsEmpty());
+}
+
+TEST_F(PubSubTest, PublishingToAnObjectNobodyWatchesDoesNothing)
+{
+    TestSupport::LogCapture capture;
+    Listener listener("l", log);
+    listener.subscribe(&a);
+    sender.publish(Ping(&b, 1));
+    EXPECT_THAT(log, IsEmpty());
+    EXPECT_THAT(capture.errors(), IsEmpty());
+}
+
+TEST_F(PubSubTest, CopiedRecordIsADifferentObjectOnTheBus)
+{
+    Listener listener("l", log);
+    listener.subscribe(&a);
+    Record copy(a);
+    sender.publish(Ping(&copy, 1));
+    EXPECT_THAT(log, IsEmpty());
+}
+
+} // namespace
