@@ -128,3 +128,27 @@ TEST_F(MimeUtilsTest, ExtractFilesKeepsUrlOrderAndAbsolutePaths)
     EXPECT_EQ(MimeUtils::extractFiles(&data, {QStringLiteral("mp4"), QStringLiteral("dscproj")}),
               (QStringList{a, b, c}));
 }
+
+TEST_F(MimeUtilsTest, ProjectAndPackageDropsAreRecognisedBySettingsSuffixes)
+{
+    const QString project = touch(dir, QStringLiteral("Holiday.DSCPROJ"));
+    const QString package = touch(dir, QStringLiteral("holiday.dscpack"));
+    const QString video = touch(dir, QStringLiteral("clip.mp4"));
+
+    QMimeData projectDrop;
+    projectDrop.setUrls({QUrl::fromLocalFile(video), QUrl::fromLocalFile(project)});
+    EXPECT_TRUE(MimeUtils::isMimeDataContainsProjectFiles(&projectDrop));
+    EXPECT_FALSE(MimeUtils::isMimeDataContainsPackageFiles(&projectDrop));
+    EXPECT_EQ(MimeUtils::extractProjectFiles(&projectDrop), QStringList{project});
+
+    QMimeData packageDrop;
+    packageDrop.setUrls({QUrl::fromLocalFile(package)});
+    EXPECT_TRUE(MimeUtils::isMimeDataContainsPackageFiles(&packageDrop));
+    EXPECT_FALSE(MimeUtils::isMimeDataContainsProjectFiles(&packageDrop));
+    EXPECT_TRUE(MimeUtils::extractProjectFiles(&packageDrop).isEmpty());
+
+    QMimeData folderDrop;
+    folderDrop.setUrls({QUrl::fromLocalFile(dir.path())});
+    EXPECT_FALSE(MimeUtils::isMimeDataContainsProjectFiles(&folderDrop)) << "directories are not projects";
+    EXPECT_FALSE(MimeUtils::isMimeDataContainsPackageFiles(&folderDrop));
+}

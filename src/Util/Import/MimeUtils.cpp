@@ -1,7 +1,10 @@
 #include "MimeUtils.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QMimeData>
+
+#include <Util/Interfaces/EditorSettings.h>
 
 #include <glog/logging.h>
 
@@ -12,6 +15,44 @@ namespace {
 QString lowerSuffix(const QString& path)
 {
     return QFileInfo(path).suffix().toLower();
+}
+
+// "*.dscproj" and "dscproj" both name the suffix "dscproj".
+QSet<QString> suffixSet(const QStringList& patterns)
+{
+    QSet<QString> suffixes;
+    for (QString pattern : patterns) {
+        pattern = pattern.trimmed();
+        if (pattern.startsWith(QLatin1String("*.")))
+            pattern.remove(0, 2);
+        else if (pattern.startsWith(QLatin1Char('.')))
+            pattern.remove(0, 1);
+        if (!pattern.isEmpty())
+            suffixes.insert(pattern.toLower());
+    }
+    return suffixes;
+}
+
+// The whole content of a dropped SVG file, or nothing (with a log line) when it cannot be
+// read or is too large to be an overlay.
+bool readDroppedSvg(const QString& path, QByteArray& content)
+{
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {
+        LOG(ERROR) << "MimeUtils::makeOverlayPresetList: cannot read dropped file " << path.toStdString();
+        return false;
+    }
+    if (file.size() > maxDroppedSvgBytes) {
+        LOG(ERROR) << "MimeUtils::makeOverlayPresetList: dropped file " << path.toStdString() << " has "
+                   << file.size() << " bytes, more than the " << maxDroppedSvgBytes << " an overlay may have";
+        return false;
+    }
+    content = file.read(maxDroppedSvgBytes + 1);
+    if (content.size() > maxDroppedSvgBytes) { // grew while being read
+        LOG(ERROR) << "MimeUtils::makeOverlayPresetList: dropped file " << path.toStdString() << " is too large";
+        return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -108,6 +149,22 @@ QStringList extractFiles(const QMimeData* data, const QSet<QString>& suffixes)
             files.append(QFileInfo(path).absoluteFilePath());
     }
     return files;
+}
+
+bool isMimeDataContainsPackageFiles(const QMimeData* data)
+{
+    return isMimeDataContainsSupportedFile(data, suffixSet({Settings::packageExtenstion()}), false);
+}
+
+bool isMimeDataContainsProjectFiles(const QMimeData* data)
+{
+    const QStringList patterns = Settings::projectFileOpenFilter().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    return isMimeDataContainsSupportedFile(data, suffixSet(patterns), false);
+}
+
+QStringList extractProjectFiles(const QMimeData* data)
+{
+    return extractFiles(data, suffixSet(Settings::supportedProjectFileExtensions()));
 }
 
 } // namespace MimeUtils

@@ -46,4 +46,11 @@ EDITORUTIL_EXPORT bool isMimeDataContainsSupportedFile(const QMimeData* data, co
 // order. Dropped directories are not descended into.
 EDITORUTIL_EXPORT QStringList extractFiles(const QMimeData* data, const QSet<QString>& suffixes);
 
+// Drops holding a package file (suffix Settings::packageExtenstion()) or a project file
+// (a suffix of Settings::projectFileOpenFilter()); directories do not count.
+EDITORUTIL_EXPORT bool isMimeDataContainsPackageFiles(const QMimeData* data);
+EDITORUTIL_EXPORT bool isMimeDataContainsProjectFiles(const QMimeData* data);
+// The dropped files with a suffix of Settings::supportedProjectFileExtensions().
+EDITORUTIL_EXPORT QStringList extractProjectFiles(const QMimeData* data);
+
 } // namespace MimeUtils
