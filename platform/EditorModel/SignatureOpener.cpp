@@ -1,15 +1,17 @@
-#include "FileOpener.h"
+#include "SignatureOpener.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <QFutureWatcher>
 #include <QImageReader>
+#include <QFutureInterface>
 #include <QtEndian>
+
+#include <glog/logging.h>
 
 #include <cstring>
 
 namespace Media {
-
-FileOpener::~FileOpener() = default;
 
 namespace {
 
@@ -77,23 +79,24 @@ bool isoBoxesFit(QFile& file)
     return boxes > 0;
 }
 
-OpenOutcome failure()
+OpenResult failure(const QString& path, const char* why)
 {
-    OpenOutcome outcome;
-    outcome.errorCodes.push_back(FileOpener::CorruptOrMissingCode);
-    return outcome;
+    OpenResult result;
+    result.errors.push_back(OpenError{SignatureOpener::CorruptOrMissingCode,
+                                      std::string(why) + ": " + path.toStdString()});
+    return result;
 }
 
-OpenOutcome::Kind kindOf(const QString& container)
+bool isAudioContainer(const QString& container)
 {
     static const QStringList audio{QStringLiteral("wave"), QStringLiteral("aiff"), QStringLiteral("mp3"),
                                    QStringLiteral("flac"), QStringLiteral("ogg"), QStringLiteral("aac")};
-    return audio.contains(container) ? OpenOutcome::Kind::Audio : OpenOutcome::Kind::Video;
+    return audio.contains(container);
 }
 
 } // namespace
 
-QString SignatureFileOpener::detectContainer(const QByteArray& head)
+QString SignatureOpener::detectContainer(const QByteArray& head)
 {
     if (head.size() >= 12) {
         static const char* const isoBoxes[] = {"ftyp", "moov", "mdat", "wide", "free", "skip", "pnot"};
@@ -129,17 +132,21 @@ QString SignatureFileOpener::detectContainer(const QByteArray& head)
     return {};
 }
 
-OpenOutcome SignatureFileOpener::open(const QString& path) const
+OpenResult SignatureOpener::probe(const QString& path)
 {
     const QFileInfo info(path);
-    if (path.isEmpty() || !info.isFile() || info.size() == 0)
-        return failure();
+    if (path.isEmpty() || !info.exists())
+        return failure(path, "missing file");
+    if (!info.isFile())
+        return failure(path, "not a regular file");
+    if (info.size() == 0)
+        return failure(path, "empty file");
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return failure();
+        return failure(path, "unreadable file");
     const QByteArray head = file.read(headBytes);
     if (head.isEmpty())
-        return failure();
+        return failure(path, "unreadable file");
 
     const QString container = detectContainer(head);
     if (!container.isEmpty()) {
@@ -151,12 +158,21 @@ OpenOutcome SignatureFileOpener::open(const QString& path) const
         else if (container == QLatin1String("aiff") && head.size() >= 8)
             intact = qint64(be32(head, 4)) + 8 <= file.size();
         if (!intact)
-            return failure();
-        OpenOutcome outcome;
-        outcome.opened = true;
-        outcome.kind = kindOf(container);
-        outcome.format = container;
-        return outcome;
+            return failure(path, "truncated container");
+        OpenResult result;
+        result.ok = true;
+        if (isAudioContainer(container)) {
+            Audio audio;
+            audio.index = 0;
+            audio.codec = Types::String(container);
+            result.metadata.audios.push_back(audio);
+        } else {
+            Video video;
+            video.index = 0;
+            video.codec = Types::String(container);
+            result.metadata.videos.push_back(video);
+        }
+        return result;
     }
 
     file.close();
@@ -165,13 +181,64 @@ OpenOutcome SignatureFileOpener::open(const QString& path) const
     const QByteArray format = reader.format();
     const QImage image = reader.read();
     if (image.isNull())
-        return failure();
-    OpenOutcome outcome;
-    outcome.opened = true;
-    outcome.kind = OpenOutcome::Kind::Image;
-    outcome.format = QString::fromLatin1(format);
-    outcome.frameSize = image.size();
-    return outcome;
+        return failure(path, "neither a known media container nor a readable image");
+    OpenResult result;
+    result.ok = true;
+    Video video;
+    video.index = 0;
+    video.width = image.width();
+    video.height = image.height();
+    video.stillImage = true;
+    video.codec = Types::String(std::string(format.constData()));
+    result.metadata.videos.push_back(video);
+    return result;
+}
+
+SignatureOpener::SignatureOpener() : m_context(std::make_unique<QObject>())
+{
+}
+
+SignatureOpener::~SignatureOpener()
+{
+    // Watchers go first, so no answer is delivered for a probe that ends while the pool drains.
+    m_context.reset();
+    m_pool.waitForDone();
+}
+
+void SignatureOpener::open(const Types::String& path, Done done)
+{
+    if (!done) {
+        LOG(ERROR) << "Media::SignatureOpener::open: no callback for " << path;
+        return;
+    }
+    auto* watcher = new QFutureWatcher<OpenResult>(m_context.get());
+    QObject::connect(watcher, &QFutureWatcher<OpenResult>::finished, watcher, [watcher, done = std::move(done)] {
+        const OpenResult result = watcher->result();
+        watcher->deleteLater();
+        done(result);
+    });
+    QFutureInterface<OpenResult> promise;
+    promise.reportStarted();
+    watcher->setFuture(promise.future());
+    m_pool.start([promise, file = path.toQString()]() mutable {
+        const OpenResult result = probe(file);
+        promise.reportResult(result);
+        promise.reportFinished();
+    });
+}
+
+int SignatureOpener::maxThreadCount() const
+{
+    return m_pool.maxThreadCount();
+}
+
+void SignatureOpener::setMaxThreadCount(int count)
+{
+    if (count < 1) {
+        LOG(ERROR) << "Media::SignatureOpener::setMaxThreadCount: " << count << " threads make no sense";
+        return;
+    }
+    m_pool.setMaxThreadCount(count);
 }
 
 } // namespace Media
