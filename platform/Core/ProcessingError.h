@@ -37,11 +37,26 @@ public:
     };
 
     explicit ProcessingError(std::int32_t code, const std::string& detail = {});
+    // The engine's full report: the files and codec involved, a free-form detail and the
+    // stream position (in the model's time unit) where the job stopped.
+    ProcessingError(std::int32_t code, std::string inputFile, std::string outputFile, std::string codec,
+                    std::string detail, std::int64_t position);
+
+    const std::string& GetInputFile() const { return m_inputFile; }
+    const std::string& GetOutputFile() const { return m_outputFile; }
+    const std::string& GetCodec() const { return m_codec; }
+    const std::string& GetDetail() const { return m_detail; }
+    std::int64_t GetPosition() const { return m_position; }
 
     virtual std::int32_t GetCode() const { return m_code; }
 
 private:
     std::int32_t m_code;
+    std::string m_inputFile;
+    std::string m_outputFile;
+    std::string m_codec;
+    std::string m_detail;
+    std::int64_t m_position = 0;
 };
 
 } // namespace Proc

@@ -20,6 +20,7 @@ const char kProjectPath[] = "Paths/project";
 const char kSnapshotPath[] = "Paths/snapshot";
 const char kRecent[] = "recent";
 const char kTargets[] = "targets";
+const char kRecentPreviews[] = "recentPreviews";
 
 struct Store
 {
@@ -130,6 +131,9 @@ std::string Settings::recentProjects() { return readStd(kRecent); }
 void Settings::setRecentProjects(const std::string& serialized) { writeStd(kRecent, serialized); }
 std::string Settings::targetHistory() { return readStd(kTargets); }
 void Settings::setTargetHistory(const std::string& serialized) { writeStd(kTargets, serialized); }
+
+QByteArray Settings::recentProjectPreviews() { return settings().value(QLatin1String(kRecentPreviews)).toByteArray(); }
+void Settings::setRecentProjectPreviews(const QByteArray& data) { settings().setValue(QLatin1String(kRecentPreviews), data); }
 
 QString Settings::previewImageFolder()
 {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -72,6 +73,9 @@ public:
     static void setRecentProjects(const std::string& serialized);
     static std::string targetHistory();
     static void setTargetHistory(const std::string& serialized);
+    // Preview pictures of recent projects, in the caller's own binary form.
+    static QByteArray recentProjectPreviews();
+    static void setRecentProjectPreviews(const QByteArray& data);
 
     // Stock pictures of the preview providers.
     static QString previewImageFolder();

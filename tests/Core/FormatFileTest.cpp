@@ -1,0 +1,67 @@
+#include <Core/FormatFile.h>
+#include <Core/ProcessingError.h>
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <sstream>
+
+using namespace Dravik::Conf;
+
+namespace {
+std::set<std::string> extensions(int group)
+{
+    std::set<std::string> result;
+    std::stringstream text(GetSupportedFormatExtensions(group));
+    std::string item;
+    while (std::getline(text, item, ';'))
+        result.insert(item);
+    return result;
+}
+} // namespace
+
+TEST(FormatFile, GroupsHoldTheCommonFormats)
+{
+    const auto video = extensions(IFormatFile::GROUP_ALL_VIDEO);
+    const auto audio = extensions(IFormatFile::GROUP_ALL_AUDIO);
+    const auto images = extensions(IFormatFile::GROUP_ALL_IMAGES);
+    for (const char* e : {"mp4", "mov", "avi", "mkv", "webm", "mts"})
+        EXPECT_EQ(video.count(e), 1u) << e;
+    for (const char* e : {"mp3", "wav", "flac", "m4a", "ogg"})
+        EXPECT_EQ(audio.count(e), 1u) << e;
+    for (const char* e : {"jpg", "jpeg", "png", "bmp", "gif"})
+        EXPECT_EQ(images.count(e), 1u) << e;
+    EXPECT_EQ(GetSupportedFormatExtensions(IFormatFile::GROUP_ALL_FILES), "*");
+    EXPECT_EQ(GetSupportedFormatExtensions(999), "");
+}
+
+TEST(FormatFile, DvdStructureFilesAreNoOrdinaryMedia)
+{
+    const auto dvd = extensions(IFormatFile::GROUP_DVD);
+    EXPECT_EQ(dvd.count("ifo"), 1u);
+    for (int group : {IFormatFile::GROUP_ALL_VIDEO, IFormatFile::GROUP_ALL_AUDIO, IFormatFile::GROUP_ALL_IMAGES})
+        for (const auto& e : extensions(group))
+            EXPECT_EQ(dvd.count(e), 0u) << e;
+}
+
+TEST(FormatFile, TipsAndChannelLayoutNames)
+{
+    EXPECT_EQ(GetFormatExtentionTip(IFormatFile::GROUP_ALL_VIDEO), "Video Files");
+    EXPECT_EQ(GetFormatExtentionTip(IFormatFile::GROUP_ALL_FILES), "All Files");
+    EXPECT_EQ(GetFormatExtentionTip(0), "");
+    EXPECT_EQ(GetChannelLayoutName(ChannelLayoutFromCount(2)), "Stereo");
+    EXPECT_EQ(GetChannelLayoutName(ChannelLayoutFromCount(6)), "5.1");
+    EXPECT_EQ(GetChannelLayoutName(ChannelLayoutFromCount(7)), "Unknown");
+}
+
+TEST(ProcessingError, CarriesItsCodeAndReport)
+{
+    const Dravik::Proc::ProcessingError error(20, "", "", "", "", 0);
+    EXPECT_EQ(error.GetCode(), 20);
+    const Dravik::Proc::ProcessingError full(Dravik::Proc::ProcessingError::NoSpaceLeft, "in.mp4", "out.mp4", "h264",
+                                             "disk full", 4000);
+    EXPECT_EQ(full.GetCode(), 22);
+    EXPECT_EQ(full.GetOutputFile(), "out.mp4");
+    EXPECT_EQ(full.GetPosition(), 4000);
+    EXPECT_NE(std::string(full.what()).find("disk full"), std::string::npos);
+}
