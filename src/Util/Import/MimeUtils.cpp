@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <QMimeData>
 
+#include <Util/Interfaces/EditorSerialization.h>
 #include <Util/Interfaces/EditorSettings.h>
 
 #include <glog/logging.h>
@@ -165,6 +166,45 @@ bool isMimeDataContainsProjectFiles(const QMimeData* data)
 QStringList extractProjectFiles(const QMimeData* data)
 {
     return extractFiles(data, suffixSet(Settings::supportedProjectFileExtensions()));
+}
+
+bool isOverlayPresetCompatible(const QMimeData* data)
+{
+    return data && Overlay::Preset::mimeType && data->hasFormat(Overlay::Preset::mimeType->toQString());
+}
+
+std::vector<std::unique_ptr<Overlay::Preset>> makeOverlayPresetList(const QMimeData* data)
+{
+    std::vector<std::unique_ptr<Overlay::Preset>> presets;
+    if (!data)
+        return presets;
+    if (isOverlayPresetCompatible(data))
+        return Serialize::readOverlayPresets(data->data(Overlay::Preset::mimeType->toQString()));
+    if (!data->hasUrls())
+        return presets;
+    const QList<QUrl> dropped = data->urls();
+    for (const QUrl& url : dropped) {
+        const QString path = url.toLocalFile();
+        if (path.isEmpty() || !overlaySuffixes().contains(lowerSuffix(path)))
+            continue;
+        QByteArray content;
+        if (!readDroppedSvg(path, content))
+            continue;
+        auto preset = std::make_unique<Overlay::Preset>();
+        preset->setTag("DroppedSVG");
+        preset->appendItem(Overlay::Item().setText(content.toStdString()));
+        presets.push_back(std::move(preset));
+    }
+    return presets;
+}
+
+void packOverlayPresets(QMimeData* data, const std::vector<const Overlay::Preset*>& presets)
+{
+    if (!data || !Overlay::Preset::mimeType) {
+        LOG(ERROR) << "MimeUtils::packOverlayPresets: no mime data given";
+        return;
+    }
+    data->setData(Overlay::Preset::mimeType->toQString(), Serialize::writeOverlayPresets(presets));
 }
 
 } // namespace MimeUtils

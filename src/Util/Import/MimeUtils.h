@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Util/EditorUtilExport.h>
+#include <Util/Interfaces/EditorModel.h>
 
 #include <QList>
 #include <QSet>
@@ -52,5 +53,15 @@ EDITORUTIL_EXPORT bool isMimeDataContainsPackageFiles(const QMimeData* data);
 EDITORUTIL_EXPORT bool isMimeDataContainsProjectFiles(const QMimeData* data);
 // The dropped files with a suffix of Settings::supportedProjectFileExtensions().
 EDITORUTIL_EXPORT QStringList extractProjectFiles(const QMimeData* data);
+
+// Whether the data carries serialized overlay presets (the format Overlay::Preset::mimeType).
+EDITORUTIL_EXPORT bool isOverlayPresetCompatible(const QMimeData* data);
+// The overlay presets a drop holds: those serialized under Overlay::Preset::mimeType (none when
+// that data is malformed), else one preset tagged "DroppedSVG" per dropped SVG file, whose single
+// item holds the file's content. Unreadable SVG files and those over maxDroppedSvgBytes are
+// skipped with a log line.
+EDITORUTIL_EXPORT std::vector<std::unique_ptr<Overlay::Preset>> makeOverlayPresetList(const QMimeData* data);
+// Puts presets into mime data under Overlay::Preset::mimeType (the counterpart of the above).
+EDITORUTIL_EXPORT void packOverlayPresets(QMimeData* data, const std::vector<const Overlay::Preset*>& presets);
 
 } // namespace MimeUtils

@@ -1,4 +1,4 @@
-#include <EditorModel/FileOpener.h>
+#include <EditorModel/SignatureOpener.h>
 
 #include <QBuffer>
 #include <QFile>
@@ -53,12 +53,38 @@ QByteArray wave(int declaredExtra)
     return QByteArray("RIFF", 4) + le32(quint32(body.size() + declaredExtra)) + body;
 }
 
+enum class Kind { None, Video, Audio, Image };
+
+Kind kindOf(const Media::OpenResult& result)
+{
+    if (!result.metadata.audios.empty())
+        return Kind::Audio;
+    if (result.metadata.videos.empty())
+        return Kind::None;
+    return result.metadata.videos.front().stillImage ? Kind::Image : Kind::Video;
+}
+
+std::string codecOf(const Media::OpenResult& result)
+{
+    if (!result.metadata.audios.empty())
+        return result.metadata.audios.front().codec.str();
+    return result.metadata.videos.empty() ? std::string() : result.metadata.videos.front().codec.str();
+}
+
+std::vector<int> codesOf(const Media::OpenResult& result)
+{
+    std::vector<int> codes;
+    for (const Media::OpenError& error : result.errors)
+        codes.push_back(error.code);
+    return codes;
+}
+
 struct OpenCase
 {
     const char* name;
     QByteArray content;
     bool opened;
-    Media::OpenOutcome::Kind kind;
+    Kind kind;
     const char* format;
 };
 
@@ -67,13 +93,13 @@ void PrintTo(const OpenCase& c, std::ostream* os)
     *os << c.name;
 }
 
-class FileOpenerTableTest : public ::testing::TestWithParam<OpenCase>
+class SignatureOpenerTableTest : public ::testing::TestWithParam<OpenCase>
 {
 };
 
 } // namespace
 
-TEST_P(FileOpenerTableTest, OpensOnlyIntactMediaFiles)
+TEST_P(SignatureOpenerTableTest, OpensOnlyIntactMediaFiles)
 {
     const OpenCase c = GetParam();
     QTemporaryDir dir;
@@ -84,53 +110,52 @@ TEST_P(FileOpenerTableTest, OpensOnlyIntactMediaFiles)
     file.write(c.content);
     file.close();
 
-    const Media::OpenOutcome outcome = Media::SignatureFileOpener().open(path);
-    EXPECT_EQ(outcome.opened, c.opened);
+    const Media::OpenResult result = Media::SignatureOpener::probe(path);
+    EXPECT_EQ(result.ok, c.opened);
     if (c.opened) {
-        EXPECT_TRUE(outcome.errorCodes.empty());
-        EXPECT_EQ(outcome.kind, c.kind);
-        EXPECT_EQ(outcome.format, QString::fromUtf8(c.format));
+        EXPECT_TRUE(result.errors.empty());
+        EXPECT_EQ(kindOf(result), c.kind);
+        EXPECT_EQ(codecOf(result), c.format);
     } else {
-        EXPECT_EQ(outcome.errorCodes, std::vector<int>{36});
+        EXPECT_EQ(codesOf(result), std::vector<int>{36});
+        EXPECT_EQ(kindOf(result), Kind::None);
     }
 }
 
-using Kind = Media::OpenOutcome::Kind;
 
 INSTANTIATE_TEST_SUITE_P(
-    Contents, FileOpenerTableTest,
+    Contents, SignatureOpenerTableTest,
     ::testing::Values(
-        OpenCase{"empty", QByteArray(), false, Kind::Unknown, ""},
-        OpenCase{"text", QByteArray("just some words, not a movie\n"), false, Kind::Unknown, ""},
+        OpenCase{"empty", QByteArray(), false, Kind::None, ""},
+        OpenCase{"text", QByteArray("just some words, not a movie\n"), false, Kind::None, ""},
         OpenCase{"mp4", mp4(), true, Kind::Video, "mp4"},
-        OpenCase{"mp4_truncated", mp4().left(mp4().size() - 10), false, Kind::Unknown, ""},
-        OpenCase{"mp4_header_only", mp4().left(12), false, Kind::Unknown, ""},
+        OpenCase{"mp4_truncated", mp4().left(mp4().size() - 10), false, Kind::None, ""},
+        OpenCase{"mp4_header_only", mp4().left(12), false, Kind::None, ""},
         OpenCase{"matroska", QByteArray("\x1A\x45\xDF\xA3\x9F\x42\x86\x81\x01", 9) + QByteArray(40, '\0'), true,
                  Kind::Video, "matroska"},
         OpenCase{"wave", wave(0), true, Kind::Audio, "wave"},
-        OpenCase{"wave_truncated", wave(4000), false, Kind::Unknown, ""},
+        OpenCase{"wave_truncated", wave(4000), false, Kind::None, ""},
         OpenCase{"mp3_id3", QByteArray("ID3\x03\x00\x00\x00\x00\x00\x0a", 10) + QByteArray(64, '\0'), true,
                  Kind::Audio, "mp3"},
         OpenCase{"mp3_frame", QByteArray("\xFF\xFB\x90\x64", 4) + QByteArray(400, '\0'), true, Kind::Audio, "mp3"},
         OpenCase{"ogg", QByteArray("OggS\x00\x02", 6) + QByteArray(58, '\0'), true, Kind::Audio, "ogg"},
         OpenCase{"flac", QByteArray("fLaC\x00\x00\x00\x22", 8) + QByteArray(34, '\0'), true, Kind::Audio, "flac"},
         OpenCase{"png", png(33, 17), true, Kind::Image, "png"},
-        OpenCase{"png_truncated", png(64, 64).left(40), false, Kind::Unknown, ""}),
+        OpenCase{"png_truncated", png(64, 64).left(40), false, Kind::None, ""}),
     [](const ::testing::TestParamInfo<OpenCase>& info) { return std::string(info.param.name); });
 
-TEST(FileOpenerTest, MissingPathsAndDirectoriesFailWithCode36)
+TEST(SignatureOpenerTest, MissingPathsAndDirectoriesFailWithCode36)
 {
     QTemporaryDir dir;
     ASSERT_TRUE(dir.isValid());
-    const Media::SignatureFileOpener opener;
     for (const QString& path : {QString(), dir.filePath(QStringLiteral("nowhere.mp4")), dir.path()}) {
-        const Media::OpenOutcome outcome = opener.open(path);
-        EXPECT_FALSE(outcome.opened) << path.toStdString();
-        EXPECT_EQ(outcome.errorCodes, std::vector<int>{36}) << path.toStdString();
+        const Media::OpenResult result = Media::SignatureOpener::probe(path);
+        EXPECT_FALSE(result.ok) << path.toStdString();
+        EXPECT_EQ(codesOf(result), std::vector<int>{36}) << path.toStdString();
     }
 }
 
-TEST(FileOpenerTest, ImageReportsItsFrameSize)
+TEST(SignatureOpenerTest, ImageReportsItsFrameSize)
 {
     QTemporaryDir dir;
     ASSERT_TRUE(dir.isValid());
@@ -138,7 +163,10 @@ TEST(FileOpenerTest, ImageReportsItsFrameSize)
     QImage image(40, 30, QImage::Format_RGB32);
     image.fill(Qt::red);
     ASSERT_TRUE(image.save(path, "JPG"));
-    const Media::OpenOutcome outcome = Media::SignatureFileOpener().open(path);
-    ASSERT_TRUE(outcome.opened);
-    EXPECT_EQ(outcome.frameSize, QSize(40, 30));
+    const Media::OpenResult result = Media::SignatureOpener::probe(path);
+    ASSERT_TRUE(result.ok);
+    ASSERT_EQ(result.metadata.videos.size(), 1u);
+    EXPECT_EQ(result.metadata.videos.front().width, 40);
+    EXPECT_EQ(result.metadata.videos.front().height, 30);
+    EXPECT_TRUE(result.metadata.videos.front().stillImage);
 }
