@@ -1,0 +1,392 @@
+#include <EditorModel/Host.h>
+
+#include <QDir>
+#include <QPointer>
+
+#include <glog/logging.h>
+
+namespace Model {
+
+namespace {
+Host* g_instance = nullptr;
+}
+
+TimelineRequestHandler::~TimelineRequestHandler() = default;
+
+namespace Details {
+StoreBase::~StoreBase() = default;
+} // namespace Details
+
+// Follows every thumbnail record any owner announces and hands it to the provider.
+class Host::ThumbnailWatch : public Model::View<Thumbnail::Object>
+{
+public:
+    explicit ThumbnailWatch(Host& host) : m_host(host) { observeNew(true); }
+
+private:
+    void recordAdded(const Thumbnail::Object* thumbnail) override
+    {
+        if (Thumbnail::Provider* provider = m_host.thumbnailProvider())
+            provider->request(thumbnail);
+    }
+    void recordRemoved(const Thumbnail::Object* thumbnail) override
+    {
+        if (Thumbnail::Provider* provider = m_host.thumbnailProvider())
+            provider->cancel(thumbnail);
+    }
+
+    Host& m_host;
+};
+
+Host::Host(QObject* parent) : QObject(parent)
+{
+    if (!g_instance)
+        g_instance = this;
+
+    // Stores made now serve add requests from the start.
+    store<Timeline::Object>();
+    store<Timeline::Clip>();
+    store<Timeline::Track>();
+    store<Media::File>().onRemoved = [this](const Media::File* file) {
+        m_opening.erase(file);
+        fileSettled(file);
+    };
+    store<Media::Video>();
+    store<Media::Audio>();
+    store<Composition::Object>();
+    store<Task::Object>();
+
+    m_editor = add(std::make_unique<Editor::Object>());
+    m_playback = add(std::make_unique<Playback::Object>());
+    m_selection = add(std::make_unique<Selection::Object<Timeline::Clip>>());
+    m_thumbnailWatch = std::make_unique<ThumbnailWatch>(*this);
+
+    using namespace Timeline;
+    subscribeAll(typeid(FileAddRequest));
+    subscribeAll(typeid(TimelineFileAddRequest));
+    subscribeAll(typeid(OverlayAddRequest));
+    subscribeAll(typeid(QuizAddRequest));
+    subscribeAll(typeid(SplitRequest));
+    subscribeAll(typeid(TransitionAddRequest));
+    subscribeAll(typeid(ClipAddRequest));
+    subscribeAll(typeid(FreezeFrameRequest));
+    subscribeAll(typeid(AnimationAddRequest));
+    subscribeAll(typeid(PanAndZoomAddRequest));
+    subscribe(m_playback);
+}
+
+Host::~Host()
+{
+    unsubscribeEverything();
+    m_thumbnailWatch.reset();
+    // Records that refer to others (clips to files, timelines to clips) go first.
+    for (std::type_index type : {std::type_index(typeid(Timeline::Object)), std::type_index(typeid(Timeline::Clip))})
+        m_stores.erase(type);
+    m_stores.clear();
+    if (g_instance == this)
+        g_instance = nullptr;
+}
+
+Host* Host::instance()
+{
+    return g_instance;
+}
+
+const Timeline::Object* Host::addTimeline(const Types::String& name)
+{
+    auto timeline = std::make_unique<Timeline::Object>();
+    timeline->name = name;
+    return add(std::move(timeline));
+}
+
+const Timeline::Clip* Host::addClip(Timeline::Clip clip)
+{
+    return add(std::make_unique<Timeline::Clip>(std::move(clip)));
+}
+
+// --- edit sessions --------------------------------------------------------------------------------
+
+Editor::Worker* Host::worker() const
+{
+    return m_editor ? m_editor->worker : nullptr;
+}
+
+bool Host::beginSession(const Timeline::Object* timeline, const Timeline::Clip* clip, Editor::Object::Mode mode)
+{
+    if (timeline && clip && !timeline->contains(clip)) {
+        LOG(ERROR) << "Model::Host::beginSession: the clip is not on the timeline";
+        return false;
+    }
+    {
+        auto e = edit(m_editor);
+        e->active = true;
+        e->mode = mode;
+        e->timeline = timeline;
+        e->clip = clip;
+        e->editPosition.reset();
+    }
+    return loadSession();
+}
+
+bool Host::loadSession()
+{
+    Editor::Worker* w = worker();
+    if (w)
+        w->onLoad();
+    return w != nullptr;
+}
+
+bool Host::applySession()
+{
+    Editor::Worker* w = worker();
+    if (w)
+        w->onApply();
+    edit(m_editor)->active = false;
+    return w != nullptr;
+}
+
+bool Host::resetSession()
+{
+    Editor::Worker* w = worker();
+    if (w)
+        w->onReset();
+    edit(m_editor)->active = false;
+    return w != nullptr;
+}
+
+bool Host::setEditPosition(std::optional<Types::Time> position)
+{
+    auto e = edit(m_editor);
+    e->editPosition = position;
+    return e.commit();
+}
+
+bool Host::canAcceptClips(const std::set<const Timeline::Clip*>& clips) const
+{
+    const Editor::Worker* w = worker();
+    return w && w->canAccept(clips);
+}
+
+void Host::filterClips(std::set<const Timeline::Clip*>& clips) const
+{
+    if (const Editor::Worker* w = worker())
+        w->filterClips(clips);
+}
+
+// --- the player ---------------------------------------------------------------------------------
+
+void Host::setPlaybackTimeline(const Timeline::Object* timeline)
+{
+    auto e = edit(m_playback);
+    e->timeline = timeline;
+    e->setState(timeline ? std::optional<Playback::State>(Playback::State()) : std::nullopt);
+}
+
+bool Host::editPlaybackState(const char* operation, const std::function<void(Playback::State&)>& change)
+{
+    if (!m_playback->state()) {
+        LOG(ERROR) << "Model::Host::" << operation << ": no timeline is loaded in the player";
+        return false;
+    }
+    auto e = edit(m_playback);
+    change(*e->state());
+    return e.commit();
+}
+
+bool Host::setPlaybackCode(int code)
+{
+    return editPlaybackState("setPlaybackCode", [code](Playback::State& state) {
+        state.code = code;
+        state.seek = false;
+    });
+}
+
+bool Host::setPlaybackPosition(Types::Time position)
+{
+    return editPlaybackState("setPlaybackPosition", [position](Playback::State& state) {
+        state.position = position;
+        state.seek = false;
+    });
+}
+
+bool Host::setPlaybackUnavailable(bool unavailable)
+{
+    return editPlaybackState("setPlaybackUnavailable", [unavailable](Playback::State& state) { state.unavailable = unavailable; });
+}
+
+void Host::notify(const Playback::FrameSeekRequest& r)
+{
+    if (r.playback != m_playback || !m_playback->state())
+        return;
+    auto e = edit(m_playback);
+    e->state()->position = r.position;
+    e->state()->seek = true;
+}
+
+// --- media files ----------------------------------------------------------------------------------
+
+void Host::setOpener(std::shared_ptr<Media::Opener> opener)
+{
+    m_opener = std::move(opener);
+}
+
+const Media::File* Host::addFile(const Types::String& path)
+{
+    if (path.empty()) {
+        LOG(ERROR) << "Model::Host::addFile: empty path";
+        return nullptr;
+    }
+    const QString clean = QDir::toNativeSeparators(QDir::cleanPath(path.toQString().trimmed()));
+    const Media::File* file = add(std::make_unique<Media::File>(Types::String(clean)));
+    openFile(file);
+    return file;
+}
+
+bool Host::openFile(const Media::File* file)
+{
+    if (!owns(file)) {
+        LOG(ERROR) << "Model::Host::openFile: not a file of the host";
+        return false;
+    }
+    if (!m_opener) {
+        LOG(ERROR) << "Model::Host::openFile: no media opener is set; " << file->path() << " stays unopened";
+        return false;
+    }
+    if (file->isFinished() || m_opening.count(file))
+        return false;
+    const std::uint64_t ticket = m_nextTicket++;
+    m_opening[file] = ticket;
+    QPointer<Host> self(this);
+    m_opener->open(file->path(), [self, file, ticket](const Media::OpenResult& result) {
+        // The answer of a file removed (or a host destroyed) meanwhile is dropped.
+        if (!self)
+            return;
+        const auto it = self->m_opening.find(file);
+        if (it == self->m_opening.end() || it->second != ticket)
+            return;
+        self->m_opening.erase(it);
+        self->finishOpening(file, result);
+    });
+    return true;
+}
+
+void Host::finishOpening(const Media::File* file, const Media::OpenResult& result)
+{
+    if (result.ok) {
+        std::vector<const Media::Video*> videos;
+        std::vector<const Media::Audio*> audios;
+        for (const Media::Video& v : result.metadata.videos) {
+            auto video = std::make_unique<Media::Video>(v);
+            video->file = file;
+            videos.push_back(add(std::move(video)));
+        }
+        for (const Media::Audio& a : result.metadata.audios) {
+            auto audio = std::make_unique<Media::Audio>(a);
+            audio->file = file;
+            audios.push_back(add(std::move(audio)));
+        }
+        auto e = edit(file);
+        e->setStreams(std::move(videos), std::move(audios));
+        e->setDuration(result.metadata.duration);
+        e->setOpened(true);
+    } else {
+        // Who waits for the file learns why before it sees the file fail.
+        publish(Media::FileOpenFailedNotification(file, result.errors));
+        edit(file)->setFailed(true);
+    }
+    fileSettled(file);
+}
+
+void Host::watchFiles(const Timeline::Object* timeline, const std::vector<const Media::File*>& files)
+{
+    if (!timeline) {
+        LOG(ERROR) << "Model::Host::watchFiles: null timeline";
+        return;
+    }
+    Batch batch{timeline, {}};
+    for (const Media::File* file : files) {
+        if (file && owns(file) && !file->isFinished())
+            batch.waiting.insert(file);
+    }
+    m_batches.push_back(std::move(batch));
+    announceBatches();
+}
+
+void Host::fileSettled(const Media::File* file)
+{
+    for (Batch& batch : m_batches)
+        batch.waiting.erase(file);
+    announceBatches();
+}
+
+void Host::announceBatches()
+{
+    // From the event loop, never inside the call that finished the batch: who added the files
+    // first records that it waits for them.
+    if (m_announceQueued)
+        return;
+    m_announceQueued = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_announceQueued = false;
+            std::vector<const Timeline::Object*> done;
+            for (auto it = m_batches.begin(); it != m_batches.end();) {
+                if (it->waiting.empty()) {
+                    done.push_back(it->timeline);
+                    it = m_batches.erase(it);
+                } else {
+                    ++it;
+                }
+            }
+            for (const Timeline::Object* timeline : done)
+                publish(Timeline::AllFilesProcessedNotification(timeline));
+        },
+        Qt::QueuedConnection);
+}
+
+// --- thumbnails -----------------------------------------------------------------------------------
+
+void Host::setThumbnailProvider(std::shared_ptr<Thumbnail::Provider> provider)
+{
+    m_thumbnails = std::move(provider);
+}
+
+bool Host::answerThumbnail(const Thumbnail::Object* thumbnail, const QImage& image)
+{
+    if (!thumbnail || !m_thumbnailWatch->isFollowed(thumbnail)) {
+        LOG(ERROR) << "Model::Host::answerThumbnail: the thumbnail record is gone";
+        return false;
+    }
+    auto e = m_thumbnailWatch->edit(thumbnail);
+    e->setImage(image);
+    e->setFailed(image.isNull());
+    return e.commit();
+}
+
+// --- timeline requests ------------------------------------------------------------------------------
+
+void Host::setTimelineRequestHandler(std::shared_ptr<TimelineRequestHandler> handler)
+{
+    m_requests = std::move(handler);
+}
+
+#define EDITORMODEL_FORWARD(Request, operation)                                                                        \
+    void Host::notify(const Timeline::Request& r)                                                                     \
+    {                                                                                                                  \
+        if (m_requests)                                                                                                \
+            m_requests->operation(r);                                                                                  \
+    }
+EDITORMODEL_FORWARD(FileAddRequest, fileAdd)
+EDITORMODEL_FORWARD(TimelineFileAddRequest, timelineFileAdd)
+EDITORMODEL_FORWARD(OverlayAddRequest, overlayAdd)
+EDITORMODEL_FORWARD(QuizAddRequest, quizAdd)
+EDITORMODEL_FORWARD(SplitRequest, split)
+EDITORMODEL_FORWARD(TransitionAddRequest, transitionAdd)
+EDITORMODEL_FORWARD(ClipAddRequest, clipAdd)
+EDITORMODEL_FORWARD(FreezeFrameRequest, freezeFrame)
+EDITORMODEL_FORWARD(AnimationAddRequest, animationAdd)
+EDITORMODEL_FORWARD(PanAndZoomAddRequest, panAndZoomAdd)
+#undef EDITORMODEL_FORWARD
+
+} // namespace Model

@@ -1,0 +1,5 @@
+#pragma once
+
+#include <Util/Interfaces/PubSub.h>
+
+#include <EditorModel/EditorModel.h>
