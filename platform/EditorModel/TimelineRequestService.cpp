@@ -1,6 +1,7 @@
 #include "TimelineRequestService.h"
 
 #include "FileAdder.h"
+#include "SignatureOpener.h"
 
 #include <glog/logging.h>
 
@@ -254,6 +255,14 @@ void TimelineRequestService::panAndZoomAdd(const Timeline::PanAndZoomAddRequest&
         return;
     Edit<Timeline::Clip> edit(&m_clips, r.clip);
     edit->setAnimation(std::make_shared<const Animation::TransformationItem>(r.item));
+}
+
+void installDefaultServices(Host& host)
+{
+    if (!host.opener())
+        host.setOpener(std::make_shared<Media::SignatureOpener>());
+    if (!host.timelineRequestHandler())
+        host.setTimelineRequestHandler(std::make_shared<TimelineRequestService>(host));
 }
 
 } // namespace Model

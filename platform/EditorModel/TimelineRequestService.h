@@ -57,4 +57,9 @@ private:
     View<Timeline::Clip> m_clips;
 };
 
+// Gives a host what it needs to serve imports, keeping anything already set: the
+// signature-checking Media::SignatureOpener and a TimelineRequestService. A media engine
+// replaces the opener with Host::setOpener.
+void installDefaultServices(Host& host);
+
 } // namespace Model

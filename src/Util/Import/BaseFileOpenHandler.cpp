@@ -73,7 +73,7 @@ void BaseFileOpenHandler::fileRemoved(const Media::File* file)
     unsubscribe(file);
 }
 
-void BaseFileOpenHandler::notify(const Media::FileOpenFailedNotification& notification)
+void BaseFileOpenHandler::fileOpenFailed(const Media::FileOpenFailedNotification& notification)
 {
     const Media::File* file = notification.file;
     for (const Media::OpenError& error : notification.errors) {

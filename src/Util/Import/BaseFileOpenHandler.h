@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Util/EditorUtilExport.h>
+#include <Util/Import/Listeners.h>
 #include <Util/Interfaces/EditorModel.h>
 #include <Util/Interfaces/PubSub.h>
 
@@ -22,7 +23,7 @@ class DeferredCall;
 // when a file failed for that reason), postProcessing() receives the answer, and the batch is
 // forgotten. Subclasses decide which files are watched and what the answer does.
 class EDITORUTIL_EXPORT BaseFileOpenHandler : public Media::View<Media::File>,
-                                             public PubSub::Subscriber<Media::FileOpenFailedNotification>
+                                             public ImportListeners::FileOpenFailed
 {
 public:
     enum ErrorType : qint32 {
@@ -60,7 +61,8 @@ protected:
     virtual void processing();
     virtual void clear();
 
-    void notify(const Media::FileOpenFailedNotification& notification) override;
+    // Records every error code a failure notification of a watched file carries.
+    void fileOpenFailed(const Media::FileOpenFailedNotification& notification) override;
 
     AnalyzedProduct makeFilesAnalyze() const;
 

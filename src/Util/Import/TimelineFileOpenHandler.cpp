@@ -38,7 +38,7 @@ void TimelineFileOpenHandler::addFile(const Media::File* file)
     watchFile(file);
 }
 
-void TimelineFileOpenHandler::notify(const Timeline::FileAddingNotification& notification)
+void TimelineFileOpenHandler::fileAdding(const Timeline::FileAddingNotification& notification)
 {
     addFile(notification.file);
 }

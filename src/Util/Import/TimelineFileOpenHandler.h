@@ -9,7 +9,7 @@
 // broken and, if the user chose to remove them, takes those clips off the timeline in one
 // edit.
 class EDITORUTIL_EXPORT TimelineFileOpenHandler : public BaseFileOpenHandler,
-                                                  public PubSub::Subscriber<Timeline::FileAddingNotification>
+                                                  public ImportListeners::FileAdding
 {
 public:
     explicit TimelineFileOpenHandler(const Timeline::Object* timeline);
@@ -27,8 +27,7 @@ private:
     bool allowToKeepFiles() const override;
     void clear() override;
     void postProcessing(bool remove) override;
-    void notify(const Timeline::FileAddingNotification& notification) override;
-    using BaseFileOpenHandler::notify;
+    void fileAdding(const Timeline::FileAddingNotification& notification) override;
 
     // The clips of the timeline whose media file failed, in the timeline's order.
     std::vector<const Timeline::Clip*> affectedClips(const AnalyzedProduct& analysis) const;

@@ -128,7 +128,7 @@ bool TimelineShadowChange::filesPending() const
     return m_filesPending;
 }
 
-void TimelineShadowChange::notify(const Timeline::AllFilesProcessedNotification&)
+void TimelineShadowChange::allFilesProcessed(const Timeline::AllFilesProcessedNotification&)
 {
     m_filesPending = false;
     m_deferredReadyCheck->trigger();
@@ -197,8 +197,8 @@ int replaceNestedTimeline(const Timeline::Object* container, const Timeline::Obj
         Timeline::ClipTiming timing = target.clipTiming(old);
         timing.length = std::max<Types::Time>(1, Types::Time(double(length) / timing.speed + 0.5));
         const Timeline::Link* ownLink = target.linkOf(old);
-        const std::optional<Timeline::Link> master =
-            ownLink ? std::optional<Timeline::Link>(*ownLink) : std::nullopt;
+        const Timeline::Clip* master = ownLink ? ownLink->master : nullptr;
+        const Types::Time masterOffset = ownLink ? ownLink->offset : 0;
         const Timeline::Clip* nativeAudio = target.findNativeAudio(old);
         std::vector<std::pair<const Timeline::Clip*, Types::Time>> slaves;
         for (const Timeline::Clip* slave : target.findSlaves(old)) {
@@ -224,8 +224,8 @@ int replaceNestedTimeline(const Timeline::Object* container, const Timeline::Obj
         }
         for (const auto& slave : slaves)
             target.addLink(clip, slave.first, slave.second);
-        if (master && target.contains(master->master))
-            target.addLink(master->master, clip, master->offset);
+        if (master && target.contains(master))
+            target.addLink(master, clip, masterOffset);
         ++replaced;
     }
     if (!edit.commit()) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Util/EditorUtilExport.h>
+#include <Util/Import/Listeners.h>
 #include <Util/Interfaces/EditorModel.h>
 #include <Util/Interfaces/PubSub.h>
 
@@ -29,7 +30,7 @@ class EDITORUTIL_EXPORT TimelineShadowChange
                                Timeline::QuizAddRequest, Timeline::SplitRequest, Timeline::TransitionAddRequest,
                                Timeline::ClipAddRequest, Timeline::FreezeFrameRequest, Timeline::AnimationAddRequest,
                                Timeline::PanAndZoomAddRequest>,
-      public PubSub::Subscriber<Timeline::AllFilesProcessedNotification>
+      public ImportListeners::AllFilesProcessed
 {
     Q_OBJECT
 
@@ -69,7 +70,7 @@ Q_SIGNALS:
     void shadowReady();
 
 private:
-    void notify(const Timeline::AllFilesProcessedNotification& notification) override;
+    void allFilesProcessed(const Timeline::AllFilesProcessedNotification& notification) override;
     void readyCheck();
     // Publishes a file request; false when nobody serves it (nothing will come back).
     bool requestFiles(const Timeline::FileAddRequest& request);
