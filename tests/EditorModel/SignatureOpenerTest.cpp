@@ -1,57 +1,20 @@
 #include <EditorModel/SignatureOpener.h>
 
+#include "MediaSamples.h"
+
 #include <QBuffer>
 #include <QFile>
 #include <QImage>
 #include <QTemporaryDir>
-#include <QtEndian>
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
 namespace {
 
-QByteArray be32(quint32 v)
-{
-    QByteArray b(4, '\0');
-    qToBigEndian(v, reinterpret_cast<uchar*>(b.data()));
-    return b;
-}
-
-QByteArray le32(quint32 v)
-{
-    QByteArray b(4, '\0');
-    qToLittleEndian(v, reinterpret_cast<uchar*>(b.data()));
-    return b;
-}
-
-QByteArray box(const char* type, const QByteArray& payload)
-{
-    return be32(quint32(8 + payload.size())) + QByteArray(type, 4) + payload;
-}
-
-QByteArray mp4()
-{
-    return box("ftyp", QByteArray("isom", 4) + be32(0) + QByteArray("isomavc1", 8)) + box("moov", QByteArray(32, 'm'))
-        + box("mdat", QByteArray(64, 'd'));
-}
-
-QByteArray png(int w, int h)
-{
-    QImage image(w, h, QImage::Format_RGB32);
-    image.fill(Qt::darkCyan);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
-    return bytes;
-}
-
-QByteArray wave(int declaredExtra)
-{
-    const QByteArray body = QByteArray("WAVE", 4) + QByteArray("fmt ", 4) + le32(16) + QByteArray(16, '\1')
-        + QByteArray("data", 4) + le32(8) + QByteArray(8, '\0');
-    return QByteArray("RIFF", 4) + le32(quint32(body.size() + declaredExtra)) + body;
-}
+using namespace MediaSamples;
 
 enum class Kind { None, Video, Audio, Image };
 
@@ -133,7 +96,7 @@ INSTANTIATE_TEST_SUITE_P(
         OpenCase{"mp4_header_only", mp4().left(12), false, Kind::None, ""},
         OpenCase{"matroska", QByteArray("\x1A\x45\xDF\xA3\x9F\x42\x86\x81\x01", 9) + QByteArray(40, '\0'), true,
                  Kind::Video, "matroska"},
-        OpenCase{"wave", wave(0), true, Kind::Audio, "wave"},
+        OpenCase{"wave", wave(), true, Kind::Audio, "wave"},
         OpenCase{"wave_truncated", wave(4000), false, Kind::None, ""},
         OpenCase{"mp3_id3", QByteArray("ID3\x03\x00\x00\x00\x00\x00\x0a", 10) + QByteArray(64, '\0'), true,
                  Kind::Audio, "mp3"},
@@ -169,4 +132,54 @@ TEST(SignatureOpenerTest, ImageReportsItsFrameSize)
     EXPECT_EQ(result.metadata.videos.front().width, 40);
     EXPECT_EQ(result.metadata.videos.front().height, 30);
     EXPECT_TRUE(result.metadata.videos.front().stillImage);
+}
+
+TEST(SignatureOpenerTest, AnswersComeOnTheGuiThreadFromTheEventLoop)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString good = dir.filePath(QStringLiteral("good.mp4"));
+    ASSERT_TRUE(write(good, mp4()));
+
+    Media::SignatureOpener opener;
+    std::vector<std::pair<bool, QThread*>> answers;
+    bool insideOpen = true;
+    bool answeredInsideOpen = false;
+    for (const QString& path : {good, dir.filePath(QStringLiteral("missing.mp4"))}) {
+        opener.open(Types::String(path), [&](const Media::OpenResult& result) {
+            answeredInsideOpen = answeredInsideOpen || insideOpen;
+            answers.emplace_back(result.ok, QThread::currentThread());
+        });
+    }
+    insideOpen = false;
+    QElapsedTimer timer;
+    timer.start();
+    while (answers.size() < 2 && timer.elapsed() < 10000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+
+    ASSERT_EQ(answers.size(), 2u);
+    EXPECT_FALSE(answeredInsideOpen);
+    int openedCount = 0;
+    for (const auto& answer : answers) {
+        EXPECT_EQ(answer.second, QCoreApplication::instance()->thread());
+        openedCount += answer.first ? 1 : 0;
+    }
+    EXPECT_EQ(openedCount, 1);
+}
+
+TEST(SignatureOpenerTest, DestroyedOpenerDropsAnswersStillDue)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString good = dir.filePath(QStringLiteral("good.png"));
+    ASSERT_TRUE(write(good, png(8, 8)));
+    int answers = 0;
+    {
+        Media::SignatureOpener opener;
+        for (int i = 0; i < 20; ++i)
+            opener.open(Types::String(good), [&answers](const Media::OpenResult&) { ++answers; });
+    }
+    for (int i = 0; i < 20; ++i)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    EXPECT_EQ(answers, 0);
 }
