@@ -57,22 +57,22 @@ void TimelineShadowChange::addFiles(const QStringList& paths, FileAdder::Asrc or
     m_filesPending = true;
 }
 
-bool TimelineShadowChange::requestFiles(const Timeline::FileAddRequest& request)
-{
-    if (!PubSub::Details::Dispatcher::instance().hasSubscribers(typeid(Timeline::FileAddRequest), m_shadow)) {
-        LOG(ERROR) << "TimelineShadowChange: nobody serves file requests; nothing is added";
-        return false;
-    }
-    RequestPublisher::publish(request);
-    return true;
-}
-
 void TimelineShadowChange::addImport(const Types::String& path)
 {
-    if (requestFiles(Timeline::FileAddRequest(m_shadow, {path}, -1, nullptr)))
+    const int announcedBefore = m_filesAnnounced;
+    RequestPublisher::publish(Timeline::FileAddRequest(m_shadow, {path}, -1, nullptr));
+    if (m_filesAnnounced > announcedBefore) {
         m_filesPending = true;
-    else
-        m_deferredReadyCheck->trigger();
+        return;
+    }
+    // No file is opening for the request, so nothing will report back.
+    LOG(ERROR) << "TimelineShadowChange::addImport: no file was added for " << path;
+    m_deferredReadyCheck->trigger();
+}
+
+void TimelineShadowChange::fileAdding(const Timeline::FileAddingNotification&)
+{
+    ++m_filesAnnounced;
 }
 
 void TimelineShadowChange::addIntro(const Types::String& first, const Types::String& second)

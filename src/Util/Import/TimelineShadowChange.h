@@ -30,7 +30,8 @@ class EDITORUTIL_EXPORT TimelineShadowChange
                                Timeline::QuizAddRequest, Timeline::SplitRequest, Timeline::TransitionAddRequest,
                                Timeline::ClipAddRequest, Timeline::FreezeFrameRequest, Timeline::AnimationAddRequest,
                                Timeline::PanAndZoomAddRequest>,
-      public ImportListeners::AllFilesProcessed
+      public ImportListeners::AllFilesProcessed,
+      public ImportListeners::FileAdding
 {
     Q_OBJECT
 
@@ -71,9 +72,8 @@ Q_SIGNALS:
 
 private:
     void allFilesProcessed(const Timeline::AllFilesProcessedNotification& notification) override;
+    void fileAdding(const Timeline::FileAddingNotification& notification) override;
     void readyCheck();
-    // Publishes a file request; false when nobody serves it (nothing will come back).
-    bool requestFiles(const Timeline::FileAddRequest& request);
 
     const Timeline::Object* m_source;
     Timeline::Object::Scope m_scope;
@@ -81,6 +81,7 @@ private:
     std::vector<const Timeline::Clip*> m_clonedClips;
     std::vector<const Timeline::Object*> m_clonedTimelines;
     bool m_filesPending = false;
+    int m_filesAnnounced = 0; // files the model announced on the shadow so far
     std::unique_ptr<DeferredCall> m_deferredReadyCheck;
 };
 
