@@ -1,5 +1,7 @@
 #include <Util/Import/MimeUtils.h>
 
+#include "TestSupport.h"
+
 #include <QDir>
 #include <QFile>
 #include <QMimeData>
@@ -151,4 +153,80 @@ TEST_F(MimeUtilsTest, ProjectAndPackageDropsAreRecognisedBySettingsSuffixes)
     folderDrop.setUrls({QUrl::fromLocalFile(dir.path())});
     EXPECT_FALSE(MimeUtils::isMimeDataContainsProjectFiles(&folderDrop)) << "directories are not projects";
     EXPECT_FALSE(MimeUtils::isMimeDataContainsPackageFiles(&folderDrop));
+}
+
+TEST_F(MimeUtilsTest, DroppedSvgBecomesOneTaggedPresetHoldingTheFile)
+{
+    const QByteArray svg("<svg xmlns=\"http://www.w3.org/2000/svg\"><circle r=\"4\"/></svg>\n");
+    const QString star = touch(dir, QStringLiteral("Star.SVG"), svg);
+    const QString photo = touch(dir, QStringLiteral("photo.png"));
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(photo), QUrl::fromLocalFile(star)});
+    EXPECT_FALSE(MimeUtils::isOverlayPresetCompatible(&data));
+
+    const auto presets = MimeUtils::makeOverlayPresetList(&data);
+    ASSERT_EQ(presets.size(), 1u);
+    EXPECT_EQ(presets[0]->tag(), "DroppedSVG");
+    ASSERT_EQ(presets[0]->items().size(), 1u);
+    EXPECT_EQ(presets[0]->items()[0].text(), svg.toStdString());
+}
+
+TEST_F(MimeUtilsTest, UnreadableOrHugeSvgIsSkippedWithALogLine)
+{
+    const QString huge = dir.filePath(QStringLiteral("huge.svg"));
+    {
+        QFile file(huge);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_TRUE(file.resize(MimeUtils::maxDroppedSvgBytes + 1)); // sparse: nothing is written
+    }
+    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("folder.svg")));
+    const QString fine = touch(dir, QStringLiteral("fine.svg"), QByteArray("<svg/>"));
+
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(huge), QUrl::fromLocalFile(dir.filePath(QStringLiteral("folder.svg"))),
+                  QUrl::fromLocalFile(dir.filePath(QStringLiteral("gone.svg"))), QUrl::fromLocalFile(fine)});
+    TestSupport::LogCapture log;
+    const auto presets = MimeUtils::makeOverlayPresetList(&data);
+    ASSERT_EQ(presets.size(), 1u);
+    EXPECT_EQ(presets[0]->items()[0].text(), "<svg/>");
+    EXPECT_EQ(log.errors().size(), 3u);
+    EXPECT_TRUE(log.containsError("more than the"));
+    EXPECT_TRUE(log.containsError("cannot read dropped file"));
+}
+
+TEST_F(MimeUtilsTest, SerializedPresetsRoundTripAndComeBeforeFiles)
+{
+    Overlay::Preset title;
+    title.name = "Lower third";
+    title.setTag("Titles");
+    title.appendItem(Overlay::Item().setText("Name").setTransform(Types::Transform(1, 0, 0, 0, 1, 0, 20, 30, 1)));
+    title.appendItem(Overlay::Item().setText("Role"));
+    Overlay::Preset callout;
+    callout.setTag("Callouts");
+
+    QMimeData data;
+    MimeUtils::packOverlayPresets(&data, {&title, &callout});
+    data.setUrls({QUrl::fromLocalFile(touch(dir, QStringLiteral("ignored.svg")))});
+    ASSERT_TRUE(MimeUtils::isOverlayPresetCompatible(&data));
+
+    const auto presets = MimeUtils::makeOverlayPresetList(&data);
+    ASSERT_EQ(presets.size(), 2u);
+    EXPECT_EQ(presets[0]->name, title.name);
+    EXPECT_EQ(presets[0]->tag(), "Titles");
+    ASSERT_EQ(presets[0]->items().size(), 2u);
+    EXPECT_EQ(presets[0]->items()[0].text(), "Name");
+    EXPECT_EQ(presets[0]->items()[0].transform(), Types::Transform(1, 0, 0, 0, 1, 0, 20, 30, 1));
+    EXPECT_EQ(presets[0]->items()[1].transform(), Types::Transform());
+    EXPECT_EQ(presets[1]->tag(), "Callouts");
+    EXPECT_TRUE(presets[1]->items().empty());
+}
+
+TEST_F(MimeUtilsTest, MalformedSerializedPresetsGiveNothing)
+{
+    QMimeData data;
+    data.setData(Overlay::Preset::mimeType->toQString(), QByteArray("{\"format\":\"overlay-presets\",\"version\":1,"));
+    data.setUrls({QUrl::fromLocalFile(touch(dir, QStringLiteral("fallback.svg")))});
+    TestSupport::LogCapture log;
+    EXPECT_TRUE(MimeUtils::makeOverlayPresetList(&data).empty()) << "malformed data is not replaced by the files";
+    EXPECT_TRUE(log.containsError("readOverlayPresets"));
 }
