@@ -1,0 +1,96 @@
+#pragma once
+
+#include <Util/EditorUtilExport.h>
+#include <Util/Import/Listeners.h>
+#include <Util/Interfaces/EditorModel.h>
+#include <Util/Interfaces/PubSub.h>
+
+#include <QObject>
+#include <QStringList>
+
+#include <memory>
+#include <vector>
+
+class DeferredCall;
+
+// An addition to a timeline prepared on a private deep copy of it, the shadow timeline, so
+// that opening files or placing an overlay, a quiz or an intro happens away from the timeline
+// the user sees. Requests go to the shadow timeline only; the source is never touched.
+//
+// Typical use: create the change for the visible timeline, ask for additions, wait for
+// shadowReady(), read shadowTimeline() and merge it back (with replaceNestedTimeline where the
+// shadow is shown as a nested clip), then destroy the change.
+class EDITORUTIL_EXPORT TimelineShadowChange
+    : public QObject,
+      public Timeline::Details::ObjectViewBase,
+      public Timeline::Details::ClipViewBase,
+      public Timeline::Details::TrackViewBase,
+      public Selection::View<Timeline::Clip>,
+      public PubSub::Publisher<Timeline::FileAddRequest, Timeline::TimelineFileAddRequest, Timeline::OverlayAddRequest,
+                               Timeline::QuizAddRequest, Timeline::SplitRequest, Timeline::TransitionAddRequest,
+                               Timeline::ClipAddRequest, Timeline::FreezeFrameRequest, Timeline::AnimationAddRequest,
+                               Timeline::PanAndZoomAddRequest>,
+      public ImportListeners::AllFilesProcessed,
+      public ImportListeners::FileAdding
+{
+    Q_OBJECT
+
+public:
+    using RequestPublisher =
+        PubSub::Publisher<Timeline::FileAddRequest, Timeline::TimelineFileAddRequest, Timeline::OverlayAddRequest,
+                          Timeline::QuizAddRequest, Timeline::SplitRequest, Timeline::TransitionAddRequest,
+                          Timeline::ClipAddRequest, Timeline::FreezeFrameRequest, Timeline::AnimationAddRequest,
+                          Timeline::PanAndZoomAddRequest>;
+
+    // Deep-copies `source` (which must not be null) into the shadow timeline. The copies of the
+    // source's clips become records of the model, so clips merged back stay valid after the
+    // change is gone; those that no other timeline holds by then are removed with it.
+    TimelineShadowChange(const Timeline::Object* source, Timeline::Object::Scope scope,
+                         QObject* parent = nullptr);
+    ~TimelineShadowChange() override;
+
+    // Adds media files to the shadow; shadowReady waits until all of them opened or failed.
+    void addFiles(const QStringList& paths, FileAdder::Asrc origin);
+    // Asks for one file to be appended to the shadow (a Timeline::FileAddRequest).
+    void addImport(const Types::String& path);
+    void addIntro(const Types::String& first, const Types::String& second);
+    // Hands the preset to the subscriber that places it (over the first clip of the primary
+    // track, on the title track); a preset nobody took is deleted on return.
+    void addOverlay(std::unique_ptr<Overlay::Preset> preset);
+    void addQuiz(std::unique_ptr<Quiz::Preset> preset);
+
+    const Timeline::Object* shadowTimeline() const;
+    const Timeline::Object* sourceTimeline() const;
+    Timeline::Object::Scope scope() const;
+    // Whether files added to the shadow are still opening.
+    bool filesPending() const;
+
+Q_SIGNALS:
+    // The shadow holds every addition asked for so far. Emitted from the event loop, once per
+    // ready check that finds no files pending.
+    void shadowReady();
+
+private:
+    void allFilesProcessed(const Timeline::AllFilesProcessedNotification& notification) override;
+    void fileAdding(const Timeline::FileAddingNotification& notification) override;
+    void readyCheck();
+
+    const Timeline::Object* m_source;
+    Timeline::Object::Scope m_scope;
+    const Timeline::Object* m_shadow = nullptr;
+    std::vector<const Timeline::Clip*> m_clonedClips;
+    std::vector<const Timeline::Object*> m_clonedTimelines;
+    bool m_filesPending = false;
+    int m_filesAnnounced = 0; // files the model announced on the shadow so far
+    std::unique_ptr<DeferredCall> m_deferredReadyCheck;
+};
+
+// Inside `container`, replaces each nested-timeline clip that shows `nested` by a clip showing a
+// copy of `replacement`, as one edit of the container: the new clip keeps the old one's position
+// and links (its master, its slaves, and a native audio clip, which is re-made for the new clip),
+// takes the old clip's name with "* " put in front (unless it already starts with "*"), and lasts
+// as long as the replacement (Timeline::Clip::DEFAULT_TITLE_CLIP_DURATION when that is empty).
+// Other clips keep their positions. Returns the number of clips replaced; 0 (and a logged reason)
+// for a null argument or when the model takes no new records.
+EDITORUTIL_EXPORT int replaceNestedTimeline(const Timeline::Object* container, const Timeline::Object* nested,
+                                            const Timeline::Object* replacement);

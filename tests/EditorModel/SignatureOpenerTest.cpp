@@ -1,0 +1,185 @@
+#include <EditorModel/SignatureOpener.h>
+
+#include "MediaSamples.h"
+
+#include <QBuffer>
+#include <QFile>
+#include <QImage>
+#include <QTemporaryDir>
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace MediaSamples;
+
+enum class Kind { None, Video, Audio, Image };
+
+Kind kindOf(const Media::OpenResult& result)
+{
+    if (!result.metadata.audios.empty())
+        return Kind::Audio;
+    if (result.metadata.videos.empty())
+        return Kind::None;
+    return result.metadata.videos.front().stillImage ? Kind::Image : Kind::Video;
+}
+
+std::string codecOf(const Media::OpenResult& result)
+{
+    if (!result.metadata.audios.empty())
+        return result.metadata.audios.front().codec.str();
+    return result.metadata.videos.empty() ? std::string() : result.metadata.videos.front().codec.str();
+}
+
+std::vector<int> codesOf(const Media::OpenResult& result)
+{
+    std::vector<int> codes;
+    for (const Media::OpenError& error : result.errors)
+        codes.push_back(error.code);
+    return codes;
+}
+
+struct OpenCase
+{
+    const char* name;
+    QByteArray content;
+    bool opened;
+    Kind kind;
+    const char* format;
+};
+
+void PrintTo(const OpenCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
+class SignatureOpenerTableTest : public ::testing::TestWithParam<OpenCase>
+{
+};
+
+} // namespace
+
+TEST_P(SignatureOpenerTableTest, OpensOnlyIntactMediaFiles)
+{
+    const OpenCase c = GetParam();
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString path = dir.filePath(QString::fromUtf8(c.name) + QStringLiteral(".bin"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(c.content);
+    file.close();
+
+    const Media::OpenResult result = Media::SignatureOpener::probe(path);
+    EXPECT_EQ(result.ok, c.opened);
+    if (c.opened) {
+        EXPECT_TRUE(result.errors.empty());
+        EXPECT_EQ(kindOf(result), c.kind);
+        EXPECT_EQ(codecOf(result), c.format);
+    } else {
+        EXPECT_EQ(codesOf(result), std::vector<int>{36});
+        EXPECT_EQ(kindOf(result), Kind::None);
+    }
+}
+
+
+INSTANTIATE_TEST_SUITE_P(
+    Contents, SignatureOpenerTableTest,
+    ::testing::Values(
+        OpenCase{"empty", QByteArray(), false, Kind::None, ""},
+        OpenCase{"text", QByteArray("just some words, not a movie\n"), false, Kind::None, ""},
+        OpenCase{"mp4", mp4(), true, Kind::Video, "mp4"},
+        OpenCase{"mp4_truncated", mp4().left(mp4().size() - 10), false, Kind::None, ""},
+        OpenCase{"mp4_header_only", mp4().left(12), false, Kind::None, ""},
+        OpenCase{"matroska", QByteArray("\x1A\x45\xDF\xA3\x9F\x42\x86\x81\x01", 9) + QByteArray(40, '\0'), true,
+                 Kind::Video, "matroska"},
+        OpenCase{"wave", wave(), true, Kind::Audio, "wave"},
+        OpenCase{"wave_truncated", wave(4000), false, Kind::None, ""},
+        OpenCase{"mp3_id3", QByteArray("ID3\x03\x00\x00\x00\x00\x00\x0a", 10) + QByteArray(64, '\0'), true,
+                 Kind::Audio, "mp3"},
+        OpenCase{"mp3_frame", QByteArray("\xFF\xFB\x90\x64", 4) + QByteArray(400, '\0'), true, Kind::Audio, "mp3"},
+        OpenCase{"ogg", QByteArray("OggS\x00\x02", 6) + QByteArray(58, '\0'), true, Kind::Audio, "ogg"},
+        OpenCase{"flac", QByteArray("fLaC\x00\x00\x00\x22", 8) + QByteArray(34, '\0'), true, Kind::Audio, "flac"},
+        OpenCase{"png", png(33, 17), true, Kind::Image, "png"},
+        OpenCase{"png_truncated", png(64, 64).left(40), false, Kind::None, ""}),
+    [](const ::testing::TestParamInfo<OpenCase>& info) { return std::string(info.param.name); });
+
+TEST(SignatureOpenerTest, MissingPathsAndDirectoriesFailWithCode36)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    for (const QString& path : {QString(), dir.filePath(QStringLiteral("nowhere.mp4")), dir.path()}) {
+        const Media::OpenResult result = Media::SignatureOpener::probe(path);
+        EXPECT_FALSE(result.ok) << path.toStdString();
+        EXPECT_EQ(codesOf(result), std::vector<int>{36}) << path.toStdString();
+    }
+}
+
+TEST(SignatureOpenerTest, ImageReportsItsFrameSize)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString path = dir.filePath(QStringLiteral("still.jpg"));
+    QImage image(40, 30, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    ASSERT_TRUE(image.save(path, "JPG"));
+    const Media::OpenResult result = Media::SignatureOpener::probe(path);
+    ASSERT_TRUE(result.ok);
+    ASSERT_EQ(result.metadata.videos.size(), 1u);
+    EXPECT_EQ(result.metadata.videos.front().width, 40);
+    EXPECT_EQ(result.metadata.videos.front().height, 30);
+    EXPECT_TRUE(result.metadata.videos.front().stillImage);
+}
+
+TEST(SignatureOpenerTest, AnswersComeOnTheGuiThreadFromTheEventLoop)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString good = dir.filePath(QStringLiteral("good.mp4"));
+    ASSERT_TRUE(write(good, mp4()));
+
+    Media::SignatureOpener opener;
+    std::vector<std::pair<bool, QThread*>> answers;
+    bool insideOpen = true;
+    bool answeredInsideOpen = false;
+    for (const QString& path : {good, dir.filePath(QStringLiteral("missing.mp4"))}) {
+        opener.open(Types::String(path), [&](const Media::OpenResult& result) {
+            answeredInsideOpen = answeredInsideOpen || insideOpen;
+            answers.emplace_back(result.ok, QThread::currentThread());
+        });
+    }
+    insideOpen = false;
+    QElapsedTimer timer;
+    timer.start();
+    while (answers.size() < 2 && timer.elapsed() < 10000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+
+    ASSERT_EQ(answers.size(), 2u);
+    EXPECT_FALSE(answeredInsideOpen);
+    int openedCount = 0;
+    for (const auto& answer : answers) {
+        EXPECT_EQ(answer.second, QCoreApplication::instance()->thread());
+        openedCount += answer.first ? 1 : 0;
+    }
+    EXPECT_EQ(openedCount, 1);
+}
+
+TEST(SignatureOpenerTest, DestroyedOpenerDropsAnswersStillDue)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString good = dir.filePath(QStringLiteral("good.png"));
+    ASSERT_TRUE(write(good, png(8, 8)));
+    int answers = 0;
+    {
+        Media::SignatureOpener opener;
+        for (int i = 0; i < 20; ++i)
+            opener.open(Types::String(good), [&answers](const Media::OpenResult&) { ++answers; });
+    }
+    for (int i = 0; i < 20; ++i)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    EXPECT_EQ(answers, 0);
+}

@@ -1,0 +1,180 @@
+#pragma once
+
+// Helpers of the import tests: an opener the test answers by hand, an opener that fails chosen
+// files with chosen codes and opens the rest honestly, a dialog strategy that records the
+// failure question and answers it, and event-loop spinning.
+
+#include <Util/Dialog/Dialog.h>
+#include <Util/Interfaces/EditorModel.h>
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QMap>
+#include <QPointer>
+#include <QTimer>
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace ImportTest {
+
+inline Media::OpenResult opened()
+{
+    Media::OpenResult result;
+    result.ok = true;
+    Media::Video video;
+    video.index = 0;
+    result.metadata.videos.push_back(video);
+    return result;
+}
+
+inline Media::OpenResult failed(std::vector<int> codes)
+{
+    Media::OpenResult result;
+    for (int code : codes)
+        result.errors.push_back(Media::OpenError{code, "chosen by the test"});
+    return result;
+}
+
+// Keeps every open request until the test answers it.
+class ManualOpener : public Media::Opener
+{
+public:
+    void open(const Types::String& path, Done done) override { m_pending.push_back({path.toQString(), std::move(done)}); }
+
+    // Answers the oldest request for `path`; false when there is none.
+    bool answer(const QString& path, const Media::OpenResult& result)
+    {
+        for (auto it = m_pending.begin(); it != m_pending.end(); ++it) {
+            if (it->path == path) {
+                const Done done = std::move(it->done);
+                m_pending.erase(it);
+                done(result);
+                return true;
+            }
+        }
+        return false;
+    }
+    int pendingCount() const { return int(m_pending.size()); }
+
+private:
+    struct Pending
+    {
+        QString path;
+        Done done;
+    };
+    std::deque<Pending> m_pending;
+};
+
+// Opens files with `honest`, except those whose file name is in `failures`, which fail with
+// the codes given for them. Answers come from the event loop.
+class ChoosingOpener : public Media::Opener
+{
+public:
+    ChoosingOpener(std::shared_ptr<Media::Opener> honest, QMap<QString, std::vector<int>> failures)
+        : m_honest(std::move(honest)), m_failures(std::move(failures))
+    {
+    }
+    void open(const Types::String& path, Done done) override
+    {
+        const QString name = QFileInfo(path.toQString()).fileName();
+        if (!m_failures.contains(name)) {
+            m_honest->open(path, std::move(done));
+            return;
+        }
+        const Media::OpenResult result = failed(m_failures.value(name));
+        QTimer::singleShot(0, &m_context, [done = std::move(done), result] { done(result); });
+    }
+
+private:
+    std::shared_ptr<Media::Opener> m_honest;
+    QMap<QString, std::vector<int>> m_failures;
+    QObject m_context;
+};
+
+// Records each failure question and answers "Remove" (true) or "Keep" (false). Everything else
+// is answered as the silent strategy does.
+class RecordingStrategy : public Dialog::IDialogStrategy
+{
+public:
+    struct Question
+    {
+        bool allowKeep;
+        QString message;
+    };
+
+    bool remove = false;
+    std::vector<Question> questions;
+    // Runs inside the question, before it is answered (to spin the event loop, for one).
+    std::function<void()> whileAsking;
+
+private:
+    bool alertModifiedProject(bool& save) override
+    {
+        save = false;
+        return true;
+    }
+    bool alertOverwrite(const QString&) override { return true; }
+    bool alertOverwriteFolder(const QString&) override { return true; }
+    bool alertRestoreSession() override { return false; }
+    void showFileInfo(const Media::File*) override {}
+    void showWarning(const QString&, const QString&) override {}
+    Dialog::MissingFileAction alertMissingFile(const QString&, const QString&) override { return Dialog::Skip; }
+    bool showHasFailedFiles(bool allowKeep, const QString& message) override
+    {
+        questions.push_back({allowKeep, message});
+        if (whileAsking)
+            whileAsking();
+        return remove;
+    }
+    void showCriticalError(const QApplication&, const QString&) override {}
+    bool alertAction(const QString&, const QString&, const QString&, const QString&) override { return false; }
+    QString showValidationInputDialog(const QString&, const QString&, const QString&, Dialog::Validator) override
+    {
+        return {};
+    }
+    void showMessageAlert(const QString&, const QString&, const QString&) override {}
+};
+
+// Installs a recording strategy for the lifetime of the object, then the silent one.
+class StrategyScope
+{
+public:
+    StrategyScope() : strategy(std::make_shared<RecordingStrategy>()) { Dialog::setStrategy(strategy); }
+    ~StrategyScope() { Dialog::initialize(false); }
+    StrategyScope(const StrategyScope&) = delete;
+    StrategyScope& operator=(const StrategyScope&) = delete;
+
+    RecordingStrategy* operator->() const { return strategy.get(); }
+    std::shared_ptr<RecordingStrategy> strategy;
+};
+
+// Runs the event loop until `done` holds or about ten seconds have passed (files opened on
+// worker threads answer from the event loop).
+template <class Pred>
+bool spinUntil(Pred done, int maxMilliseconds = 10000)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!done()) {
+        if (timer.elapsed() > maxMilliseconds)
+            return false;
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    }
+    return true;
+}
+
+// Lets posted events and zero-interval timers of the next few turns run.
+inline void spinTurns(int turns = 10)
+{
+    for (int i = 0; i < turns; ++i) {
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents(QEventLoop::AllEvents);
+    }
+}
+
+} // namespace ImportTest

@@ -1,0 +1,232 @@
+#include <Util/Import/MimeUtils.h>
+
+#include "TestSupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QMimeData>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+QString touch(const QTemporaryDir& dir, const QString& name, const QByteArray& content = QByteArray("x"))
+{
+    const QString path = dir.filePath(name);
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return {};
+    file.write(content);
+    return path;
+}
+
+class MimeUtilsTest : public ::testing::Test
+{
+protected:
+    void SetUp() override { ASSERT_TRUE(dir.isValid()); }
+    QTemporaryDir dir;
+};
+
+} // namespace
+
+TEST_F(MimeUtilsTest, FormatsHaveTheirFixedNames)
+{
+    EXPECT_EQ(MimeUtils::dragAsrcFormat(), QStringLiteral("application/x-dragAndDropAsrc"));
+    EXPECT_EQ(MimeUtils::filesUrlsFormat(), QStringLiteral("application/x-filesUrls"));
+    EXPECT_EQ(MimeUtils::overlaySuffixes(), QSet<QString>{QStringLiteral("svg")});
+}
+
+TEST_F(MimeUtilsTest, DragOriginRoundTripsAsUtf8)
+{
+    QMimeData data;
+    EXPECT_TRUE(MimeUtils::mimeDragAsrc(&data).isEmpty());
+
+    const QString origin = QStringLiteral("media-library/Clips \u00e9\u00e8 \u65e5\u672c");
+    MimeUtils::setMimeDragAsrc(&data, origin);
+    EXPECT_EQ(data.data(QStringLiteral("application/x-dragAndDropAsrc")), origin.toUtf8());
+    EXPECT_EQ(MimeUtils::mimeDragAsrc(&data), origin);
+    EXPECT_FALSE(MimeUtils::hasUrls(&data));
+}
+
+TEST_F(MimeUtilsTest, PackFilesStoresLocalUrlsInOrder)
+{
+    QMimeData data;
+    const QStringList paths{dir.filePath(QStringLiteral("b.mp4")), dir.filePath(QStringLiteral("a b.mov"))};
+    MimeUtils::packFiles(&data, paths);
+    ASSERT_TRUE(MimeUtils::hasUrls(&data));
+    const QList<QUrl> urls = data.urls();
+    ASSERT_EQ(urls.size(), 2);
+    EXPECT_EQ(urls[0].toLocalFile(), paths[0]);
+    EXPECT_EQ(urls[1].toLocalFile(), paths[1]);
+    EXPECT_EQ(MimeUtils::urls(paths), urls);
+}
+
+TEST_F(MimeUtilsTest, NullDataIsRefusedWithoutCrash)
+{
+    EXPECT_FALSE(MimeUtils::hasUrls(nullptr));
+    EXPECT_TRUE(MimeUtils::mimeDragAsrc(nullptr).isEmpty());
+    EXPECT_TRUE(MimeUtils::extractFiles(nullptr, {QStringLiteral("mp4")}).isEmpty());
+    EXPECT_FALSE(MimeUtils::isMimeDataContainsSupportedFile(nullptr, {QStringLiteral("mp4")}, true));
+}
+
+struct SuffixCase
+{
+    const char* name;
+    const char* fileName;
+    const char* suffix;
+    bool expected;
+};
+
+class SuffixMatchTest : public ::testing::TestWithParam<SuffixCase>
+{
+};
+
+TEST_P(SuffixMatchTest, MatchesLowerCasedSuffixExactly)
+{
+    const SuffixCase c = GetParam();
+    QTemporaryDir dir;
+    const QString path = touch(dir, QString::fromUtf8(c.fileName));
+    const QSet<QString> set{QString::fromUtf8(c.suffix)};
+    EXPECT_EQ(MimeUtils::isUrlListContainsSupportedFile({QUrl::fromLocalFile(path)}, set, false), c.expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Suffixes, SuffixMatchTest,
+    ::testing::Values(SuffixCase{"lower_file_lower_set", "clip.mp4", "mp4", true},
+                      SuffixCase{"upper_file_lower_set", "CLIP.MP4", "mp4", true},
+                      SuffixCase{"upper_file_upper_set", "CLIP.MP4", "MP4", false},
+                      SuffixCase{"set_with_dot", "clip.mp4", ".mp4", false},
+                      SuffixCase{"last_dot_only", "archive.mp4.gz", "mp4", false},
+                      SuffixCase{"no_suffix", "README", "mp4", false}),
+    [](const ::testing::TestParamInfo<SuffixCase>& info) { return std::string(info.param.name); });
+
+TEST_F(MimeUtilsTest, DirectoriesCountOnlyWhenAccepted)
+{
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(dir.path())});
+    const QSet<QString> set{QStringLiteral("mp4")};
+    EXPECT_FALSE(MimeUtils::isMimeDataContainsSupportedFile(&data, set, false));
+    EXPECT_TRUE(MimeUtils::isMimeDataContainsSupportedFile(&data, set, true));
+}
+
+TEST_F(MimeUtilsTest, NonLocalUrlsMatchNothing)
+{
+    QMimeData data;
+    data.setUrls({QUrl(QStringLiteral("https://example.org/clip.mp4"))});
+    EXPECT_FALSE(MimeUtils::isMimeDataContainsSupportedFile(&data, {QStringLiteral("mp4")}, true));
+    EXPECT_TRUE(MimeUtils::extractFiles(&data, {QStringLiteral("mp4")}).isEmpty());
+}
+
+TEST_F(MimeUtilsTest, ExtractFilesKeepsUrlOrderAndAbsolutePaths)
+{
+    const QString a = touch(dir, QStringLiteral("z.dscproj"));
+    const QString b = touch(dir, QStringLiteral("clip.mp4"));
+    const QString c = touch(dir, QStringLiteral("A.DSCPROJ"));
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(a), QUrl::fromLocalFile(b), QUrl::fromLocalFile(dir.path()),
+                  QUrl::fromLocalFile(c)});
+    EXPECT_EQ(MimeUtils::extractFiles(&data, {QStringLiteral("dscproj")}), (QStringList{a, c}));
+    EXPECT_EQ(MimeUtils::extractFiles(&data, {QStringLiteral("mp4"), QStringLiteral("dscproj")}),
+              (QStringList{a, b, c}));
+}
+
+TEST_F(MimeUtilsTest, ProjectAndPackageDropsAreRecognisedBySettingsSuffixes)
+{
+    const QString project = touch(dir, QStringLiteral("Holiday.DSCPROJ"));
+    const QString package = touch(dir, QStringLiteral("holiday.dscpack"));
+    const QString video = touch(dir, QStringLiteral("clip.mp4"));
+
+    QMimeData projectDrop;
+    projectDrop.setUrls({QUrl::fromLocalFile(video), QUrl::fromLocalFile(project)});
+    EXPECT_TRUE(MimeUtils::isMimeDataContainsProjectFiles(&projectDrop));
+    EXPECT_FALSE(MimeUtils::isMimeDataContainsPackageFiles(&projectDrop));
+    EXPECT_EQ(MimeUtils::extractProjectFiles(&projectDrop), QStringList{project});
+
+    QMimeData packageDrop;
+    packageDrop.setUrls({QUrl::fromLocalFile(package)});
+    EXPECT_TRUE(MimeUtils::isMimeDataContainsPackageFiles(&packageDrop));
+    EXPECT_FALSE(MimeUtils::isMimeDataContainsProjectFiles(&packageDrop));
+    EXPECT_TRUE(MimeUtils::extractProjectFiles(&packageDrop).isEmpty());
+
+    QMimeData folderDrop;
+    folderDrop.setUrls({QUrl::fromLocalFile(dir.path())});
+    EXPECT_FALSE(MimeUtils::isMimeDataContainsProjectFiles(&folderDrop)) << "directories are not projects";
+    EXPECT_FALSE(MimeUtils::isMimeDataContainsPackageFiles(&folderDrop));
+}
+
+TEST_F(MimeUtilsTest, DroppedSvgBecomesOneTaggedPresetHoldingTheFile)
+{
+    const QByteArray svg("<svg xmlns=\"http://www.w3.org/2000/svg\"><circle r=\"4\"/></svg>\n");
+    const QString star = touch(dir, QStringLiteral("Star.SVG"), svg);
+    const QString photo = touch(dir, QStringLiteral("photo.png"));
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(photo), QUrl::fromLocalFile(star)});
+    EXPECT_FALSE(MimeUtils::isOverlayPresetCompatible(&data));
+
+    const auto presets = MimeUtils::makeOverlayPresetList(&data);
+    ASSERT_EQ(presets.size(), 1u);
+    EXPECT_EQ(presets[0]->tag(), "DroppedSVG");
+    ASSERT_EQ(presets[0]->items().size(), 1u);
+    EXPECT_EQ(presets[0]->items()[0].text(), svg.toStdString());
+}
+
+TEST_F(MimeUtilsTest, UnreadableOrHugeSvgIsSkippedWithALogLine)
+{
+    const QString huge = dir.filePath(QStringLiteral("huge.svg"));
+    {
+        QFile file(huge);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_TRUE(file.resize(MimeUtils::maxDroppedSvgBytes + 1)); // sparse: nothing is written
+    }
+    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("folder.svg")));
+    const QString fine = touch(dir, QStringLiteral("fine.svg"), QByteArray("<svg/>"));
+
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(huge), QUrl::fromLocalFile(dir.filePath(QStringLiteral("folder.svg"))),
+                  QUrl::fromLocalFile(dir.filePath(QStringLiteral("gone.svg"))), QUrl::fromLocalFile(fine)});
+    TestSupport::LogCapture log;
+    const auto presets = MimeUtils::makeOverlayPresetList(&data);
+    ASSERT_EQ(presets.size(), 1u);
+    EXPECT_EQ(presets[0]->items()[0].text(), "<svg/>");
+    EXPECT_EQ(log.errors().size(), 3u);
+    EXPECT_TRUE(log.containsError("more than the"));
+    EXPECT_TRUE(log.containsError("cannot read dropped file"));
+}
+
+TEST_F(MimeUtilsTest, SerializedPresetsRoundTripAndComeBeforeFiles)
+{
+    Overlay::Preset title;
+    title.name = "Lower third";
+    title.setTag("Titles");
+    title.appendItem(Overlay::Item().setText("Name").setTransform(Types::Transform(1, 0, 0, 0, 1, 0, 20, 30, 1)));
+    title.appendItem(Overlay::Item().setText("Role"));
+    Overlay::Preset callout;
+    callout.setTag("Callouts");
+
+    QMimeData data;
+    MimeUtils::packOverlayPresets(&data, {&title, &callout});
+    data.setUrls({QUrl::fromLocalFile(touch(dir, QStringLiteral("ignored.svg")))});
+    ASSERT_TRUE(MimeUtils::isOverlayPresetCompatible(&data));
+
+    const auto presets = MimeUtils::makeOverlayPresetList(&data);
+    ASSERT_EQ(presets.size(), 2u);
+    EXPECT_EQ(presets[0]->name, title.name);
+    EXPECT_EQ(presets[0]->tag(), "Titles");
+    ASSERT_EQ(presets[0]->items().size(), 2u);
+    EXPECT_EQ(presets[0]->items()[0].text(), "Name");
+    EXPECT_EQ(presets[0]->items()[0].transform(), Types::Transform(1, 0, 0, 0, 1, 0, 20, 30, 1));
+    EXPECT_EQ(presets[0]->items()[1].transform(), Types::Transform());
+    EXPECT_EQ(presets[1]->tag(), "Callouts");
+    EXPECT_TRUE(presets[1]->items().empty());
+}
+
+TEST_F(MimeUtilsTest, MalformedSerializedPresetsGiveNothing)
+{
+    QMimeData data;
+    data.setData(Overlay::Preset::mimeType->toQString(), QByteArray("{\"format\":\"overlay-presets\",\"version\":1,"));
+    data.setUrls({QUrl::fromLocalFile(touch(dir, QStringLiteral("fallback.svg")))});
+    TestSupport::LogCapture log;
+    EXPECT_TRUE(MimeUtils::makeOverlayPresetList(&data).empty()) << "malformed data is not replaced by the files";
+    EXPECT_TRUE(log.containsError("readOverlayPresets"));
+}

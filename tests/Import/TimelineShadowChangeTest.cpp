@@ -1,0 +1,222 @@
+#include "ImportTestSupport.h"
+#include "TestSupport.h"
+
+#include <Util/Import/TimelineShadowChange.h>
+
+#include <QSignalSpy>
+
+#include <gtest/gtest.h>
+
+using namespace ImportTest;
+
+namespace {
+
+constexpr Types::Time second = Types::TimeUnitsPerSecond;
+
+class TrackedPreset : public Overlay::Preset
+{
+public:
+    explicit TrackedPreset(bool* destroyed) : m_destroyed(destroyed) {}
+    ~TrackedPreset() override { *m_destroyed = true; }
+
+private:
+    bool* m_destroyed;
+};
+
+class TimelineShadowChangeTest : public ::testing::Test
+{
+protected:
+    TimelineShadowChangeTest()
+    {
+        Model::installDefaultServices(host);
+        source = host.addTimeline("Source");
+        first = host.addClip(Timeline::Clip(Timeline::Clip::Color).setName("First"));
+        auto edit = host.edit(source);
+        edit->addClip(first, {source->primaryTrack(), 0, 4 * second});
+    }
+
+    Model::Host host;
+    StrategyScope dialog;
+    const Timeline::Object* source = nullptr;
+    const Timeline::Clip* first = nullptr;
+};
+
+} // namespace
+
+TEST_F(TimelineShadowChangeTest, ShadowIsADeepCopyAndTheSourceIsNeverTouched)
+{
+    TimelineShadowChange change(source, Timeline::Object::Project);
+    const Timeline::Object* shadow = change.shadowTimeline();
+    EXPECT_EQ(change.sourceTimeline(), source);
+    ASSERT_NE(shadow, source);
+    ASSERT_EQ(shadow->clips().size(), 1u);
+    const Timeline::Clip* copy = shadow->clips().front();
+    EXPECT_NE(copy, first);
+    EXPECT_EQ(copy->name(), first->name());
+    EXPECT_EQ(shadow->clipTiming(copy), source->clipTiming(first));
+
+    change.addQuiz(std::make_unique<Quiz::Preset>());
+    spinTurns();
+    EXPECT_EQ(shadow->clips().size(), 2u);
+    EXPECT_EQ(source->clips(), std::vector<const Timeline::Clip*>{first});
+}
+
+TEST_F(TimelineShadowChangeTest, QuizAloneGivesExactlyOneReadyInTheNextTurn)
+{
+    TimelineShadowChange change(source, Timeline::Object::Project);
+    QSignalSpy ready(&change, &TimelineShadowChange::shadowReady);
+    change.addQuiz(std::make_unique<Quiz::Preset>());
+    EXPECT_EQ(ready.count(), 0) << "readiness comes from the event loop";
+    const auto quizzes = change.shadowTimeline()->clipsByType(Timeline::Clip::Quiz);
+    ASSERT_EQ(quizzes.size(), 1u) << "the request is served at once";
+    EXPECT_EQ(change.shadowTimeline()->clipTiming(*quizzes.begin()).position, 4 * second) << "(-1, 0) appends";
+    spinTurns();
+    EXPECT_EQ(ready.count(), 1);
+}
+
+TEST_F(TimelineShadowChangeTest, OverlayThenFilesWaitsForTheFiles)
+{
+    auto opener = std::make_shared<ManualOpener>();
+    host.setOpener(opener);
+    const QString clip = QStringLiteral("/media/clip.mp4");
+
+    TimelineShadowChange change(source, Timeline::Object::Project);
+    QSignalSpy ready(&change, &TimelineShadowChange::shadowReady);
+    auto preset = std::make_unique<Overlay::Preset>();
+    preset->name = "Hello";
+    change.addOverlay(std::move(preset));
+    change.addFiles({clip}, FileAdder::DragAndDrop);
+    EXPECT_TRUE(change.filesPending());
+    spinTurns();
+    EXPECT_EQ(ready.count(), 0) << "the overlay's check finds files pending";
+
+    ASSERT_TRUE(opener->answer(clip, opened()));
+    spinTurns();
+    EXPECT_EQ(ready.count(), 1);
+    EXPECT_FALSE(change.filesPending());
+
+    const Timeline::Object* shadow = change.shadowTimeline();
+    const auto titles = shadow->clipsByType(Timeline::Clip::Title);
+    ASSERT_EQ(titles.size(), 1u);
+    const Timeline::Clip* title = *titles.begin();
+    EXPECT_EQ(title->name(), Types::String("Hello"));
+    EXPECT_EQ(shadow->clipTiming(title).track, shadow->titleTrack());
+    ASSERT_TRUE(shadow->isSlave(title));
+    EXPECT_EQ(shadow->masterOf(title)->name(), first->name()) << "placed over the first clip of the primary track";
+    EXPECT_EQ(shadow->clipsByType(Timeline::Clip::Video).size(), 1u);
+}
+
+TEST_F(TimelineShadowChangeTest, IntroGoesFirstAndMovesThePrimaryTrack)
+{
+    TimelineShadowChange change(source, Timeline::Object::Project);
+    QSignalSpy ready(&change, &TimelineShadowChange::shadowReady);
+    change.addIntro("My holiday", "Summer 2026");
+    spinTurns();
+    EXPECT_EQ(ready.count(), 1);
+    const Timeline::Object* shadow = change.shadowTimeline();
+    const auto primary = shadow->clipsOnTrack(shadow->primaryTrack());
+    ASSERT_EQ(primary.size(), 2u);
+    EXPECT_EQ(primary[0]->type(), Timeline::Clip::Nested);
+    EXPECT_EQ(shadow->clipTiming(primary[1]).position, Timeline::Clip::DEFAULT_TITLE_CLIP_DURATION);
+    const auto* intro = dynamic_cast<const Timeline::Object*>(primary[0]->nestedTimeline());
+    ASSERT_NE(intro, nullptr);
+    ASSERT_EQ(intro->clips().size(), 1u);
+    const Overlay::Preset* texts = intro->clips().front()->overlay();
+    ASSERT_NE(texts, nullptr);
+    ASSERT_EQ(texts->items().size(), 2u);
+    EXPECT_EQ(texts->items()[0].text(), "My holiday");
+    EXPECT_EQ(texts->items()[1].text(), "Summer 2026");
+}
+
+TEST_F(TimelineShadowChangeTest, UnservedRequestsStillGiveReadinessAndFreeThePreset)
+{
+    host.setTimelineRequestHandler(nullptr);
+    TimelineShadowChange change(source, Timeline::Object::Project);
+    QSignalSpy ready(&change, &TimelineShadowChange::shadowReady);
+    bool destroyed = false;
+    change.addOverlay(std::make_unique<TrackedPreset>(&destroyed));
+    EXPECT_TRUE(destroyed) << "a preset nobody took dies on return";
+    TestSupport::LogCapture log;
+    change.addImport("/nowhere/clip.mp4");
+    EXPECT_TRUE(log.containsError("no file was added"));
+    EXPECT_FALSE(change.filesPending());
+    spinTurns();
+    EXPECT_EQ(ready.count(), 1) << "both checks fall in one turn";
+    EXPECT_EQ(change.shadowTimeline()->clips().size(), 1u);
+}
+
+TEST_F(TimelineShadowChangeTest, FailingImportDoesNotBlockReadiness)
+{
+    TimelineShadowChange change(source, Timeline::Object::Project);
+    QSignalSpy ready(&change, &TimelineShadowChange::shadowReady);
+    change.addImport("/nowhere/clip.mp4");
+    EXPECT_TRUE(change.filesPending());
+    ASSERT_TRUE(spinUntil([&] { return ready.count() > 0; }));
+    spinTurns();
+    EXPECT_EQ(ready.count(), 1);
+    const auto videos = change.shadowTimeline()->clipsByType(Timeline::Clip::Video);
+    ASSERT_EQ(videos.size(), 1u);
+    EXPECT_TRUE((*videos.begin())->file()->isFailed());
+}
+
+TEST_F(TimelineShadowChangeTest, CopiesNobodyMergedGoWithTheChange)
+{
+    const Timeline::Clip* copy = nullptr;
+    {
+        TimelineShadowChange change(source, Timeline::Object::Project);
+        copy = change.shadowTimeline()->clips().front();
+        EXPECT_TRUE(host.owns(copy)) << "copies are records of the model";
+    }
+    EXPECT_FALSE(host.owns(copy));
+    EXPECT_TRUE(host.owns(first));
+}
+
+struct NameCase
+{
+    const char* name;
+    const char* oldName;
+    const char* expected;
+};
+
+class ReplaceNestedNameTest : public ::testing::TestWithParam<NameCase>
+{
+};
+
+TEST_P(ReplaceNestedNameTest, MarksTheNameOnce)
+{
+    Model::Host host;
+    const Timeline::Object* nested = host.addTimeline("Nested");
+    const Timeline::Object* empty = host.addTimeline("Empty replacement");
+    const Timeline::Object* container = host.addTimeline("Container");
+    const Timeline::Clip* clip =
+        host.addClip(Timeline::Clip(Timeline::Clip::Nested).setNestedTimeline(nested).setName(GetParam().oldName));
+    host.edit(container)->addClip(clip, {container->primaryTrack(), 7 * second, 2 * second});
+
+    ASSERT_EQ(replaceNestedTimeline(container, nested, empty), 1);
+    ASSERT_EQ(container->clips().size(), 1u);
+    const Timeline::Clip* replaced = container->clips().front();
+    EXPECT_EQ(replaced->name().str(), GetParam().expected);
+    EXPECT_EQ(container->clipTiming(replaced).position, 7 * second);
+    EXPECT_EQ(container->clipTiming(replaced).length, Timeline::Clip::DEFAULT_TITLE_CLIP_DURATION)
+        << "an empty replacement lasts as long as a title";
+}
+
+INSTANTIATE_TEST_SUITE_P(Names, ReplaceNestedNameTest,
+                         ::testing::Values(NameCase{"plain", "Scene", "* Scene"},
+                                           NameCase{"already_marked", "*Scene", "*Scene"},
+                                           NameCase{"marked_with_space", "* Scene", "* Scene"},
+                                           NameCase{"empty", "", "* "},
+                                           NameCase{"inner_asterisk", "Scene*", "* Scene*"}),
+                         [](const ::testing::TestParamInfo<NameCase>& info) { return std::string(info.param.name); });
+
+TEST(ReplaceNestedTimelineTest, RefusesMissingTimelines)
+{
+    Model::Host host;
+    const Timeline::Object* timeline = host.addTimeline();
+    TestSupport::LogCapture log;
+    EXPECT_EQ(replaceNestedTimeline(nullptr, timeline, timeline), 0);
+    EXPECT_EQ(replaceNestedTimeline(timeline, nullptr, timeline), 0);
+    EXPECT_EQ(replaceNestedTimeline(timeline, timeline, nullptr), 0);
+    EXPECT_TRUE(log.containsError("replaceNestedTimeline"));
+    EXPECT_EQ(replaceNestedTimeline(timeline, host.addTimeline(), host.addTimeline()), 0) << "nothing shows it";
+}
