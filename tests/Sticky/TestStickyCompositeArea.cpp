@@ -1,5 +1,7 @@
 #include "StickyTestSupport.h"
 
+#include <TestSupport.h>
+
 #include <Util/Sticky/StickyCompositeArea.h>
 #include <Util/Sticky/StickyFreeLine.h>
 #include <Util/Sticky/StickyGrid.h>
@@ -238,6 +240,38 @@ TEST_F(StickyCompositeAreaTest, ADestroyedSubAreaLeavesItsSlot)
     EXPECT_EQ(composite.findStickyPoint(QPointF(0, 50), nullptr).index, 0);
     QGraphicsRectItem* a = drop(QPointF(10, 60));
     EXPECT_TRUE(freeLine.contains(a));
+}
+
+TEST_F(StickyCompositeAreaTest, AnAreaThatWouldHoldItselfIsRefused)
+{
+    TestSupport::LogCapture log;
+    composite.addStickySlot(&composite, nullptr);
+    EXPECT_TRUE(log.containsError("StickyCompositeArea::addStickySlot"));
+
+    // Through a nested composite as well.
+    StickyCompositeArea outer;
+    outer.addStickySlot(&composite, nullptr);
+    log.clear();
+    composite.addStickySlot(&outer, nullptr);
+    EXPECT_TRUE(log.containsError("StickyCompositeArea::addStickySlot"));
+
+    QGraphicsRectItem* item = addItem(10);
+    EXPECT_TRUE(composite.isAcceptable({item}));
+    EXPECT_POINT(composite.findStickyPoint(QPointF(40, 90), item), &composite, 40, 100, 0, 1);
+    EXPECT_POINT(outer.findStickyPoint(QPointF(40, 90), item), &outer, 40, 100, 0, 0);
+    composite.insertItem(composite.findStickyPoint(QPointF(40, 90), item), item, false);
+    composite.updateLayout(nullptr);
+    EXPECT_TRUE(freeLine.contains(item));
+    EXPECT_EQ(composite.rootOf(item), freeRoot);
+    EXPECT_EQ(countSpy->count(), 1);
+    EXPECT_EQ(freeSpy->count(), 1);
+    EXPECT_EQ(magneticSpy->count(), 0);
+
+    // Slot numbers are unchanged by the refusals: the next one is 3.
+    StickyFreeLine extra;
+    extra.setOrigin(QPointF(0, 1000));
+    composite.addStickySlot(&extra, nullptr);
+    EXPECT_EQ(composite.findStickyPoint(QPointF(0, 990), nullptr).index, 3);
 }
 
 } // namespace
