@@ -242,6 +242,32 @@ TEST_F(StickyCompositeAreaTest, ADestroyedSubAreaLeavesItsSlot)
     EXPECT_TRUE(freeLine.contains(a));
 }
 
+TEST_F(StickyCompositeAreaTest, UnknownSlotNumbersAndNullItemsChangeNothing)
+{
+    QGraphicsRectItem* a = drop(QPointF(35, 95));
+    countSpy->clear();
+    freeSpy->clear();
+    for (int slot : {-1, 3, 99}) {
+        QGraphicsRectItem* item = addItem(10, 10, 5, 6);
+        composite.insertItem(StickyArea::StickyPoint(&composite, QPointF(5, 6), 0, slot), item, false);
+        EXPECT_FALSE(composite.contains(item)) << slot;
+        EXPECT_EQ(item->pos(), QPointF(5, 6)) << slot;
+        EXPECT_EQ(composite.itemAt(StickyArea::StickyPoint(&composite, QPointF(35, 100), 0, slot)), nullptr);
+    }
+    EXPECT_EQ(countSpy->count(), 3) << "insertItem signals also when no slot takes the item";
+    EXPECT_EQ(composite.count(), 1u);
+    EXPECT_EQ(freeSpy->count(), 0);
+    EXPECT_EQ(magneticSpy->count(), 0);
+
+    EXPECT_POINT(composite.itemPoint(nullptr), &composite, 0, 0, 0, 0);
+    EXPECT_EQ(composite.rootOf(nullptr), nullptr);
+    EXPECT_TRUE(composite.isAcceptable({nullptr})) << "every slot is asked, as for a drop without an item";
+    composite.addStickySlot(nullptr, nullptr);
+    composite.removeStickySlot(nullptr);
+    EXPECT_EQ(composite.findStickyPoint(QPointF(35, 95), a).index, 1);
+    EXPECT_EQ(composite.itemAt(StickyArea::StickyPoint(&composite, QPointF(30, 100), 0, 1)), a);
+}
+
 TEST_F(StickyCompositeAreaTest, AnAreaThatWouldHoldItselfIsRefused)
 {
     TestSupport::LogCapture log;
