@@ -1,5 +1,5 @@
-// The magnetic line answers drops from a sorted vector of edges, searched in halves; the
-// reference builds an ordered set of edges for every query. They must agree on every drop.
+// The magnetic line answers drops from cached, binary-searched edges; the reference builds an
+// ordered set of edges for every query. They must agree on every drop.
 #include "ReferenceMagneticLine.h"
 #include "StickyTestSupport.h"
 

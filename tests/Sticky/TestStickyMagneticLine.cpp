@@ -5,7 +5,6 @@
 #include <Util/Sticky/StickyFreeLine.h>
 #include <Util/Sticky/StickyMagneticLine.h>
 
-#include <QHash>
 #include <QSignalSpy>
 
 namespace {
@@ -279,46 +278,6 @@ TEST_F(StickyMagneticLineTest, EdgesFollowSizeAndOriginChanges)
     // The origin is read even before the next layout.
     EXPECT_POINT(line.findStickyPoint(QPointF(1035, 0), nullptr), &line, 1030, 5, 0, 1);
     line.unlockUpdate();
-}
-
-// A line whose durations come from outside the items, as a clip's length would.
-class TimedLine : public StickyMagneticLine
-{
-public:
-    QHash<QGraphicsItem*, double> durations;
-
-protected:
-    double itemDuration(QGraphicsItem* item) const override { return durations.value(item); }
-};
-
-TEST_F(StickyMagneticLineTest, DropsMeasureTheCurrentDurationsWithoutALayout)
-{
-    // Widths 10 and 20: edges 0, 10, 30.
-    QGraphicsRectItem* a = append(10);
-    append(20);
-    EXPECT_POINT(line.findStickyPoint(QPointF(25, 0), nullptr), &line, 10, 0, 0, 1);
-
-    // Inside a locked batch the first item grows to 30: edges 0, 30, 50 before any layout.
-    line.lockUpdate();
-    a->setRect(0, 0, 30, 10);
-    EXPECT_POINT(line.findStickyPoint(QPointF(25, 0), nullptr), &line, 0, 0, 0, 0);
-    EXPECT_POINT(line.findStickyPoint(QPointF(45, 0), nullptr), &line, 30, 0, 0, 1);
-    line.unlockUpdate();
-    EXPECT_EQ(countSpy->count(), 2);
-    EXPECT_EQ(heightSpy->count(), 1) << "asking signals nothing";
-
-    TimedLine timed;
-    QGraphicsRectItem* x = addItem(5);
-    QGraphicsRectItem* y = addItem(5);
-    timed.durations = {{x, 100.0}, {y, 50.0}};
-    timed.insertItem(StickyArea::StickyPoint(&timed), x, false);
-    timed.insertItem(StickyArea::StickyPoint(&timed), y, false);
-    timed.updateLayout(nullptr);
-    EXPECT_POINT(timed.findStickyPoint(QPointF(120, 0), nullptr), &timed, 100, 0, 0, 1);
-    timed.durations[x] = 130.0; // trimmed elsewhere: no layout yet
-    EXPECT_POINT(timed.findStickyPoint(QPointF(120, 0), nullptr), &timed, 0, 0, 0, 0);
-    EXPECT_POINT(timed.findStickyPoint(QPointF(200, 0), nullptr), &timed, 180, 0, 0, 2);
-    EXPECT_EQ(y->pos(), QPointF(100, 0)) << "asking moves nothing";
 }
 
 } // namespace

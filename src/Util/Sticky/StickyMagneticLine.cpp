@@ -119,6 +119,7 @@ void StickyMagneticLine::insertItemInternal(const StickyPoint& point, QGraphicsI
         m_items.append(item);
     else
         m_items.insert(point.index, item);
+    m_edgesValid = false;
 }
 
 void StickyMagneticLine::moveItemInternal(const StickyPoint& point, QGraphicsItem* item)
@@ -130,9 +131,14 @@ void StickyMagneticLine::moveItemInternal(const StickyPoint& point, QGraphicsIte
     }
     const int to = qBound(0, point.index, m_items.size() - 1);
     m_items.move(from, to);
+    m_edgesValid = false;
 }
 
-void StickyMagneticLine::removeItemInternal(QGraphicsItem* item) { m_items.removeAll(item); }
+void StickyMagneticLine::removeItemInternal(QGraphicsItem* item)
+{
+    if (m_items.removeAll(item) > 0)
+        m_edgesValid = false;
+}
 
 void StickyMagneticLine::updateLayoutInner(QGraphicsItem*)
 {
@@ -142,16 +148,18 @@ void StickyMagneticLine::updateLayoutInner(QGraphicsItem*)
         item->setPos(x, y);
         x += itemDuration(item);
     }
+    m_edgesValid = false;
 }
 
 double StickyMagneticLine::itemDuration(QGraphicsItem* item) const { return item->boundingRect().width(); }
 
 // The running right ends of the non-placeholder items, after the origin, sorted and with
-// equal values collapsed. Measured afresh for every drop: a duration may have changed since
-// the last layout (a trimmed clip inside a locked batch, a duration kept outside the item).
+// equal values collapsed.
 const std::vector<double>& StickyMagneticLine::edges()
 {
     const double originX = origin().x();
+    if (m_edgesValid && m_edgesOriginX == originX)
+        return m_edges;
     const QSet<QGraphicsItem*>& skipped = placeholders();
     m_edges.clear();
     m_edges.reserve(static_cast<size_t>(m_items.size()) + 1);
@@ -171,5 +179,7 @@ const std::vector<double>& StickyMagneticLine::edges()
     m_edges.erase(std::unique(m_edges.begin(), m_edges.end(),
                               [](double a, double b) { return !(a < b) && !(b < a); }),
                   m_edges.end());
+    m_edgesOriginX = originX;
+    m_edgesValid = true;
     return m_edges;
 }

@@ -6,8 +6,11 @@
 
 // Items packed edge to edge along one line, in list order, from the origin: there are never
 // gaps, so a drop chooses a slot between two items (an edge), not a free x. The list keeps the
-// order of insertions and moves; updateLayout re-packs the whole line. A drop measures the
-// items' current durations, also when the line has not been laid out since they changed.
+// order of insertions and moves; updateLayout re-packs the whole line.
+//
+// The edges a drop chooses from are cached and rebuilt on the first query after the line
+// changed (insert, move, remove, layout, origin). A change of an item's width is therefore
+// seen by drops after the next updateLayout, which callers run after every change anyway.
 class EDITORUTIL_EXPORT StickyMagneticLine : public StickyArea
 {
     Q_OBJECT
@@ -50,5 +53,7 @@ private:
     const std::vector<double>& edges();
 
     QList<QGraphicsItem*> m_items;
-    std::vector<double> m_edges; // sorted, distinct; a buffer reused by every drop
+    std::vector<double> m_edges; // sorted, distinct
+    double m_edgesOriginX = 0.0;
+    bool m_edgesValid = false;
 };
