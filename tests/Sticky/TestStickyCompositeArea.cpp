@@ -1,5 +1,7 @@
 #include "StickyTestSupport.h"
 
+#include <TestSupport.h>
+
 #include <Util/Sticky/StickyCompositeArea.h>
 #include <Util/Sticky/StickyFreeLine.h>
 #include <Util/Sticky/StickyGrid.h>
@@ -238,6 +240,64 @@ TEST_F(StickyCompositeAreaTest, ADestroyedSubAreaLeavesItsSlot)
     EXPECT_EQ(composite.findStickyPoint(QPointF(0, 50), nullptr).index, 0);
     QGraphicsRectItem* a = drop(QPointF(10, 60));
     EXPECT_TRUE(freeLine.contains(a));
+}
+
+TEST_F(StickyCompositeAreaTest, UnknownSlotNumbersAndNullItemsChangeNothing)
+{
+    QGraphicsRectItem* a = drop(QPointF(35, 95));
+    countSpy->clear();
+    freeSpy->clear();
+    for (int slot : {-1, 3, 99}) {
+        QGraphicsRectItem* item = addItem(10, 10, 5, 6);
+        composite.insertItem(StickyArea::StickyPoint(&composite, QPointF(5, 6), 0, slot), item, false);
+        EXPECT_FALSE(composite.contains(item)) << slot;
+        EXPECT_EQ(item->pos(), QPointF(5, 6)) << slot;
+        EXPECT_EQ(composite.itemAt(StickyArea::StickyPoint(&composite, QPointF(35, 100), 0, slot)), nullptr);
+    }
+    EXPECT_EQ(countSpy->count(), 3) << "insertItem signals also when no slot takes the item";
+    EXPECT_EQ(composite.count(), 1u);
+    EXPECT_EQ(freeSpy->count(), 0);
+    EXPECT_EQ(magneticSpy->count(), 0);
+
+    EXPECT_POINT(composite.itemPoint(nullptr), &composite, 0, 0, 0, 0);
+    EXPECT_EQ(composite.rootOf(nullptr), nullptr);
+    EXPECT_TRUE(composite.isAcceptable({nullptr})) << "every slot is asked, as for a drop without an item";
+    composite.addStickySlot(nullptr, nullptr);
+    composite.removeStickySlot(nullptr);
+    EXPECT_EQ(composite.findStickyPoint(QPointF(35, 95), a).index, 1);
+    EXPECT_EQ(composite.itemAt(StickyArea::StickyPoint(&composite, QPointF(30, 100), 0, 1)), a);
+}
+
+TEST_F(StickyCompositeAreaTest, AnAreaThatWouldHoldItselfIsRefused)
+{
+    TestSupport::LogCapture log;
+    composite.addStickySlot(&composite, nullptr);
+    EXPECT_TRUE(log.containsError("StickyCompositeArea::addStickySlot"));
+
+    // Through a nested composite as well.
+    StickyCompositeArea outer;
+    outer.addStickySlot(&composite, nullptr);
+    log.clear();
+    composite.addStickySlot(&outer, nullptr);
+    EXPECT_TRUE(log.containsError("StickyCompositeArea::addStickySlot"));
+
+    QGraphicsRectItem* item = addItem(10);
+    EXPECT_TRUE(composite.isAcceptable({item}));
+    EXPECT_POINT(composite.findStickyPoint(QPointF(40, 90), item), &composite, 40, 100, 0, 1);
+    EXPECT_POINT(outer.findStickyPoint(QPointF(40, 90), item), &outer, 40, 100, 0, 0);
+    composite.insertItem(composite.findStickyPoint(QPointF(40, 90), item), item, false);
+    composite.updateLayout(nullptr);
+    EXPECT_TRUE(freeLine.contains(item));
+    EXPECT_EQ(composite.rootOf(item), freeRoot);
+    EXPECT_EQ(countSpy->count(), 1);
+    EXPECT_EQ(freeSpy->count(), 1);
+    EXPECT_EQ(magneticSpy->count(), 0);
+
+    // Slot numbers are unchanged by the refusals: the next one is 3.
+    StickyFreeLine extra;
+    extra.setOrigin(QPointF(0, 1000));
+    composite.addStickySlot(&extra, nullptr);
+    EXPECT_EQ(composite.findStickyPoint(QPointF(0, 990), nullptr).index, 3);
 }
 
 } // namespace

@@ -281,3 +281,25 @@ TEST_F(StickyMagneticLineTest, EdgesFollowSizeAndOriginChanges)
 }
 
 } // namespace
+
+TEST_F(StickyMagneticLineTest, DropsSeeResizesInsideALockedBatchAndAfterALayout)
+{
+    // Widths 10 and 20: edges 0, 10, 30.
+    QGraphicsRectItem* a = append(10);
+    append(20);
+    EXPECT_POINT(line.findStickyPoint(QPointF(25, 0), nullptr), &line, 10, 0, 0, 1);
+
+    // Inside a locked batch the first item grows to 30: edges 0, 30, 50 before any layout.
+    line.lockUpdate();
+    a->setRect(0, 0, 30, 10);
+    EXPECT_POINT(line.findStickyPoint(QPointF(25, 0), nullptr), &line, 0, 0, 0, 0);
+    EXPECT_POINT(line.findStickyPoint(QPointF(45, 0), nullptr), &line, 30, 0, 0, 1);
+    line.unlockUpdate();
+    EXPECT_EQ(countSpy->count(), 2);
+    EXPECT_EQ(heightSpy->count(), 1) << "asking signals nothing";
+
+    // Outside a batch the resize is announced with updateLayout(item), as every caller does.
+    a->setRect(0, 0, 5, 10);
+    line.updateLayout(a);
+    EXPECT_POINT(line.findStickyPoint(QPointF(7, 0), nullptr), &line, 5, 0, 0, 1);
+}

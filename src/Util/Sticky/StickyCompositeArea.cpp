@@ -81,6 +81,10 @@ void StickyCompositeArea::addStickySlot(StickyArea* area, QGraphicsItem* root)
         LOG(ERROR) << "StickyCompositeArea::addStickySlot: the area is null";
         return;
     }
+    if (reaches(area, this)) {
+        LOG(ERROR) << "StickyCompositeArea::addStickySlot: the area holds this composite, it would hold itself";
+        return;
+    }
     const int n = m_slots.isEmpty() ? 0 : m_slots.lastKey() + 1;
     m_slots.insert(n, area);
     m_slotOf.insert(area, n);
@@ -144,6 +148,20 @@ StickyArea* StickyCompositeArea::itemSlot(QGraphicsItem* item) const
             return area;
     }
     return nullptr;
+}
+
+bool StickyCompositeArea::reaches(const StickyArea* area, const StickyCompositeArea* composite)
+{
+    if (area == composite)
+        return true;
+    const auto* nested = qobject_cast<const StickyCompositeArea*>(area);
+    if (!nested)
+        return false;
+    for (const StickyArea* sub : nested->m_slots) {
+        if (reaches(sub, composite))
+            return true;
+    }
+    return false;
 }
 
 // Only the pointer is used: the area is already half destroyed.

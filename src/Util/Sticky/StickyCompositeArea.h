@@ -30,7 +30,8 @@ public:
     StickyPoint itemPoint(QGraphicsItem* item) override;
     QGraphicsItem* itemAt(const StickyPoint& point) override;
 
-    // The new slot's number is 0 for the first, else the highest number + 1. No relayout.
+    // The new slot's number is 0 for the first, else the highest number + 1. No relayout. An
+    // area that is, or holds, this composite is refused.
     void addStickySlot(StickyArea* area, QGraphicsItem* root);
     // Items of the sub-area stay in the composite's list.
     void removeStickySlot(StickyArea* area);
@@ -45,6 +46,8 @@ protected:
 
 private:
     StickyArea* itemSlot(QGraphicsItem* item) const;
+    // Whether `area` is `composite` or holds it in a slot at any depth.
+    static bool reaches(const StickyArea* area, const StickyCompositeArea* composite);
     void forgetArea(QObject* area);
 
     QList<QGraphicsItem*> m_items;

@@ -158,7 +158,9 @@ double StickyMagneticLine::itemDuration(QGraphicsItem* item) const { return item
 const std::vector<double>& StickyMagneticLine::edges()
 {
     const double originX = origin().x();
-    if (m_edgesValid && m_edgesOriginX == originX)
+    // Inside a locked batch callers resize and reorder items without a layout in between, so
+    // the edges are measured afresh; outside one every change ends with updateLayout.
+    if (m_edgesValid && m_edgesOriginX == originX && !isLocked())
         return m_edges;
     const QSet<QGraphicsItem*>& skipped = placeholders();
     m_edges.clear();

@@ -9,8 +9,9 @@
 // order of insertions and moves; updateLayout re-packs the whole line.
 //
 // The edges a drop chooses from are cached and rebuilt on the first query after the line
-// changed (insert, move, remove, layout, origin). A change of an item's width is therefore
-// seen by drops after the next updateLayout, which callers run after every change anyway.
+// changed (insert, move, remove, layout, origin), and measured afresh on every query while
+// updates are locked. Outside a locked batch, a change of an item's width is seen by drops
+// after the next updateLayout(item), which callers run after every change anyway.
 class EDITORUTIL_EXPORT StickyMagneticLine : public StickyArea
 {
     Q_OBJECT
