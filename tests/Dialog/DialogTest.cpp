@@ -31,6 +31,7 @@ struct Seen
     Qt::TextFormat format = Qt::AutoText;
     QWidget* parent = nullptr;
     QString defaultButton;
+    QString details;
 };
 
 Seen look(QMessageBox* box)
@@ -48,6 +49,7 @@ Seen look(QMessageBox* box)
     seen.parent = box->parentWidget();
     if (box->defaultButton())
         seen.defaultButton = box->defaultButton()->text();
+    seen.details = box->detailedText();
     return seen;
 }
 
@@ -249,23 +251,28 @@ TEST_F(InteractiveDialogs, MissingFileClosedOtherwiseIsSkip)
 TEST_F(InteractiveDialogs, FailedFilesAsksToKeepOrRemove)
 {
     answer(driver, seen, S("Remove"));
-    EXPECT_TRUE(Dialog::showHasFailedFiles(true, S("Codec missing.")));
+    EXPECT_TRUE(Dialog::showHasFailedFiles(true, S("beach.mp4: codec missing")));
+    EXPECT_EQ(seen.level, 2);
     EXPECT_EQ(seen.title, S("Can't open files"));
-    EXPECT_EQ(seen.text, S("Some of the files can't be opened.<br>Codec missing.<br>Please choose:<br>Remove unopened "
-                           "files from the project or keep them?"));
-    EXPECT_EQ(seen.buttons, (QStringList{S("Keep"), S("Remove")}));
+    // The question stays the same whatever the caller adds; its message goes under "Show Details...".
+    EXPECT_EQ(seen.text, S("Some of the files can't be opened.<br>Please choose:<br>Remove unopened files from the "
+                           "project or keep them?"));
+    EXPECT_EQ(seen.details, S("beach.mp4: codec missing"));
+    EXPECT_EQ(seen.buttons, (QStringList{S("Keep"), S("Remove"), S("Show Details...")}));
     EXPECT_EQ(seen.format, Qt::RichText);
 
     answer(driver, seen, S("Keep"));
     EXPECT_FALSE(Dialog::showHasFailedFiles(true, QString()));
     EXPECT_EQ(seen.text, S("Some of the files can't be opened.<br>Please choose:<br>Remove unopened files from the "
                            "project or keep them?"));
+    EXPECT_EQ(seen.details, QString());
+    EXPECT_EQ(seen.buttons, (QStringList{S("Keep"), S("Remove")}));
 }
 
 TEST_F(InteractiveDialogs, FailedFilesThatCannotBeKeptOfferOnlyRemove)
 {
     answer(driver, seen, S("Remove"));
-    EXPECT_TRUE(Dialog::showHasFailedFiles(false, S("x")));
+    EXPECT_TRUE(Dialog::showHasFailedFiles(false, QString()));
     EXPECT_EQ(seen.buttons, QStringList{S("Remove")});
     driver.then<QMessageBox>([](QMessageBox* box) { box->done(0); });
     EXPECT_TRUE(Dialog::showHasFailedFiles(false, S("x")));
