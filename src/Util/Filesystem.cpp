@@ -110,6 +110,20 @@ void ensureFolder(const QString& folder)
 
 QString suffixOf(const QString& path) { return QFileInfo(path).suffix().toLower(); }
 
+// Where a dialog opens: the remembered folder, or the nearest folder above it when it has
+// been deleted since (a folder the user removed is not made again); the standard folder,
+// created when missing, when nothing usable is remembered.
+QString startFolder(const QString& remembered, const QString& standard)
+{
+    if (!remembered.isEmpty() && !QDir::isRelativePath(remembered)) {
+        const QString existing = closestPath(remembered);
+        if (!existing.isEmpty())
+            return existing;
+    }
+    ensureFolder(standard);
+    return standard;
+}
+
 // Kind-dependent parts of the media dialog.
 QString lastFolderOfKind(int kind)
 {
@@ -299,10 +313,8 @@ QStringList openFiles(int kinds)
     if (kinds & AllFilesFilter)
         groups << IFormatFile::GROUP_ALL_FILES;
 
-    QString folder = lastFolderOfKind(kind);
-    if (folder.isEmpty() || !Settings::rememberLastFolders())
-        folder = standardFolderOfKind(kind);
-    ensureFolder(folder);
+    const QString folder = startFolder(Settings::rememberLastFolders() ? lastFolderOfKind(kind) : QString(),
+                                       standardFolderOfKind(kind));
 
     QStringList files = QFileDialog::getOpenFileNames(parentWindow(), titleOfKind(kind), folder,
                                                       mediaFilter(kind, groups), nullptr, kDialogOptions);
@@ -347,10 +359,7 @@ QString openProject(QString dir)
 
 QStringList openDirectory()
 {
-    QString start = Settings::lastAddDirectoryPath();
-    if (start.isEmpty())
-        start = moviesLocation();
-    ensureFolder(start);
+    const QString start = startFolder(Settings::lastAddDirectoryPath(), moviesLocation());
     const QString chosen = QFileDialog::getExistingDirectory(parentWindow(), tr("Open Folder"), start,
                                                              QFileDialog::ShowDirsOnly | kDialogOptions);
     if (chosen.isEmpty())

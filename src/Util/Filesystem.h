@@ -28,7 +28,8 @@ enum MediaKind : int { Video = 1, Audio = 2, Image = 4, Project = 8, AllFilesFil
 // Dialogs.
 // Multi-file dialog for media of the given kinds; project package folders (suffix
 // "dscproj") are replaced by their "*.drec" recordings, DVD-structure files are refused
-// with a warning. Remembers the folder of the first file per kind.
+// with a warning. Remembers the folder of the first file per kind. A remembered folder that
+// has been deleted since is not made again: the dialog opens on the nearest folder above it.
 EDITORUTIL_EXPORT QStringList openFiles(int kinds);
 // Single project file; `dir` empty opens the project folder (created when missing).
 EDITORUTIL_EXPORT QString openProject(QString dir);

@@ -138,6 +138,25 @@ TEST_F(FilesystemDialogs, OpenFilesIgnoresRememberedFoldersWhenTheApplicationSay
     EXPECT_EQ(Settings::lastAddAudioPath(), path("old")); // cancelling stores nothing
 }
 
+TEST_F(FilesystemDialogs, ARememberedFolderThatWasDeletedIsNotMadeAgain)
+{
+    QDir().mkpath(path("shoot"));
+    Settings::setLastAddVideoPath(path("shoot/deleted/day1"));
+    Settings::setLastAddDirectoryPath(path("shoot/gone"));
+    QStringList directories;
+    for (int i = 0; i < 2; ++i)
+        driver.then<QFileDialog>([&](QFileDialog* d) {
+            directories << QDir::cleanPath(d->directory().absolutePath());
+            d->reject();
+        });
+    EXPECT_TRUE(Filesystem::openFiles(Filesystem::Video).isEmpty());
+    EXPECT_TRUE(Filesystem::openDirectory().isEmpty());
+    // Both open where the remembered folder used to be, and the user's deletion stands.
+    EXPECT_EQ(directories, (QStringList{path("shoot"), path("shoot")}));
+    EXPECT_FALSE(QFileInfo::exists(path("shoot/deleted")));
+    EXPECT_FALSE(QFileInfo::exists(path("shoot/gone")));
+}
+
 TEST_F(FilesystemDialogs, AllMediaAndProjectsFilterComesFirstAndAllFilesLast)
 {
     QStringList filters;
