@@ -157,21 +157,72 @@ TEST_F(FilesystemDialogs, ARememberedFolderThatWasDeletedIsNotMadeAgain)
     EXPECT_FALSE(QFileInfo::exists(path("shoot/gone")));
 }
 
-TEST_F(FilesystemDialogs, AllMediaAndProjectsFilterComesFirstAndAllFilesLast)
+// The filter lines of the media dialog by kind: the visible example, then the patterns of
+// the kind's groups (video, images, audio), then one line per group.
+struct FilterCase
 {
+    const char* name;
+    int kinds;
+    const char* firstLines; // before the patterns; "|" separates dialog lines
+    const char* groups;     // V, I, A: the groups whose patterns follow, in order
+    const char* after;      // what follows the patterns on the "Media Files" line
+};
+
+class OpenFilesFilters : public FilesystemDialogs, public testing::WithParamInterface<FilterCase>
+{
+};
+
+TEST_P(OpenFilesFilters, ShowTheExampleAndThePatternsOfTheKind)
+{
+    const FilterCase& c = GetParam();
+    auto patternsOf = [](QChar group) {
+        const QStringList extensions = group == QLatin1Char('V')   ? Filesystem::videoExtensions()
+                                       : group == QLatin1Char('I') ? Filesystem::pictureExtensions()
+                                                                   : Filesystem::musicExtensions();
+        return Filesystem::extensionsToFileFilters(extensions).join(QLatin1Char(' '));
+    };
+    QStringList patterns;
+    QStringList groupLines;
+    for (QChar g : S(c.groups)) {
+        patterns << patternsOf(g);
+        groupLines << (g == QLatin1Char('V')   ? S("Video Files (")
+                       : g == QLatin1Char('I') ? S("Image Files (")
+                                               : S("Audio Files ("))
+                + patternsOf(g) + S(")");
+    }
+    const QString joined = patterns.join(QLatin1Char(' '));
+    QStringList expected;
+    for (const QString& line : S(c.firstLines).split(QLatin1Char('|')))
+        expected << QString(line).replace(S("<patterns>"), joined);
+    expected.last() += joined + S(c.after);
+    expected += groupLines;
+    expected << S("All Files (*)");
+
     QStringList filters;
     driver.then<QFileDialog>([&](QFileDialog* d) {
         filters = d->nameFilters();
         d->reject();
     });
-    Filesystem::openFiles(15 | Filesystem::AllFilesFilter);
-    ASSERT_EQ(filters.size(), 6);
-    EXPECT_TRUE(filters[0].startsWith(S("All Supported Files ( *. dscproj;*.jpeg;*.png;*.mp3;...)(*.mp4 ")))
-        << filters[0].toStdString();
-    EXPECT_TRUE(filters[0].contains(S(" *.dscproj")));
-    EXPECT_TRUE(filters[1].startsWith(S("Media Files (*.mp4;*.jpeg;*.mp3;...)(")));
-    EXPECT_EQ(filters[5], S("All Files (*)"));
+    Filesystem::openFiles(c.kinds | Filesystem::AllFilesFilter);
+    EXPECT_EQ(filters, expected) << filters.join(S("\n")).toStdString();
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, OpenFilesFilters,
+    testing::Values(FilterCase{"video", 1, "Media Files(", "V", ")"},
+                    FilterCase{"audio", 2, "Media Files(", "A", ")"},
+                    FilterCase{"image", 4, "Media Files(", "I", ")"},
+                    FilterCase{"video_audio", 3, "Media Files (*.mp4;*.avi;*.mp3;...)(", "VA", ")"},
+                    FilterCase{"video_image", 5, "Media Files (*.mp4;*.avi;*.jpeg;...)(", "VI", ")"},
+                    FilterCase{"audio_image", 6, "Media Files (*.jpeg;*.png;*.mp3;...)(", "IA", ")"},
+                    FilterCase{"all_media", 7, "Media Files (*.mp4;*.jpeg;*.mp3;...)(", "VIA", " *.dscproj)"},
+                    // The project patterns are kept apart by a space, so that project files
+                    // match the first line.
+                    FilterCase{"media_and_projects", 15,
+                               "All Supported Files ( *. dscproj;*.jpeg;*.png;*.mp3;...)(<patterns> *.dscproj "
+                               "*.dscproj)|Media Files (*.mp4;*.jpeg;*.mp3;...)(",
+                               "VIA", ")"}),
+    [](const testing::TestParamInfo<FilterCase>& info) { return std::string(info.param.name); });
 
 TEST_F(FilesystemDialogs, OpenProjectCreatesTheProjectFolder)
 {
