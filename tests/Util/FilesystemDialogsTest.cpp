@@ -258,6 +258,65 @@ TEST_F(FilesystemDialogs, OpenDirectoryRemembersTheFolderAboveTheChoice)
     EXPECT_EQ(Settings::lastAddDirectoryPath(), path("shoot"));
 }
 
+TEST_F(FilesystemDialogs, OpenDirectoryAllImagesReturnsThePicturesOfTheFolder)
+{
+    touch(path("album/a.jpg"));
+    touch(path("album/b.PNG"));
+    touch(path("album/clip.mp4"));
+    touch(path("album/old/c.png"));
+    TestSupport::FileDialogSeen seen;
+    driver.then<QFileDialog>([&](QFileDialog* d) {
+        seen = TestSupport::lookAt(d);
+        TestSupport::chooseFolder(d, path("album"));
+    });
+    QStringList files = Filesystem::openDirectoryAllImages();
+    files.sort();
+    EXPECT_EQ(files, (QStringList{path("album/a.jpg"), path("album/b.PNG")}));
+    EXPECT_EQ(seen.title, S("Open Folder"));
+    EXPECT_EQ(seen.directory, QDir::cleanPath(Filesystem::picturesLocation()));
+    EXPECT_TRUE(seen.options.testFlag(QFileDialog::ShowDirsOnly));
+}
+
+TEST_F(FilesystemDialogs, OpenStockedAudioFilesOffersAudioAndAllFiles)
+{
+    touch(path("stock/rain.wav"));
+    touch(path("stock/wind.mp3"));
+    TestSupport::FileDialogSeen seen;
+    driver.then<QFileDialog>([&](QFileDialog* d) {
+        seen = TestSupport::lookAt(d);
+        TestSupport::chooseFiles(d, path("stock"), {S("rain.wav"), S("wind.mp3")});
+    });
+    QStringList files = Filesystem::openStockedAudioFiles(path("stock"));
+    files.sort();
+    EXPECT_EQ(files, (QStringList{path("stock/rain.wav"), path("stock/wind.mp3")}));
+    EXPECT_EQ(seen.title, S("Open Audio Files"));
+    EXPECT_EQ(seen.directory, path("stock"));
+    ASSERT_EQ(seen.filters.size(), 2);
+    EXPECT_EQ(seen.filters[0],
+              S("Audio Files (") + Filesystem::extensionsToFileFilters(Filesystem::musicExtensions()).join(QLatin1Char(' '))
+                  + S(")"));
+    EXPECT_EQ(seen.filters[1], S("All Files (*)"));
+}
+
+TEST_F(FilesystemDialogs, BrowseDirectoryReturnsTheChosenFolderOrNothing)
+{
+    QDir().mkpath(path("start"));
+    QDir().mkpath(path("target/inner"));
+    TestSupport::FileDialogSeen seen;
+    driver.then<QFileDialog>([&](QFileDialog* d) {
+        seen = TestSupport::lookAt(d);
+        TestSupport::chooseFolder(d, path("target/inner"));
+    });
+    EXPECT_EQ(Filesystem::browseDirectory(path("start")), path("target/inner"));
+    EXPECT_EQ(seen.title, S("Select Folder"));
+    EXPECT_EQ(seen.directory, path("start"));
+    EXPECT_TRUE(seen.options.testFlag(QFileDialog::ShowDirsOnly));
+
+    driver.then<QFileDialog>([](QFileDialog* d) { d->reject(); });
+    EXPECT_EQ(Filesystem::browseDirectory(path("start")), QString());
+    EXPECT_EQ(driver.stepsDone(), 2);
+}
+
 TEST_F(FilesystemDialogs, SavingProjectProposesTheDefaultName)
 {
     Settings::setProjectPath(path("projects"));
@@ -272,6 +331,23 @@ TEST_F(FilesystemDialogs, SavingProjectProposesTheDefaultName)
     EXPECT_EQ(title, S("Save Project"));
     EXPECT_EQ(proposed, S("New Project.dscproj"));
     EXPECT_EQ(directory, path("projects"));
+}
+
+TEST_F(FilesystemDialogs, SavingProjectProposesTheSuggestedPath)
+{
+    Settings::setProjectPath(path("projects"));
+    QDir().mkpath(path("work"));
+    TestSupport::FileDialogSeen seen;
+    driver.then<QFileDialog>([&](QFileDialog* d) {
+        seen = TestSupport::lookAt(d);
+        d->reject();
+    });
+    EXPECT_EQ(Filesystem::savingProjectPath(path("work") + S("/./trip.dscproj ")), QString());
+    EXPECT_EQ(seen.filters, QStringList{S("Project files (*.dscproj)")});
+    EXPECT_EQ(seen.directory, path("work"));
+    EXPECT_EQ(seen.typed, S("trip.dscproj"));
+    EXPECT_TRUE(seen.options.testFlag(QFileDialog::HideNameFilterDetails));
+    EXPECT_TRUE(QFileInfo(path("projects")).isDir()); // the project folder is made all the same
 }
 
 TEST_F(FilesystemDialogs, SavingSnapshotRemembersANewFolder)
