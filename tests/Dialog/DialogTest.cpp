@@ -327,14 +327,60 @@ TEST_F(InteractiveDialogs, CriticalErrorNamesTheSupportAddressAndHasNoParent)
     EXPECT_TRUE(seen.flags.testFlag(Qt::BypassWindowManagerHint));
 }
 
-TEST_F(InteractiveDialogs, AlertsAreParentedToTheActiveWindow)
+// Level, window and parent of every alert box of the interactive strategy.
+struct AlertCase
+{
+    const char* name;
+    void (*call)();
+    const char* answer; // caption of the button that closes it
+    int level;
+    bool richText;
+};
+
+class EveryAlert : public InteractiveDialogs, public testing::WithParamInterface<AlertCase>
+{
+};
+
+TEST_P(EveryAlert, HasItsLevelAFixedSizeDialogWindowAndTheActiveWindowAsParent)
 {
     QWidget window;
     window.show();
     QApplication::setActiveWindow(&window);
-    answer(driver, seen, S("&Yes"));
-    Dialog::alertOverwrite(S("/a"));
+    answer(driver, seen, S(GetParam().answer));
+    GetParam().call();
+    ASSERT_EQ(driver.stepsDone(), 1);
+    EXPECT_EQ(seen.level, GetParam().level);
     EXPECT_EQ(seen.parent, &window);
+    EXPECT_EQ(seen.flags & Qt::WindowType_Mask, Qt::Dialog);
+    EXPECT_TRUE(seen.flags.testFlag(Qt::MSWindowsFixedSizeDialogHint));
+    if (GetParam().richText) {
+        EXPECT_EQ(seen.format, Qt::RichText);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Alerts, EveryAlert,
+    testing::Values(
+        AlertCase{"action", [] { Dialog::alertAction(S("T"), S("X"), QString(), QString()); }, "OK", 2, true},
+        AlertCase{"modified_project", [] { bool save = false; Dialog::alertModifiedProject(save); }, "Cancel", 2, false},
+        AlertCase{"overwrite", [] { Dialog::alertOverwrite(S("/a")); }, "&No", 2, false},
+        AlertCase{"overwrite_folder", [] { Dialog::alertOverwriteFolder(S("/a")); }, "&No", 2, false},
+        AlertCase{"restore_session", [] { Dialog::alertRestoreSession(); }, "&No", 2, false},
+        AlertCase{"failed_files", [] { Dialog::showHasFailedFiles(true, QString()); }, "Keep", 2, true},
+        AlertCase{"message", [] { Dialog::showMessageAlert(S("T"), S("X"), QString()); }, "OK", 0, true},
+        AlertCase{"warning", [] { Dialog::showWarning(S("T"), S("X")); }, "OK", 1, true}),
+    [](const testing::TestParamInfo<AlertCase>& info) { return std::string(info.param.name); });
+
+TEST_F(InteractiveDialogs, MissingFileIsAQuestionInAWindowWithoutCloseButton)
+{
+    QWidget window;
+    window.show();
+    QApplication::setActiveWindow(&window);
+    answer(driver, seen, S("Skip"));
+    Dialog::alertMissingFile(S("a.mp4"), S("/old"));
+    EXPECT_EQ(seen.level, 2);
+    EXPECT_EQ(seen.parent, &window);
+    EXPECT_EQ(seen.flags & Qt::WindowType_Mask, Qt::Window);
 }
 
 TEST_F(InteractiveDialogs, ValidationInputReturnsTheAcceptedText)
