@@ -294,6 +294,26 @@ bool copyOneFile(const QString& source, const QString& target, bool overwrite, q
     return true;
 }
 
+// A link to a folder is copied as a link to the same folder: what it points to belongs to
+// someone else and may be large, or hold the tree itself.
+bool copyFolderLink(const QFileInfo& link, const QString& target, bool overwrite)
+{
+    const QString source = link.absoluteFilePath();
+    const QFileInfo existing(target);
+    if (existing.exists() || existing.isSymLink()) {
+        // Only a link is replaced: a real folder or file there stays as it is.
+        if (!overwrite || !existing.isSymLink() || !QFile::remove(target)) {
+            logNotCopied(source, target, QStringLiteral("the target exists"));
+            return false;
+        }
+    }
+    if (!QFile::link(link.symLinkTarget(), target)) {
+        logNotCopied(source, target, QStringLiteral("cannot create the link"));
+        return false;
+    }
+    return true;
+}
+
 QString folderOf(const QString& path) { return QFileInfo(path).absolutePath(); }
 
 } // namespace
@@ -659,7 +679,12 @@ bool copyRecursively(const QString& from, const QString& to, const QStringList& 
         if (!exclude.isEmpty() && QDir::match(exclude, entry.fileName()))
             continue;
         const QString target = targetRoot + QLatin1Char('/') + entry.fileName();
-        if (entry.isDir() && !entry.isSymLink()) {
+        if (entry.isDir() && entry.isSymLink()) {
+            if (!copyFolderLink(entry, target, overwrite))
+                return false;
+            continue;
+        }
+        if (entry.isDir()) {
             if (!copyRecursively(entry.absoluteFilePath(), target, exclude, overwrite))
                 return false;
             continue;

@@ -105,7 +105,8 @@ EDITORUTIL_EXPORT bool copyFiles(const QMap<QString, QString>& sourceToTarget,
                                  const boost::intrusive_ptr<Dravik::Core::IProgressController>& progress);
 // Copies the tree of `from` into `to` (created when missing), skipping entries whose names
 // match a wildcard of `exclude`. An existing target file is replaced when `overwrite`,
-// else the copy stops there and returns false. Copying a folder into itself is refused.
+// else the copy stops there and returns false. A link to a folder is copied as a link to the
+// same folder. Copying a folder into itself is refused.
 EDITORUTIL_EXPORT bool copyRecursively(const QString& from, const QString& to, const QStringList& exclude,
                                        bool overwrite);
 // Removes a folder tree: renamed aside first so that its name is free at once, then
