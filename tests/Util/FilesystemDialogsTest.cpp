@@ -354,16 +354,16 @@ TEST_F(FilesystemDialogs, SavingSnapshotRemembersANewFolder)
 {
     Settings::setSnapshotPath(path("shots"));
     QDir().mkpath(path("other"));
-    QStringList filters;
-    QString proposed;
+    TestSupport::FileDialogSeen seen;
     driver.then<QFileDialog>([&](QFileDialog* d) {
-        filters = d->nameFilters();
-        proposed = d->findChild<QLineEdit*>(S("fileNameEdit"))->text();
+        seen = TestSupport::lookAt(d);
         TestSupport::chooseFiles(d, path("other"), {S("frame.png")});
     });
     EXPECT_EQ(Filesystem::savingSnapshotPath(), path("other/frame.png"));
-    EXPECT_EQ(filters, QStringList{S("Snapshot files (*.png)")});
-    EXPECT_EQ(proposed, S("snapshot.png"));
+    EXPECT_EQ(seen.title, S("Save Snapshot"));
+    EXPECT_EQ(seen.directory, path("shots"));
+    EXPECT_EQ(seen.filters, QStringList{S("Snapshot files (*.png)")});
+    EXPECT_EQ(seen.typed, S("snapshot.png"));
     EXPECT_TRUE(QFileInfo(path("shots")).isDir());
     EXPECT_EQ(Settings::snapshotPath(), path("other"));
 }
