@@ -110,6 +110,20 @@ void ensureFolder(const QString& folder)
 
 QString suffixOf(const QString& path) { return QFileInfo(path).suffix().toLower(); }
 
+// Where a dialog opens: the remembered folder, or the nearest folder above it when it has
+// been deleted since (a folder the user removed is not made again); the standard folder,
+// created when missing, when nothing usable is remembered.
+QString startFolder(const QString& remembered, const QString& standard)
+{
+    if (!remembered.isEmpty() && !QDir::isRelativePath(remembered)) {
+        const QString existing = closestPath(remembered);
+        if (!existing.isEmpty())
+            return existing;
+    }
+    ensureFolder(standard);
+    return standard;
+}
+
 // Kind-dependent parts of the media dialog.
 QString lastFolderOfKind(int kind)
 {
@@ -280,6 +294,26 @@ bool copyOneFile(const QString& source, const QString& target, bool overwrite, q
     return true;
 }
 
+// A link to a folder is copied as a link to the same folder: what it points to belongs to
+// someone else and may be large, or hold the tree itself.
+bool copyFolderLink(const QFileInfo& link, const QString& target, bool overwrite)
+{
+    const QString source = link.absoluteFilePath();
+    const QFileInfo existing(target);
+    if (existing.exists() || existing.isSymLink()) {
+        // Only a link is replaced: a real folder or file there stays as it is.
+        if (!overwrite || !existing.isSymLink() || !QFile::remove(target)) {
+            logNotCopied(source, target, QStringLiteral("the target exists"));
+            return false;
+        }
+    }
+    if (!QFile::link(link.symLinkTarget(), target)) {
+        logNotCopied(source, target, QStringLiteral("cannot create the link"));
+        return false;
+    }
+    return true;
+}
+
 QString folderOf(const QString& path) { return QFileInfo(path).absolutePath(); }
 
 } // namespace
@@ -299,10 +333,8 @@ QStringList openFiles(int kinds)
     if (kinds & AllFilesFilter)
         groups << IFormatFile::GROUP_ALL_FILES;
 
-    QString folder = lastFolderOfKind(kind);
-    if (folder.isEmpty() || !Settings::rememberLastFolders())
-        folder = standardFolderOfKind(kind);
-    ensureFolder(folder);
+    const QString folder = startFolder(Settings::rememberLastFolders() ? lastFolderOfKind(kind) : QString(),
+                                       standardFolderOfKind(kind));
 
     QStringList files = QFileDialog::getOpenFileNames(parentWindow(), titleOfKind(kind), folder,
                                                       mediaFilter(kind, groups), nullptr, kDialogOptions);
@@ -347,10 +379,7 @@ QString openProject(QString dir)
 
 QStringList openDirectory()
 {
-    QString start = Settings::lastAddDirectoryPath();
-    if (start.isEmpty())
-        start = moviesLocation();
-    ensureFolder(start);
+    const QString start = startFolder(Settings::lastAddDirectoryPath(), moviesLocation());
     const QString chosen = QFileDialog::getExistingDirectory(parentWindow(), tr("Open Folder"), start,
                                                              QFileDialog::ShowDirsOnly | kDialogOptions);
     if (chosen.isEmpty())
@@ -650,7 +679,12 @@ bool copyRecursively(const QString& from, const QString& to, const QStringList& 
         if (!exclude.isEmpty() && QDir::match(exclude, entry.fileName()))
             continue;
         const QString target = targetRoot + QLatin1Char('/') + entry.fileName();
-        if (entry.isDir() && !entry.isSymLink()) {
+        if (entry.isDir() && entry.isSymLink()) {
+            if (!copyFolderLink(entry, target, overwrite))
+                return false;
+            continue;
+        }
+        if (entry.isDir()) {
             if (!copyRecursively(entry.absoluteFilePath(), target, exclude, overwrite))
                 return false;
             continue;

@@ -28,7 +28,8 @@ enum MediaKind : int { Video = 1, Audio = 2, Image = 4, Project = 8, AllFilesFil
 // Dialogs.
 // Multi-file dialog for media of the given kinds; project package folders (suffix
 // "dscproj") are replaced by their "*.drec" recordings, DVD-structure files are refused
-// with a warning. Remembers the folder of the first file per kind.
+// with a warning. Remembers the folder of the first file per kind. A remembered folder that
+// has been deleted since is not made again: the dialog opens on the nearest folder above it.
 EDITORUTIL_EXPORT QStringList openFiles(int kinds);
 // Single project file; `dir` empty opens the project folder (created when missing).
 EDITORUTIL_EXPORT QString openProject(QString dir);
@@ -104,7 +105,8 @@ EDITORUTIL_EXPORT bool copyFiles(const QMap<QString, QString>& sourceToTarget,
                                  const boost::intrusive_ptr<Dravik::Core::IProgressController>& progress);
 // Copies the tree of `from` into `to` (created when missing), skipping entries whose names
 // match a wildcard of `exclude`. An existing target file is replaced when `overwrite`,
-// else the copy stops there and returns false. Copying a folder into itself is refused.
+// else the copy stops there and returns false. A link to a folder is copied as a link to the
+// same folder. Copying a folder into itself is refused.
 EDITORUTIL_EXPORT bool copyRecursively(const QString& from, const QString& to, const QStringList& exclude,
                                        bool overwrite);
 // Removes a folder tree: renamed aside first so that its name is free at once, then

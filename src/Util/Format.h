@@ -23,7 +23,7 @@ class Audio;
 namespace Format {
 
 // "mm:ss" below an hour, "hh:mm:ss" below a day; from one day on "<total hours>:mm:ss"
-// with the hours unpadded (90000 seconds give "25:00"). A negative duration gets a "-".
+// with the hours unpadded (90000 seconds give "25:00:00"). A negative duration gets a "-".
 EDITORUTIL_EXPORT QString time(int seconds);
 // As time(), with ".zzz" milliseconds unless the duration is a whole number of seconds.
 EDITORUTIL_EXPORT QString timeMs(long long milliseconds);

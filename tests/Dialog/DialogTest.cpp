@@ -31,6 +31,7 @@ struct Seen
     Qt::TextFormat format = Qt::AutoText;
     QWidget* parent = nullptr;
     QString defaultButton;
+    QString details;
 };
 
 Seen look(QMessageBox* box)
@@ -48,6 +49,7 @@ Seen look(QMessageBox* box)
     seen.parent = box->parentWidget();
     if (box->defaultButton())
         seen.defaultButton = box->defaultButton()->text();
+    seen.details = box->detailedText();
     return seen;
 }
 
@@ -249,23 +251,28 @@ TEST_F(InteractiveDialogs, MissingFileClosedOtherwiseIsSkip)
 TEST_F(InteractiveDialogs, FailedFilesAsksToKeepOrRemove)
 {
     answer(driver, seen, S("Remove"));
-    EXPECT_TRUE(Dialog::showHasFailedFiles(true, S("Codec missing.")));
+    EXPECT_TRUE(Dialog::showHasFailedFiles(true, S("beach.mp4: codec missing")));
+    EXPECT_EQ(seen.level, 2);
     EXPECT_EQ(seen.title, S("Can't open files"));
-    EXPECT_EQ(seen.text, S("Some of the files can't be opened.<br>Codec missing.<br>Please choose:<br>Remove unopened "
-                           "files from the project or keep them?"));
-    EXPECT_EQ(seen.buttons, (QStringList{S("Keep"), S("Remove")}));
+    // The question stays the same whatever the caller adds; its message goes under "Show Details...".
+    EXPECT_EQ(seen.text, S("Some of the files can't be opened.<br>Please choose:<br>Remove unopened files from the "
+                           "project or keep them?"));
+    EXPECT_EQ(seen.details, S("beach.mp4: codec missing"));
+    EXPECT_EQ(seen.buttons, (QStringList{S("Keep"), S("Remove"), S("Show Details...")}));
     EXPECT_EQ(seen.format, Qt::RichText);
 
     answer(driver, seen, S("Keep"));
     EXPECT_FALSE(Dialog::showHasFailedFiles(true, QString()));
     EXPECT_EQ(seen.text, S("Some of the files can't be opened.<br>Please choose:<br>Remove unopened files from the "
                            "project or keep them?"));
+    EXPECT_EQ(seen.details, QString());
+    EXPECT_EQ(seen.buttons, (QStringList{S("Keep"), S("Remove")}));
 }
 
 TEST_F(InteractiveDialogs, FailedFilesThatCannotBeKeptOfferOnlyRemove)
 {
     answer(driver, seen, S("Remove"));
-    EXPECT_TRUE(Dialog::showHasFailedFiles(false, S("x")));
+    EXPECT_TRUE(Dialog::showHasFailedFiles(false, QString()));
     EXPECT_EQ(seen.buttons, QStringList{S("Remove")});
     driver.then<QMessageBox>([](QMessageBox* box) { box->done(0); });
     EXPECT_TRUE(Dialog::showHasFailedFiles(false, S("x")));
@@ -320,14 +327,60 @@ TEST_F(InteractiveDialogs, CriticalErrorNamesTheSupportAddressAndHasNoParent)
     EXPECT_TRUE(seen.flags.testFlag(Qt::BypassWindowManagerHint));
 }
 
-TEST_F(InteractiveDialogs, AlertsAreParentedToTheActiveWindow)
+// Level, window and parent of every alert box of the interactive strategy.
+struct AlertCase
+{
+    const char* name;
+    void (*call)();
+    const char* answer; // caption of the button that closes it
+    int level;
+    bool richText;
+};
+
+class EveryAlert : public InteractiveDialogs, public testing::WithParamInterface<AlertCase>
+{
+};
+
+TEST_P(EveryAlert, HasItsLevelAFixedSizeDialogWindowAndTheActiveWindowAsParent)
 {
     QWidget window;
     window.show();
     QApplication::setActiveWindow(&window);
-    answer(driver, seen, S("&Yes"));
-    Dialog::alertOverwrite(S("/a"));
+    answer(driver, seen, S(GetParam().answer));
+    GetParam().call();
+    ASSERT_EQ(driver.stepsDone(), 1);
+    EXPECT_EQ(seen.level, GetParam().level);
     EXPECT_EQ(seen.parent, &window);
+    EXPECT_EQ(seen.flags & Qt::WindowType_Mask, Qt::Dialog);
+    EXPECT_TRUE(seen.flags.testFlag(Qt::MSWindowsFixedSizeDialogHint));
+    if (GetParam().richText) {
+        EXPECT_EQ(seen.format, Qt::RichText);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Alerts, EveryAlert,
+    testing::Values(
+        AlertCase{"action", [] { Dialog::alertAction(S("T"), S("X"), QString(), QString()); }, "OK", 2, true},
+        AlertCase{"modified_project", [] { bool save = false; Dialog::alertModifiedProject(save); }, "Cancel", 2, false},
+        AlertCase{"overwrite", [] { Dialog::alertOverwrite(S("/a")); }, "&No", 2, false},
+        AlertCase{"overwrite_folder", [] { Dialog::alertOverwriteFolder(S("/a")); }, "&No", 2, false},
+        AlertCase{"restore_session", [] { Dialog::alertRestoreSession(); }, "&No", 2, false},
+        AlertCase{"failed_files", [] { Dialog::showHasFailedFiles(true, QString()); }, "Keep", 2, true},
+        AlertCase{"message", [] { Dialog::showMessageAlert(S("T"), S("X"), QString()); }, "OK", 0, true},
+        AlertCase{"warning", [] { Dialog::showWarning(S("T"), S("X")); }, "OK", 1, true}),
+    [](const testing::TestParamInfo<AlertCase>& info) { return std::string(info.param.name); });
+
+TEST_F(InteractiveDialogs, MissingFileIsAQuestionInAWindowWithoutCloseButton)
+{
+    QWidget window;
+    window.show();
+    QApplication::setActiveWindow(&window);
+    answer(driver, seen, S("Skip"));
+    Dialog::alertMissingFile(S("a.mp4"), S("/old"));
+    EXPECT_EQ(seen.level, 2);
+    EXPECT_EQ(seen.parent, &window);
+    EXPECT_EQ(seen.flags & Qt::WindowType_Mask, Qt::Window);
 }
 
 TEST_F(InteractiveDialogs, ValidationInputReturnsTheAcceptedText)

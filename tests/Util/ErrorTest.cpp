@@ -3,6 +3,9 @@
 #include <Core/Application.h>
 #include <Core/ProcessingError.h>
 
+#include <QCoreApplication>
+#include <QTranslator>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -128,4 +131,59 @@ TEST_F(ErrorTable, TheContactSentenceFollowsTheSupportAddress)
     EXPECT_EQ(describe(99, Error::FreezeFrame),
               S("An unknown error has occurred. Please contact us at <a "
                 "href=\"mailto:care@editor.test?subject=mailto:\">care@editor.test?subject=</a> to get assistance."));
+}
+
+namespace {
+
+// Marks every text with the translation context it was looked up in: "[Export]Can not...".
+class ContextMarker : public QTranslator
+{
+public:
+    bool isEmpty() const override { return false; }
+    QString translate(const char* context, const char* sourceText, const char*, int) const override
+    {
+        return QLatin1Char('[') + QString::fromUtf8(context) + QLatin1Char(']') + QString::fromUtf8(sourceText);
+    }
+};
+
+} // namespace
+
+// Each message is looked up in the context its operation is translated in: "g" the general
+// context, "c" Common, "e" Export, "." the column's own context, "-" no text at all.
+TEST_F(ErrorTable, EachMessageIsTranslatedInItsContext)
+{
+    const struct
+    {
+        int code;
+        const char* contexts; // Export, Capture, Analyze, Stabilization, FreezeFrame
+    } rows[] = {{6, "g...."},  {8, "c...."},  {10, "ec.cc"}, {11, "ec.cc"}, {12, "e...."}, {14, "ec.cc"},
+                {15, "e...."}, {19, "ec..c"}, {20, "e...."}, {22, "g...."}, {26, "g...."}, {33, "e...."},
+                {34, "g...."}, {35, "g...."}, {36, "e...."}, {43, "-...."}, {99, "-...."}};
+    const char* const own[] = {"Export", "Capture", "Analyze", "Stabilization", "FreezeFrame"};
+    ContextMarker marker;
+    QCoreApplication::installTranslator(&marker);
+    for (const auto& row : rows) {
+        for (int context = 0; context < 5; ++context) {
+            const QString text = describe(row.code, context);
+            QString expected;
+            switch (row.contexts[context]) {
+            case 'g': expected = S("[QObject]"); break;
+            case 'c': expected = S("[Common]"); break;
+            case 'e': expected = S("[Export]"); break;
+            case '.': expected = QLatin1Char('[') + S(own[context]) + QLatin1Char(']'); break;
+            default: break;
+            }
+            if (expected.isEmpty()) {
+                EXPECT_EQ(text, QString()) << "code " << row.code << ", context " << context;
+            } else {
+                EXPECT_TRUE(text.startsWith(expected))
+                    << "code " << row.code << ", context " << context << ": " << text.toStdString();
+            }
+            if (text.contains(S("Please contact us"))) {
+                EXPECT_TRUE(text.contains(S("[Common]Please contact us"))) << text.toStdString();
+            }
+        }
+    }
+    EXPECT_EQ(describe(6, 7), S("[Common]An unknown error has occurred"));
+    QCoreApplication::removeTranslator(&marker);
 }

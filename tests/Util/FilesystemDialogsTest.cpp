@@ -138,21 +138,91 @@ TEST_F(FilesystemDialogs, OpenFilesIgnoresRememberedFoldersWhenTheApplicationSay
     EXPECT_EQ(Settings::lastAddAudioPath(), path("old")); // cancelling stores nothing
 }
 
-TEST_F(FilesystemDialogs, AllMediaAndProjectsFilterComesFirstAndAllFilesLast)
+TEST_F(FilesystemDialogs, ARememberedFolderThatWasDeletedIsNotMadeAgain)
 {
+    QDir().mkpath(path("shoot"));
+    Settings::setLastAddVideoPath(path("shoot/deleted/day1"));
+    Settings::setLastAddDirectoryPath(path("shoot/gone"));
+    QStringList directories;
+    for (int i = 0; i < 2; ++i)
+        driver.then<QFileDialog>([&](QFileDialog* d) {
+            directories << QDir::cleanPath(d->directory().absolutePath());
+            d->reject();
+        });
+    EXPECT_TRUE(Filesystem::openFiles(Filesystem::Video).isEmpty());
+    EXPECT_TRUE(Filesystem::openDirectory().isEmpty());
+    // Both open where the remembered folder used to be, and the user's deletion stands.
+    EXPECT_EQ(directories, (QStringList{path("shoot"), path("shoot")}));
+    EXPECT_FALSE(QFileInfo::exists(path("shoot/deleted")));
+    EXPECT_FALSE(QFileInfo::exists(path("shoot/gone")));
+}
+
+// The filter lines of the media dialog by kind: the visible example, then the patterns of
+// the kind's groups (video, images, audio), then one line per group.
+struct FilterCase
+{
+    const char* name;
+    int kinds;
+    const char* firstLines; // before the patterns; "|" separates dialog lines
+    const char* groups;     // V, I, A: the groups whose patterns follow, in order
+    const char* after;      // what follows the patterns on the "Media Files" line
+};
+
+class OpenFilesFilters : public FilesystemDialogs, public testing::WithParamInterface<FilterCase>
+{
+};
+
+TEST_P(OpenFilesFilters, ShowTheExampleAndThePatternsOfTheKind)
+{
+    const FilterCase& c = GetParam();
+    auto patternsOf = [](QChar group) {
+        const QStringList extensions = group == QLatin1Char('V')   ? Filesystem::videoExtensions()
+                                       : group == QLatin1Char('I') ? Filesystem::pictureExtensions()
+                                                                   : Filesystem::musicExtensions();
+        return Filesystem::extensionsToFileFilters(extensions).join(QLatin1Char(' '));
+    };
+    QStringList patterns;
+    QStringList groupLines;
+    for (QChar g : S(c.groups)) {
+        patterns << patternsOf(g);
+        groupLines << (g == QLatin1Char('V')   ? S("Video Files (")
+                       : g == QLatin1Char('I') ? S("Image Files (")
+                                               : S("Audio Files ("))
+                + patternsOf(g) + S(")");
+    }
+    const QString joined = patterns.join(QLatin1Char(' '));
+    QStringList expected;
+    for (const QString& line : S(c.firstLines).split(QLatin1Char('|')))
+        expected << QString(line).replace(S("<patterns>"), joined);
+    expected.last() += joined + S(c.after);
+    expected += groupLines;
+    expected << S("All Files (*)");
+
     QStringList filters;
     driver.then<QFileDialog>([&](QFileDialog* d) {
         filters = d->nameFilters();
         d->reject();
     });
-    Filesystem::openFiles(15 | Filesystem::AllFilesFilter);
-    ASSERT_EQ(filters.size(), 6);
-    EXPECT_TRUE(filters[0].startsWith(S("All Supported Files ( *. dscproj;*.jpeg;*.png;*.mp3;...)(*.mp4 ")))
-        << filters[0].toStdString();
-    EXPECT_TRUE(filters[0].contains(S(" *.dscproj")));
-    EXPECT_TRUE(filters[1].startsWith(S("Media Files (*.mp4;*.jpeg;*.mp3;...)(")));
-    EXPECT_EQ(filters[5], S("All Files (*)"));
+    Filesystem::openFiles(c.kinds | Filesystem::AllFilesFilter);
+    EXPECT_EQ(filters, expected) << filters.join(S("\n")).toStdString();
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, OpenFilesFilters,
+    testing::Values(FilterCase{"video", 1, "Media Files(", "V", ")"},
+                    FilterCase{"audio", 2, "Media Files(", "A", ")"},
+                    FilterCase{"image", 4, "Media Files(", "I", ")"},
+                    FilterCase{"video_audio", 3, "Media Files (*.mp4;*.avi;*.mp3;...)(", "VA", ")"},
+                    FilterCase{"video_image", 5, "Media Files (*.mp4;*.avi;*.jpeg;...)(", "VI", ")"},
+                    FilterCase{"audio_image", 6, "Media Files (*.jpeg;*.png;*.mp3;...)(", "IA", ")"},
+                    FilterCase{"all_media", 7, "Media Files (*.mp4;*.jpeg;*.mp3;...)(", "VIA", " *.dscproj)"},
+                    // The project patterns are kept apart by a space, so that project files
+                    // match the first line.
+                    FilterCase{"media_and_projects", 15,
+                               "All Supported Files ( *. dscproj;*.jpeg;*.png;*.mp3;...)(<patterns> *.dscproj "
+                               "*.dscproj)|Media Files (*.mp4;*.jpeg;*.mp3;...)(",
+                               "VIA", ")"}),
+    [](const testing::TestParamInfo<FilterCase>& info) { return std::string(info.param.name); });
 
 TEST_F(FilesystemDialogs, OpenProjectCreatesTheProjectFolder)
 {
@@ -188,6 +258,65 @@ TEST_F(FilesystemDialogs, OpenDirectoryRemembersTheFolderAboveTheChoice)
     EXPECT_EQ(Settings::lastAddDirectoryPath(), path("shoot"));
 }
 
+TEST_F(FilesystemDialogs, OpenDirectoryAllImagesReturnsThePicturesOfTheFolder)
+{
+    touch(path("album/a.jpg"));
+    touch(path("album/b.PNG"));
+    touch(path("album/clip.mp4"));
+    touch(path("album/old/c.png"));
+    TestSupport::FileDialogSeen seen;
+    driver.then<QFileDialog>([&](QFileDialog* d) {
+        seen = TestSupport::lookAt(d);
+        TestSupport::chooseFolder(d, path("album"));
+    });
+    QStringList files = Filesystem::openDirectoryAllImages();
+    files.sort();
+    EXPECT_EQ(files, (QStringList{path("album/a.jpg"), path("album/b.PNG")}));
+    EXPECT_EQ(seen.title, S("Open Folder"));
+    EXPECT_EQ(seen.directory, QDir::cleanPath(Filesystem::picturesLocation()));
+    EXPECT_TRUE(seen.options.testFlag(QFileDialog::ShowDirsOnly));
+}
+
+TEST_F(FilesystemDialogs, OpenStockedAudioFilesOffersAudioAndAllFiles)
+{
+    touch(path("stock/rain.wav"));
+    touch(path("stock/wind.mp3"));
+    TestSupport::FileDialogSeen seen;
+    driver.then<QFileDialog>([&](QFileDialog* d) {
+        seen = TestSupport::lookAt(d);
+        TestSupport::chooseFiles(d, path("stock"), {S("rain.wav"), S("wind.mp3")});
+    });
+    QStringList files = Filesystem::openStockedAudioFiles(path("stock"));
+    files.sort();
+    EXPECT_EQ(files, (QStringList{path("stock/rain.wav"), path("stock/wind.mp3")}));
+    EXPECT_EQ(seen.title, S("Open Audio Files"));
+    EXPECT_EQ(seen.directory, path("stock"));
+    ASSERT_EQ(seen.filters.size(), 2);
+    EXPECT_EQ(seen.filters[0],
+              S("Audio Files (") + Filesystem::extensionsToFileFilters(Filesystem::musicExtensions()).join(QLatin1Char(' '))
+                  + S(")"));
+    EXPECT_EQ(seen.filters[1], S("All Files (*)"));
+}
+
+TEST_F(FilesystemDialogs, BrowseDirectoryReturnsTheChosenFolderOrNothing)
+{
+    QDir().mkpath(path("start"));
+    QDir().mkpath(path("target/inner"));
+    TestSupport::FileDialogSeen seen;
+    driver.then<QFileDialog>([&](QFileDialog* d) {
+        seen = TestSupport::lookAt(d);
+        TestSupport::chooseFolder(d, path("target/inner"));
+    });
+    EXPECT_EQ(Filesystem::browseDirectory(path("start")), path("target/inner"));
+    EXPECT_EQ(seen.title, S("Select Folder"));
+    EXPECT_EQ(seen.directory, path("start"));
+    EXPECT_TRUE(seen.options.testFlag(QFileDialog::ShowDirsOnly));
+
+    driver.then<QFileDialog>([](QFileDialog* d) { d->reject(); });
+    EXPECT_EQ(Filesystem::browseDirectory(path("start")), QString());
+    EXPECT_EQ(driver.stepsDone(), 2);
+}
+
 TEST_F(FilesystemDialogs, SavingProjectProposesTheDefaultName)
 {
     Settings::setProjectPath(path("projects"));
@@ -204,20 +333,37 @@ TEST_F(FilesystemDialogs, SavingProjectProposesTheDefaultName)
     EXPECT_EQ(directory, path("projects"));
 }
 
+TEST_F(FilesystemDialogs, SavingProjectProposesTheSuggestedPath)
+{
+    Settings::setProjectPath(path("projects"));
+    QDir().mkpath(path("work"));
+    TestSupport::FileDialogSeen seen;
+    driver.then<QFileDialog>([&](QFileDialog* d) {
+        seen = TestSupport::lookAt(d);
+        d->reject();
+    });
+    EXPECT_EQ(Filesystem::savingProjectPath(path("work") + S("/./trip.dscproj ")), QString());
+    EXPECT_EQ(seen.filters, QStringList{S("Project files (*.dscproj)")});
+    EXPECT_EQ(seen.directory, path("work"));
+    EXPECT_EQ(seen.typed, S("trip.dscproj"));
+    EXPECT_TRUE(seen.options.testFlag(QFileDialog::HideNameFilterDetails));
+    EXPECT_TRUE(QFileInfo(path("projects")).isDir()); // the project folder is made all the same
+}
+
 TEST_F(FilesystemDialogs, SavingSnapshotRemembersANewFolder)
 {
     Settings::setSnapshotPath(path("shots"));
     QDir().mkpath(path("other"));
-    QStringList filters;
-    QString proposed;
+    TestSupport::FileDialogSeen seen;
     driver.then<QFileDialog>([&](QFileDialog* d) {
-        filters = d->nameFilters();
-        proposed = d->findChild<QLineEdit*>(S("fileNameEdit"))->text();
+        seen = TestSupport::lookAt(d);
         TestSupport::chooseFiles(d, path("other"), {S("frame.png")});
     });
     EXPECT_EQ(Filesystem::savingSnapshotPath(), path("other/frame.png"));
-    EXPECT_EQ(filters, QStringList{S("Snapshot files (*.png)")});
-    EXPECT_EQ(proposed, S("snapshot.png"));
+    EXPECT_EQ(seen.title, S("Save Snapshot"));
+    EXPECT_EQ(seen.directory, path("shots"));
+    EXPECT_EQ(seen.filters, QStringList{S("Snapshot files (*.png)")});
+    EXPECT_EQ(seen.typed, S("snapshot.png"));
     EXPECT_TRUE(QFileInfo(path("shots")).isDir());
     EXPECT_EQ(Settings::snapshotPath(), path("other"));
 }

@@ -183,6 +183,17 @@ TEST_F(FilesystemDisk, RemoveDirectoryOfALinkKeepsWhatItPointsTo)
     EXPECT_EQ(readFile(path("real/keep.mp4")), QByteArray("kept"));
 }
 
+TEST_F(FilesystemDisk, RemoveDirectoryDoesNotFollowLinksInsideTheTree)
+{
+    writeFile(path("library/shared.mp4"), "kept");
+    writeFile(path("project/own.mp4"));
+    ASSERT_TRUE(QFile::link(path("library"), path("project/media")));
+    ASSERT_TRUE(QFile::link(path("library/shared.mp4"), path("project/clip.mp4")));
+    EXPECT_TRUE(Filesystem::removeDirectory(path("project")));
+    EXPECT_FALSE(QFileInfo::exists(path("project")));
+    EXPECT_EQ(readFile(path("library/shared.mp4")), QByteArray("kept"));
+}
+
 TEST_F(FilesystemDisk, RemoveDirectoryOfAMissingFolderSucceedsWithALogLine)
 {
     EXPECT_TRUE(Filesystem::removeDirectory(path("never-was")));
@@ -353,6 +364,24 @@ TEST_F(FilesystemDisk, CopyRecursivelySkipsExcludedNames)
     EXPECT_EQ(readFile(path("to/sub/b.wav")), QByteArray("b"));
     EXPECT_FALSE(QFileInfo::exists(path("to/sub/cache.tmp")));
     EXPECT_FALSE(QFileInfo::exists(path("to/.thumbs")));
+}
+
+TEST_F(FilesystemDisk, CopyRecursivelyKeepsLinksToFoldersAsLinks)
+{
+    writeFile(path("library/shared.mp4"), "shared");
+    writeFile(path("from/own.mp4"), "own");
+    ASSERT_TRUE(QFile::link(path("library"), path("from/media")));
+    EXPECT_TRUE(Filesystem::copyRecursively(path("from"), path("to"), {}, false));
+    EXPECT_EQ(readFile(path("to/own.mp4")), QByteArray("own"));
+    EXPECT_EQ(QFileInfo(path("to/media")).symLinkTarget(), path("library"));
+    EXPECT_EQ(readFile(path("to/media/shared.mp4")), QByteArray("shared"));
+    EXPECT_TRUE(log.errors().empty());
+
+    // Copying again replaces the link only when asked to, and never what it points to.
+    EXPECT_FALSE(Filesystem::copyRecursively(path("from"), path("to"), {}, false));
+    EXPECT_TRUE(Filesystem::copyRecursively(path("from"), path("to"), {}, true));
+    EXPECT_EQ(QFileInfo(path("to/media")).symLinkTarget(), path("library"));
+    EXPECT_EQ(readFile(path("library/shared.mp4")), QByteArray("shared"));
 }
 
 TEST_F(FilesystemDisk, CopyRecursivelyOverwritesOnlyWhenAsked)

@@ -177,13 +177,13 @@ MissingFileAction DialogStrategy::alertMissingFile(const QString& fileName, cons
 
 bool DialogStrategy::showHasFailedFiles(bool allowKeep, const QString& message)
 {
-    QString text = tr("Some of the files can't be opened.");
-    if (!message.isEmpty())
-        text += QStringLiteral("<br>") + message;
-    text += tr("<br>Please choose:<br>Remove unopened files from the project or keep them?");
+    const QString text = tr("Some of the files can't be opened.")
+        + tr("<br>Please choose:<br>Remove unopened files from the project or keep them?");
     AlertBox box(AlertBox::LevelQuestion, tr("Can't open files"), text, QMessageBox::NoButton, parentWindow(),
                  kFixedDialog);
     box.SetRichText(true);
+    if (!message.isEmpty())
+        box.setDetailedText(message);
     QAbstractButton* keep = allowKeep ? box.AddButton(tr("Keep"), QMessageBox::RejectRole) : nullptr;
     QAbstractButton* remove = box.AddButton(tr("Remove"), QMessageBox::AcceptRole);
     box.Exec();

@@ -32,8 +32,9 @@ EDITORUTIL_EXPORT bool alertRestoreSession();
 // `details`, when not empty, is offered under the box's "Show Details..." button.
 EDITORUTIL_EXPORT void showCriticalError(const QApplication& application, const QString& details);
 EDITORUTIL_EXPORT void showFileInfo(const Media::File* file);
-// Asks whether files that failed to open are removed (true) or kept (false). `message` is
-// shown below the first sentence; when `allowKeep` is false only "Remove" is offered.
+// Asks whether files that failed to open are removed (true) or kept (false). `message`, when
+// not empty (the failed files and why), is offered under the box's "Show Details..." button;
+// when `allowKeep` is false only "Remove" is offered.
 EDITORUTIL_EXPORT bool showHasFailedFiles(bool allowKeep, const QString& message);
 // `details`, when not empty, is offered under the box's "Show Details..." button.
 EDITORUTIL_EXPORT void showMessageAlert(const QString& title, const QString& text, const QString& details);

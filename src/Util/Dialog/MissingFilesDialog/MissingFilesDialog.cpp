@@ -136,7 +136,7 @@ MissingFilesDialog::MissingFilesDialog(const QStringList& missingFiles, QWidget*
     for (const QString& path : qAsConst(m_missing)) {
         auto* item = new QTreeWidgetItem(m_filesView);
         item->setText(kNameColumn, QFileInfo(path).fileName());
-        item->setText(kPathColumn, QFileInfo(path).path());
+        item->setText(kPathColumn, Filesystem::cleanPath(QFileInfo(path).path()));
         item->setData(kNameColumn, Qt::UserRole, path);
         item->setToolTip(kPathColumn, path);
     }
