@@ -196,6 +196,10 @@ FrameResult decodeFrame(const FrameRequest& request, const Limits& limits, const
             av_packet_unref(packet.get());
             continue;
         }
+        // Frames well before the target that no other frame refers to need not be decoded.
+        const int64_t margin = 2 * std::max<int64_t>(packet->duration, 1);
+        decoder->skip_frame = packet->pts != AV_NOPTS_VALUE && packet->pts < target - margin ? AVDISCARD_NONREF
+                                                                                           : AVDISCARD_DEFAULT;
         status = avcodec_send_packet(decoder.get(), packet.get());
         av_packet_unref(packet.get());
         if (status >= 0)
