@@ -288,6 +288,11 @@ QString copyOf(Sample sample, const QString& name)
     return QFile::copy(path(sample), file) ? file : QString();
 }
 
+QString scratchPath(const QString& name)
+{
+    return inFolder(name);
+}
+
 bool hasEncoder(const char* name)
 {
     static QHash<QString, bool> known;

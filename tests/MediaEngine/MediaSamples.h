@@ -37,6 +37,8 @@ QString path(Sample sample);
 // A copy of the sample under a new name in the samples folder (for tests that need
 // several distinct files).
 QString copyOf(Sample sample, const QString& name);
+// A path in the samples folder for a file a test writes itself.
+QString scratchPath(const QString& name);
 // Whether the ffmpeg command line lists the encoder.
 bool hasEncoder(const char* name);
 
