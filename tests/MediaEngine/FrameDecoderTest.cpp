@@ -135,6 +135,30 @@ TEST(DecodeResize, expandingAndIgnoringTheAspectFillTheWholeSize)
     }
 }
 
+TEST(DecodeResize, expandingAVeryWideFrameKeepsItsMiddle)
+{
+    const FrameResult result = decodeFrame(requestOf(Sample::PngStrip, 0, QSize(90, 90)));
+
+    ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
+    ASSERT_EQ(result.image.size(), QSize(90, 90));
+    for (const QPoint point : {QPoint(0, 0), QPoint(45, 45), QPoint(89, 89)})
+        EXPECT_TRUE(near(result.image.pixel(point), Qt::green)) << describe(result.image.pixel(point));
+}
+
+TEST(DecodeResize, fittingAVeryWideFrameShowsItWhole)
+{
+    const FrameResult result =
+        decodeFrame(requestOf(Sample::PngStrip, 0, QSize(300, 90), ResizeMode::KeepAspectRatio, Qt::black));
+
+    ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
+    ASSERT_EQ(result.image.size(), QSize(300, 90));
+    // 300x2 of picture across the middle rows.
+    EXPECT_TRUE(near(result.image.pixel(50, 44), Qt::red)) << describe(result.image.pixel(50, 44));
+    EXPECT_TRUE(near(result.image.pixel(150, 44), Qt::green)) << describe(result.image.pixel(150, 44));
+    EXPECT_TRUE(near(result.image.pixel(250, 45), Qt::blue)) << describe(result.image.pixel(250, 45));
+    EXPECT_TRUE(near(result.image.pixel(150, 10), Qt::black, 8));
+}
+
 TEST(DecodeResize, theShapeOfAPixelCountsWhenKeepingTheAspect)
 {
     // 720x576 with 16:15 pixels shows as 768x576 (4:3): 120x90 of picture in 160x90,

@@ -18,6 +18,7 @@ enum class Sample {
     JpegImage,       // green 80x60
     BmpImage,        // blue 50x40
     WebpImage,       // yellow 32x24
+    PngStrip,        // 3000x20: red, green and blue thirds
     PngNamedMov,     // the red png under a video extension
     TextNamedMkv,    // a text file under a video extension
     TruncatedMp4,    // the first 4 KiB of an mp4 whose index is at its end
