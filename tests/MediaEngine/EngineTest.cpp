@@ -7,11 +7,14 @@
 #include <QCoreApplication>
 #include <QSignalSpy>
 #include <QTest>
+#include <QRandomGenerator>
 #include <QThread>
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
+#include <set>
 #include <vector>
 
 using namespace MediaEngine;
@@ -200,6 +203,38 @@ TEST_F(EngineTest, destroyingTheEngineWithWorkUnderWayAnswersNothing)
 
     EXPECT_EQ(destroyed.count(), 1);
     EXPECT_EQ(answers, 0);
+}
+
+TEST_F(EngineTest, amongManyJobsEveryKeptOneAnswersOnceAndNoCancelledOneAnswers)
+{
+    const std::vector<Sample> samples = {Sample::Mp4Colours, Sample::MkvVideo, Sample::AviVideoAudio, Sample::PngImage,
+                                         Sample::RandomBytes, Sample::WavAudio};
+    std::map<JobId, int> answers;
+    std::vector<JobId> ids;
+    QRandomGenerator random(7);
+    for (int i = 0; i < 60; ++i) {
+        const Sample sample = samples[size_t(i) % samples.size()];
+        const JobId id = i % 2 == 0
+            ? engine->probe(MediaSamples::path(sample), nullptr, [&answers, &ids, i](const ProbeResult&) { ++answers[ids[size_t(i)]]; })
+            : engine->requestFrame(thumbnailOf(sample, random.bounded(2'000'000)), nullptr,
+                                   [&answers, &ids, i](const FrameResult&) { ++answers[ids[size_t(i)]]; });
+        ids.push_back(id);
+    }
+    std::set<JobId> cancelled;
+    // Some are dropped while queued or running, some after their work finished.
+    for (JobId id : ids)
+        if (random.bounded(3) == 0 && engine->cancel(id))
+            cancelled.insert(id);
+    ASSERT_TRUE(engine->waitForDone(60000));
+    for (JobId id : ids)
+        if (random.bounded(4) == 0 && engine->cancel(id))
+            cancelled.insert(id);
+    QCoreApplication::processEvents();
+
+    EXPECT_EQ(engine->pendingCount(), 0);
+    for (JobId id : ids)
+        EXPECT_EQ(answers[id], cancelled.count(id) ? 0 : 1) << id;
+    EXPECT_FALSE(cancelled.empty());
 }
 
 TEST_F(EngineTest, aMissingCallbackIsRefusedWithALogLine)
