@@ -37,7 +37,8 @@ public:
     const Limits& limits() const { return m_limits; }
 
     // Reads the streams of the file; `callback` receives the result unless cancelled
-    // first. `context` (living on the engine's thread) bounds the callback's lifetime.
+    // first. `context` (living on the engine's thread; null for the engine itself) bounds
+    // the callback's lifetime. The id of the job, or 0 (and a log line) without a callback.
     JobId probe(const QString& path, QObject* context, ProbeCallback callback);
 
     // Decodes a frame; a frame in the cache is answered without decoding (fromCache set),
