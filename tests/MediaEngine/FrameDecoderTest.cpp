@@ -96,7 +96,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(ContainerCase{"mp4WithAudio", Sample::Mp4VideoAudio, 1'000'000, 1'000'000},
                     ContainerCase{"mkvNtscRate", Sample::MkvVideo, 1'000'000, 1'001'000},
                     ContainerCase{"aviWithAudio", Sample::AviVideoAudio, 1'010'000, 1'000'000},
-                    ContainerCase{"mkvAnamorphic", Sample::MkvAnamorphic, 520'000, 520'000}),
+                    ContainerCase{"mkvAnamorphic", Sample::MkvAnamorphic, 520'000, 520'000},
+                    ContainerCase{"animatedGif", Sample::GifAnimation, 610'000, 600'000}),
     [](const testing::TestParamInfo<ContainerCase>& info) { return std::string(info.param.name); });
 
 // The colours sample is 16:9; asked for a square it is fitted, cut or stretched.

@@ -216,6 +216,10 @@ QString make(Sample sample)
         const QString file = inFolder(QStringLiteral("strip.png"));
         return strip.save(file, "PNG") ? file : QString();
     }
+    case Sample::GifAnimation: {
+        const QString file = inFolder(QStringLiteral("animation.gif"));
+        return runFfmpeg(lavfi(QStringLiteral("testsrc=size=64x48:rate=10:duration=1")), file) ? file : QString();
+    }
     case Sample::WebpImage: {
         const QString file = inFolder(QStringLiteral("image.webp"));
         QStringList arguments = lavfi(QStringLiteral("color=c=yellow:size=32x24"));

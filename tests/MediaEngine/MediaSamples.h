@@ -19,6 +19,7 @@ enum class Sample {
     BmpImage,        // blue 50x40
     WebpImage,       // yellow 32x24
     PngStrip,        // 3000x20: red, green and blue thirds
+    GifAnimation,    // 64x48 10 fps 1 s, an animated picture
     PngNamedMov,     // the red png under a video extension
     TextNamedMkv,    // a text file under a video extension
     TruncatedMp4,    // the first 4 KiB of an mp4 whose index is at its end
