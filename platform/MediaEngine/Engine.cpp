@@ -5,6 +5,8 @@
 
 #include <QThread>
 
+#include <algorithm>
+
 #include <glog/logging.h>
 
 namespace MediaEngine {
@@ -47,8 +49,9 @@ JobId Engine::probe(const QString& path, QObject* context, ProbeCallback callbac
     const JobId id = addJob(path, context, std::move(callback), nullptr);
     const Limits limits = m_limits;
     startWork<ProbeResult>(
-        id, [path, limits](const std::atomic_bool* cancelled) { return probeFile(path, limits, cancelled); },
-        &Engine::deliverProbe);
+        m_jobs.at(id).cancelled,
+        [path, limits](const std::atomic_bool* cancelled) { return probeFile(path, limits, cancelled); },
+        [this, id](const ProbeResult& result) { deliverProbe(id, result); });
     return id;
 }
 
@@ -59,6 +62,7 @@ JobId Engine::requestFrame(const FrameRequest& request, QObject* context, FrameC
         return 0;
     }
     const JobId id = addJob(request.path, context, nullptr, std::move(callback));
+    Job& job = m_jobs.at(id);
     const QImage cached = m_cache.find(request);
     if (!cached.isNull()) {
         FrameResult result;
@@ -69,27 +73,36 @@ JobId Engine::requestFrame(const FrameRequest& request, QObject* context, FrameC
             this, [this, id, result = std::move(result)]() { deliverFrame(id, result); }, Qt::QueuedConnection);
         return id;
     }
+    FrameKey key = FrameKey::of(request);
+    const auto sharing = m_flightByKey.find(key);
+    if (sharing != m_flightByKey.end()) {
+        job.flight = sharing->second;
+        m_flights.at(job.flight).waiters.push_back(id);
+        return id;
+    }
+    job.flight = id;
+    m_flights.emplace(id, Flight{key, {id}, job.cancelled});
+    m_flightByKey.emplace(std::move(key), id);
     const Limits limits = m_limits;
     startWork<FrameResult>(
-        id, [request, limits](const std::atomic_bool* cancelled) { return decodeFrame(request, limits, cancelled); },
-        &Engine::deliverFrame);
+        job.cancelled,
+        [request, limits](const std::atomic_bool* cancelled) { return decodeFrame(request, limits, cancelled); },
+        [this, id](const FrameResult& result) { deliverFlight(id, result); });
     return id;
 }
 
 template <typename Result>
-void Engine::startWork(JobId id, std::function<Result(const std::atomic_bool*)> work,
-                       void (Engine::*deliver)(JobId, const Result&))
+void Engine::startWork(std::shared_ptr<std::atomic_bool> cancelled, std::function<Result(const std::atomic_bool*)> work,
+                       std::function<void(const Result&)> deliver)
 {
-    std::shared_ptr<std::atomic_bool> cancelled = m_jobs.at(id).cancelled;
-    m_pool.start(QRunnable::create([this, id, work = std::move(work), deliver, cancelled]() {
+    m_pool.start(QRunnable::create([this, work = std::move(work), deliver = std::move(deliver), cancelled]() {
         if (cancelled->load())
             return;
         Result result = work(cancelled.get());
         if (cancelled->load())
             return;
         QMetaObject::invokeMethod(
-            this, [this, id, deliver, result = std::move(result)]() { (this->*deliver)(id, result); },
-            Qt::QueuedConnection);
+            this, [deliver, result = std::move(result)]() { deliver(result); }, Qt::QueuedConnection);
     }));
 }
 
@@ -98,13 +111,29 @@ QImage Engine::cachedFrame(const FrameRequest& request)
     return m_cache.find(request);
 }
 
+Engine::Jobs::iterator Engine::dropJob(Jobs::iterator job)
+{
+    const auto flight = job->second.flight ? m_flights.find(job->second.flight) : m_flights.end();
+    if (flight == m_flights.end()) {
+        job->second.cancelled->store(true);
+    } else {
+        std::vector<JobId>& waiters = flight->second.waiters;
+        waiters.erase(std::remove(waiters.begin(), waiters.end(), job->first), waiters.end());
+        if (waiters.empty()) {
+            flight->second.cancelled->store(true);
+            m_flightByKey.erase(flight->second.key);
+            m_flights.erase(flight);
+        }
+    }
+    return m_jobs.erase(job);
+}
+
 bool Engine::cancel(JobId id)
 {
     const auto found = m_jobs.find(id);
     if (found == m_jobs.end())
         return false;
-    found->second.cancelled->store(true);
-    m_jobs.erase(found);
+    dropJob(found);
     return true;
 }
 
@@ -113,8 +142,7 @@ int Engine::cancelFile(const QString& path)
     int dropped = 0;
     for (auto it = m_jobs.begin(); it != m_jobs.end();) {
         if (it->second.path == path) {
-            it->second.cancelled->store(true);
-            it = m_jobs.erase(it);
+            it = dropJob(it);
             ++dropped;
         } else {
             ++it;
@@ -129,6 +157,8 @@ void Engine::cancelAll()
     for (auto& [id, job] : m_jobs)
         job.cancelled->store(true);
     m_jobs.clear();
+    m_flights.clear();
+    m_flightByKey.clear();
 }
 
 bool Engine::takeJob(JobId id, Job& job)
@@ -148,14 +178,25 @@ void Engine::deliverProbe(JobId id, const ProbeResult& result)
         job.probeCallback(result);
 }
 
+void Engine::deliverFlight(JobId flightId, const FrameResult& result)
+{
+    const auto flight = m_flights.find(flightId);
+    if (flight == m_flights.end())
+        return; // every waiter was cancelled
+    const std::vector<JobId> waiters = std::move(flight->second.waiters);
+    m_flightByKey.erase(flight->second.key);
+    m_flights.erase(flight);
+    if (result.ok())
+        m_cache.insert(result.request, result.image);
+    // A callback may cancel the waiters after it: they are skipped.
+    for (const JobId id : waiters)
+        deliverFrame(id, result);
+}
+
 void Engine::deliverFrame(JobId id, const FrameResult& result)
 {
     Job job;
-    if (!takeJob(id, job))
-        return;
-    if (result.ok() && !result.fromCache)
-        m_cache.insert(result.request, result.image);
-    if (job.context)
+    if (takeJob(id, job) && job.context)
         job.frameCallback(result);
 }
 

@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <unordered_map>
+#include <vector>
 
 namespace MediaEngine {
 
@@ -36,11 +37,13 @@ public:
     const Limits& limits() const { return m_limits; }
 
     // Reads the streams of the file; `callback` receives the result unless cancelled
-    // first. `context` (living on the engine's thread) bounds the callback's lifetime.
+    // first. `context` (living on the engine's thread; null for the engine itself) bounds
+    // the callback's lifetime. The id of the job, or 0 (and a log line) without a callback.
     JobId probe(const QString& path, QObject* context, ProbeCallback callback);
 
-    // Decodes a frame; a frame in the cache is answered without decoding (fromCache set).
-    // Successful frames enter the cache.
+    // Decodes a frame; a frame in the cache is answered without decoding (fromCache set),
+    // and requests for a frame already being decoded share that decode. Successful frames
+    // enter the cache.
     JobId requestFrame(const FrameRequest& request, QObject* context, FrameCallback callback);
 
     // The cached frame for the request, or a null image; never decodes.
@@ -64,28 +67,42 @@ private:
     struct Job
     {
         QString path;
-        std::shared_ptr<std::atomic_bool> cancelled;
+        std::shared_ptr<std::atomic_bool> cancelled; // the flag its work watches
         QPointer<QObject> context;
         ProbeCallback probeCallback;
         FrameCallback frameCallback;
+        JobId flight = 0; // the decode a frame job waits for
     };
+    // One decode and the frame jobs that asked for the same frame meanwhile.
+    struct Flight
+    {
+        FrameKey key;
+        std::vector<JobId> waiters;
+        std::shared_ptr<std::atomic_bool> cancelled; // set when the last waiter is dropped
+    };
+    using Jobs = std::unordered_map<JobId, Job>;
 
     JobId addJob(const QString& path, QObject* context, ProbeCallback probeCallback, FrameCallback frameCallback);
+    // Forgets the job; its work stops unless other jobs wait for the same decode.
+    Jobs::iterator dropJob(Jobs::iterator job);
     // Runs `work` on the pool and hands its result to `deliver` on the engine's thread,
-    // unless the job is cancelled in between.
+    // unless `cancelled` is set in between.
     template <typename Result>
-    void startWork(JobId id, std::function<Result(const std::atomic_bool*)> work,
-                   void (Engine::*deliver)(JobId, const Result&));
+    void startWork(std::shared_ptr<std::atomic_bool> cancelled, std::function<Result(const std::atomic_bool*)> work,
+                   std::function<void(const Result&)> deliver);
     // Takes the job out of the pending ones; false when it was cancelled.
     bool takeJob(JobId id, Job& job);
     void deliverProbe(JobId id, const ProbeResult& result);
+    void deliverFlight(JobId flight, const FrameResult& result);
     void deliverFrame(JobId id, const FrameResult& result);
 
     Limits m_limits;
     QThreadPool m_pool;
     FrameCache m_cache;
     JobId m_nextId = 1;
-    std::unordered_map<JobId, Job> m_jobs;
+    Jobs m_jobs;
+    std::unordered_map<JobId, Flight> m_flights;
+    std::unordered_map<FrameKey, JobId, FrameKeyHash> m_flightByKey;
 };
 
 } // namespace MediaEngine

@@ -4,14 +4,14 @@
 
 namespace MediaEngine {
 
-bool FrameCache::Key::operator==(const Key& other) const
+bool FrameKey::operator==(const FrameKey& other) const
 {
     return time == other.time && streamIndex == other.streamIndex && size == other.size
         && resizeMode == other.resizeMode && padding == other.padding && paddingValid == other.paddingValid
         && path == other.path;
 }
 
-size_t FrameCache::KeyHash::operator()(const Key& key) const
+size_t FrameKeyHash::operator()(const FrameKey& key) const
 {
     size_t seed = qHash(key.path);
     auto combine = [&seed](size_t value) { seed ^= value + 0x9e3779b97f4a7c15ULL + (seed << 6) + (seed >> 2); };
@@ -30,9 +30,9 @@ FrameCache::FrameCache(int capacity)
 {
 }
 
-FrameCache::Key FrameCache::keyOf(const FrameRequest& request)
+FrameKey FrameKey::of(const FrameRequest& request)
 {
-    return Key{request.path,
+    return FrameKey{request.path,
                request.streamIndex,
                request.time,
                request.size,
@@ -43,7 +43,7 @@ FrameCache::Key FrameCache::keyOf(const FrameRequest& request)
 
 QImage FrameCache::find(const FrameRequest& request)
 {
-    const auto found = m_index.find(keyOf(request));
+    const auto found = m_index.find(FrameKey::of(request));
     if (found == m_index.end())
         return {};
     m_entries.splice(m_entries.begin(), m_entries, found->second);
@@ -54,7 +54,7 @@ void FrameCache::insert(const FrameRequest& request, const QImage& image)
 {
     if (m_capacity == 0 || image.isNull())
         return;
-    Key key = keyOf(request);
+    FrameKey key = FrameKey::of(request);
     const auto found = m_index.find(key);
     if (found != m_index.end()) {
         found->second->second = image;

@@ -7,6 +7,26 @@
 
 namespace MediaEngine {
 
+// What makes two frame requests the same: file, stream, time, size, mode and padding colour.
+struct MEDIAENGINE_EXPORT FrameKey
+{
+    QString path;
+    int streamIndex;
+    qint64 time;
+    QSize size;
+    int resizeMode;
+    QRgb padding;
+    bool paddingValid;
+
+    static FrameKey of(const FrameRequest& request);
+    bool operator==(const FrameKey& other) const;
+};
+
+struct MEDIAENGINE_EXPORT FrameKeyHash
+{
+    size_t operator()(const FrameKey& key) const;
+};
+
 // The most recently used frames by request, so that asking again for a frame (scrolling
 // back, a repaint) costs a lookup instead of a decode. Not thread-safe: the engine uses it
 // on its own thread only.
@@ -29,29 +49,13 @@ public:
     void setCapacity(int capacity);
 
 private:
-    struct Key
-    {
-        QString path;
-        int streamIndex;
-        qint64 time;
-        QSize size;
-        int resizeMode;
-        QRgb padding;
-        bool paddingValid;
-        bool operator==(const Key& other) const;
-    };
-    struct KeyHash
-    {
-        size_t operator()(const Key& key) const;
-    };
-    using Entry = std::pair<Key, QImage>;
+    using Entry = std::pair<FrameKey, QImage>;
 
-    static Key keyOf(const FrameRequest& request);
     void trim();
 
     int m_capacity;
     std::list<Entry> m_entries; // most recently used first
-    std::unordered_map<Key, std::list<Entry>::iterator, KeyHash> m_index;
+    std::unordered_map<FrameKey, std::list<Entry>::iterator, FrameKeyHash> m_index;
 };
 
 } // namespace MediaEngine

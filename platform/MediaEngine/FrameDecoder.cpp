@@ -10,6 +10,7 @@ extern "C" {
 
 #include <glog/logging.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace MediaEngine {
@@ -33,23 +34,37 @@ struct Geometry
     QPoint offset;  // ...is drawn at this place of the result
 };
 
+// Where the frame goes when it is stretched or fitted whole.
 Geometry geometryFor(const QSize& source, double pixelAspect, const QSize& size, ResizeMode mode)
 {
-    if (mode == ResizeMode::IgnoreAspectRatio)
+    if (mode != ResizeMode::KeepAspectRatio)
         return {size, QPoint()};
     const double displayWidth = source.width() * pixelAspect;
-    const double scaleX = size.width() / displayWidth;
-    const double scaleY = size.height() / double(source.height());
-    const double scale = mode == ResizeMode::KeepAspectRatio ? std::min(scaleX, scaleY) : std::max(scaleX, scaleY);
-    const QSize scaled(std::max(1, int(std::lround(displayWidth * scale))),
-                       std::max(1, int(std::lround(source.height() * scale))));
-    if (mode == ResizeMode::KeepAspectRatio)
-        return {scaled.boundedTo(size), QPoint((size.width() - scaled.width()) / 2, (size.height() - scaled.height()) / 2)};
-    return {scaled.expandedTo(size), QPoint((size.width() - scaled.width()) / 2, (size.height() - scaled.height()) / 2)};
+    const double scale = std::min(size.width() / displayWidth, size.height() / double(source.height()));
+    const QSize scaled = QSize(std::max(1, int(std::lround(displayWidth * scale))),
+                               std::max(1, int(std::lround(source.height() * scale))))
+                             .boundedTo(size);
+    return {scaled, QPoint((size.width() - scaled.width()) / 2, (size.height() - scaled.height()) / 2)};
 }
 
-// Places the scaled picture into a result of exactly `size`: padded when it is smaller,
-// cut evenly when it is larger.
+// Keeps the middle of the frame that has the shape of `size`, so that stretching it fills
+// the size without distortion. Cutting before scaling keeps a very wide or tall frame from
+// being scaled up whole.
+void cropToShapeOf(AVFrame* frame, double pixelAspect, const QSize& size)
+{
+    const double displayWidth = frame->width * pixelAspect;
+    const double scale = std::max(size.width() / displayWidth, size.height() / double(frame->height));
+    const int keptWidth = std::clamp(int(std::lround(size.width() / scale / pixelAspect)), 1, frame->width);
+    const int keptHeight = std::clamp(int(std::lround(size.height() / scale)), 1, frame->height);
+    frame->crop_left = size_t(frame->width - keptWidth) / 2;
+    frame->crop_right = size_t(frame->width - keptWidth) - frame->crop_left;
+    frame->crop_top = size_t(frame->height - keptHeight) / 2;
+    frame->crop_bottom = size_t(frame->height - keptHeight) - frame->crop_top;
+    if (av_frame_apply_cropping(frame, AV_FRAME_CROP_UNALIGNED) < 0)
+        frame->crop_left = frame->crop_right = frame->crop_top = frame->crop_bottom = 0; // stretched whole instead
+}
+
+// Places the scaled picture into a result of exactly `size`, padded when it is smaller.
 QImage compose(QImage scaled, const Geometry& geometry, const QSize& size, const QColor& paddingColor)
 {
     if (scaled.size() == size)
@@ -62,8 +77,10 @@ QImage compose(QImage scaled, const Geometry& geometry, const QSize& size, const
     return result;
 }
 
-QImage scaleFrame(const AVFrame* frame, double pixelAspect, const FrameRequest& request)
+QImage scaleFrame(AVFrame* frame, double pixelAspect, const FrameRequest& request)
 {
+    if (request.resizeMode == ResizeMode::KeepAspectRatioByExpanding)
+        cropToShapeOf(frame, pixelAspect, request.size);
     const Geometry geometry = geometryFor(QSize(frame->width, frame->height), pixelAspect, request.size,
                                           request.resizeMode);
     QImage scaled(geometry.scaled, QImage::Format_ARGB32);
@@ -196,6 +213,10 @@ FrameResult decodeFrame(const FrameRequest& request, const Limits& limits, const
             av_packet_unref(packet.get());
             continue;
         }
+        // Frames well before the target that no other frame refers to need not be decoded.
+        const int64_t margin = 2 * std::max<int64_t>(packet->duration, 1);
+        decoder->skip_frame = packet->pts != AV_NOPTS_VALUE && packet->pts < target - margin ? AVDISCARD_NONREF
+                                                                                           : AVDISCARD_DEFAULT;
         status = avcodec_send_packet(decoder.get(), packet.get());
         av_packet_unref(packet.get());
         if (status >= 0)

@@ -7,11 +7,14 @@
 #include <QCoreApplication>
 #include <QSignalSpy>
 #include <QTest>
+#include <QRandomGenerator>
 #include <QThread>
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
+#include <set>
 #include <vector>
 
 using namespace MediaEngine;
@@ -173,6 +176,79 @@ TEST_F(EngineTest, aRepeatedFrameComesFromTheCacheAsTheSameImage)
     EXPECT_EQ(engine->cachedFrame(request).cacheKey(), answers[0].image.cacheKey());
 }
 
+TEST_F(EngineTest, requestsForAFrameBeingDecodedShareTheDecode)
+{
+    const FrameRequest request = thumbnailOf(Sample::Mp4Colours, 700'000);
+    std::vector<std::pair<int, FrameResult>> answers;
+    for (int i = 0; i < 3; ++i)
+        engine->requestFrame(request, nullptr, [&answers, i](const FrameResult& result) { answers.emplace_back(i, result); });
+    EXPECT_EQ(engine->pendingCount(), 3);
+
+    settle();
+
+    ASSERT_EQ(answers.size(), 3u);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(answers[size_t(i)].first, i); // in the order asked
+        EXPECT_FALSE(answers[size_t(i)].second.fromCache);
+        // One decode: the very same image for all.
+        EXPECT_EQ(answers[size_t(i)].second.image.cacheKey(), answers[0].second.image.cacheKey());
+    }
+}
+
+TEST_F(EngineTest, cancellingOneOfTheRequestsSharingADecodeKeepsTheOthers)
+{
+    const FrameRequest request = thumbnailOf(Sample::Mp4Colours, 700'000);
+    std::vector<int> answered;
+    const JobId first = engine->requestFrame(request, nullptr, [&](const FrameResult&) { answered.push_back(1); });
+    engine->requestFrame(request, nullptr, [&](const FrameResult&) { answered.push_back(2); });
+    const JobId third = engine->requestFrame(request, nullptr, [&](const FrameResult&) { answered.push_back(3); });
+
+    EXPECT_TRUE(engine->cancel(first));
+    EXPECT_TRUE(engine->cancel(third));
+    settle();
+
+    EXPECT_EQ(answered, std::vector<int>{2});
+    EXPECT_FALSE(engine->cachedFrame(request).isNull());
+}
+
+TEST_F(EngineTest, cancellingEveryRequestSharingADecodeStopsIt)
+{
+    const FrameRequest request = thumbnailOf(Sample::Mp4Colours, 900'000);
+    int answers = 0;
+    const JobId first = engine->requestFrame(request, nullptr, [&](const FrameResult&) { ++answers; });
+    const JobId second = engine->requestFrame(request, nullptr, [&](const FrameResult&) { ++answers; });
+
+    EXPECT_TRUE(engine->cancel(second));
+    EXPECT_TRUE(engine->cancel(first));
+    settle();
+
+    EXPECT_EQ(answers, 0);
+    EXPECT_TRUE(engine->cachedFrame(request).isNull());
+
+    // A new request for the frame decodes it afresh.
+    engine->requestFrame(request, nullptr, [&](const FrameResult& result) { answers += result.ok() ? 1 : 100; });
+    settle();
+    EXPECT_EQ(answers, 1);
+}
+
+TEST_F(EngineTest, aCallbackMayCancelTheRequestsAfterIt)
+{
+    const FrameRequest request = thumbnailOf(Sample::Mp4Colours, 300'000);
+    std::vector<int> answered;
+    JobId second = 0;
+    engine->requestFrame(request, nullptr, [&](const FrameResult&) {
+        answered.push_back(1);
+        engine->cancel(second);
+    });
+    second = engine->requestFrame(request, nullptr, [&](const FrameResult&) { answered.push_back(2); });
+    engine->requestFrame(request, nullptr, [&](const FrameResult&) { answered.push_back(3); });
+
+    settle();
+
+    EXPECT_EQ(answered, (std::vector<int>{1, 3}));
+    EXPECT_EQ(engine->pendingCount(), 0);
+}
+
 TEST_F(EngineTest, aFailedFrameIsNotCached)
 {
     const FrameRequest request = thumbnailOf(Sample::TruncatedMp4, 0);
@@ -200,6 +276,38 @@ TEST_F(EngineTest, destroyingTheEngineWithWorkUnderWayAnswersNothing)
 
     EXPECT_EQ(destroyed.count(), 1);
     EXPECT_EQ(answers, 0);
+}
+
+TEST_F(EngineTest, amongManyJobsEveryKeptOneAnswersOnceAndNoCancelledOneAnswers)
+{
+    const std::vector<Sample> samples = {Sample::Mp4Colours, Sample::MkvVideo, Sample::AviVideoAudio, Sample::PngImage,
+                                         Sample::RandomBytes, Sample::WavAudio};
+    std::map<JobId, int> answers;
+    std::vector<JobId> ids;
+    QRandomGenerator random(7);
+    for (int i = 0; i < 60; ++i) {
+        const Sample sample = samples[size_t(i) % samples.size()];
+        const JobId id = i % 2 == 0
+            ? engine->probe(MediaSamples::path(sample), nullptr, [&answers, &ids, i](const ProbeResult&) { ++answers[ids[size_t(i)]]; })
+            : engine->requestFrame(thumbnailOf(sample, random.bounded(2'000'000)), nullptr,
+                                   [&answers, &ids, i](const FrameResult&) { ++answers[ids[size_t(i)]]; });
+        ids.push_back(id);
+    }
+    std::set<JobId> cancelled;
+    // Some are dropped while queued or running, some after their work finished.
+    for (JobId id : ids)
+        if (random.bounded(3) == 0 && engine->cancel(id))
+            cancelled.insert(id);
+    ASSERT_TRUE(engine->waitForDone(60000));
+    for (JobId id : ids)
+        if (random.bounded(4) == 0 && engine->cancel(id))
+            cancelled.insert(id);
+    QCoreApplication::processEvents();
+
+    EXPECT_EQ(engine->pendingCount(), 0);
+    for (JobId id : ids)
+        EXPECT_EQ(answers[id], cancelled.count(id) ? 0 : 1) << id;
+    EXPECT_FALSE(cancelled.empty());
 }
 
 TEST_F(EngineTest, aMissingCallbackIsRefusedWithALogLine)

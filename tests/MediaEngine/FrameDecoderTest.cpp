@@ -96,7 +96,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(ContainerCase{"mp4WithAudio", Sample::Mp4VideoAudio, 1'000'000, 1'000'000},
                     ContainerCase{"mkvNtscRate", Sample::MkvVideo, 1'000'000, 1'001'000},
                     ContainerCase{"aviWithAudio", Sample::AviVideoAudio, 1'010'000, 1'000'000},
-                    ContainerCase{"mkvAnamorphic", Sample::MkvAnamorphic, 520'000, 520'000}),
+                    ContainerCase{"mkvAnamorphic", Sample::MkvAnamorphic, 520'000, 520'000},
+                    ContainerCase{"animatedGif", Sample::GifAnimation, 610'000, 600'000}),
     [](const testing::TestParamInfo<ContainerCase>& info) { return std::string(info.param.name); });
 
 // The colours sample is 16:9; asked for a square it is fitted, cut or stretched.
@@ -133,6 +134,30 @@ TEST(DecodeResize, expandingAndIgnoringTheAspectFillTheWholeSize)
         for (const QPoint point : {QPoint(0, 0), QPoint(99, 0), QPoint(50, 50), QPoint(0, 99), QPoint(99, 99)})
             EXPECT_TRUE(near(result.image.pixel(point), Qt::red)) << int(mode) << ": " << describe(result.image.pixel(point));
     }
+}
+
+TEST(DecodeResize, expandingAVeryWideFrameKeepsItsMiddle)
+{
+    const FrameResult result = decodeFrame(requestOf(Sample::PngStrip, 0, QSize(90, 90)));
+
+    ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
+    ASSERT_EQ(result.image.size(), QSize(90, 90));
+    for (const QPoint point : {QPoint(0, 0), QPoint(45, 45), QPoint(89, 89)})
+        EXPECT_TRUE(near(result.image.pixel(point), Qt::green)) << describe(result.image.pixel(point));
+}
+
+TEST(DecodeResize, fittingAVeryWideFrameShowsItWhole)
+{
+    const FrameResult result =
+        decodeFrame(requestOf(Sample::PngStrip, 0, QSize(300, 90), ResizeMode::KeepAspectRatio, Qt::black));
+
+    ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
+    ASSERT_EQ(result.image.size(), QSize(300, 90));
+    // 300x2 of picture across the middle rows.
+    EXPECT_TRUE(near(result.image.pixel(50, 44), Qt::red)) << describe(result.image.pixel(50, 44));
+    EXPECT_TRUE(near(result.image.pixel(150, 44), Qt::green)) << describe(result.image.pixel(150, 44));
+    EXPECT_TRUE(near(result.image.pixel(250, 45), Qt::blue)) << describe(result.image.pixel(250, 45));
+    EXPECT_TRUE(near(result.image.pixel(150, 10), Qt::black, 8));
 }
 
 TEST(DecodeResize, theShapeOfAPixelCountsWhenKeepingTheAspect)

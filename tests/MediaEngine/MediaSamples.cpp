@@ -207,6 +207,19 @@ QString make(Sample sample)
         const QString file = inFolder(QLatin1String(still.name));
         return image.save(file, still.format, 95) ? file : QString();
     }
+    case Sample::PngStrip: {
+        QImage strip(3000, 20, QImage::Format_RGB32);
+        const QColor thirds[] = {Qt::red, Qt::green, Qt::blue};
+        for (int x = 0; x < strip.width(); ++x)
+            for (int y = 0; y < strip.height(); ++y)
+                strip.setPixelColor(x, y, thirds[x / 1000]);
+        const QString file = inFolder(QStringLiteral("strip.png"));
+        return strip.save(file, "PNG") ? file : QString();
+    }
+    case Sample::GifAnimation: {
+        const QString file = inFolder(QStringLiteral("animation.gif"));
+        return runFfmpeg(lavfi(QStringLiteral("testsrc=size=64x48:rate=10:duration=1")), file) ? file : QString();
+    }
     case Sample::WebpImage: {
         const QString file = inFolder(QStringLiteral("image.webp"));
         QStringList arguments = lavfi(QStringLiteral("color=c=yellow:size=32x24"));
@@ -286,6 +299,11 @@ QString copyOf(Sample sample, const QString& name)
     const QString file = inFolder(name);
     QFile::remove(file);
     return QFile::copy(path(sample), file) ? file : QString();
+}
+
+QString scratchPath(const QString& name)
+{
+    return inFolder(name);
 }
 
 bool hasEncoder(const char* name)

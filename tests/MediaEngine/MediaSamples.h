@@ -18,6 +18,8 @@ enum class Sample {
     JpegImage,       // green 80x60
     BmpImage,        // blue 50x40
     WebpImage,       // yellow 32x24
+    PngStrip,        // 3000x20: red, green and blue thirds
+    GifAnimation,    // 64x48 10 fps 1 s, an animated picture
     PngNamedMov,     // the red png under a video extension
     TextNamedMkv,    // a text file under a video extension
     TruncatedMp4,    // the first 4 KiB of an mp4 whose index is at its end
@@ -37,6 +39,8 @@ QString path(Sample sample);
 // A copy of the sample under a new name in the samples folder (for tests that need
 // several distinct files).
 QString copyOf(Sample sample, const QString& name);
+// A path in the samples folder for a file a test writes itself.
+QString scratchPath(const QString& name);
 // Whether the ffmpeg command line lists the encoder.
 bool hasEncoder(const char* name);
 

@@ -112,6 +112,19 @@ INSTANTIATE_TEST_SUITE_P(Formats, ProbeImage,
                                          ImageCase{"pngUnderAVideoExtension", Sample::PngNamedMov, QSize(64, 48)}),
                          [](const testing::TestParamInfo<ImageCase>& info) { return std::string(info.param.name); });
 
+TEST(ProbeAnimatedPicture, isAVideoOfItsFrames)
+{
+    const ProbeResult result = probeFile(MediaSamples::path(Sample::GifAnimation));
+
+    ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
+    ASSERT_EQ(result.video.size(), 1u);
+    const VideoStream& video = result.video.front();
+    EXPECT_FALSE(video.stillImage);
+    EXPECT_EQ(video.frameSize, QSize(64, 48));
+    EXPECT_EQ(video.frameRate, boost::rational<long long>(10));
+    EXPECT_NEAR(double(video.duration), 1e6, 100'000.0);
+}
+
 TEST(ProbeAnamorphic, reportsThePixelAspect)
 {
     const ProbeResult result = probeFile(MediaSamples::path(Sample::MkvAnamorphic));

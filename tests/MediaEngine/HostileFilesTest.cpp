@@ -1,0 +1,83 @@
+#include "MediaSamples.h"
+
+#include <MediaEngine/FrameDecoder.h>
+#include <MediaEngine/Probe.h>
+
+#include <QFile>
+#include <QFileInfo>
+#include <QRandomGenerator>
+
+#include <gtest/gtest.h>
+
+using namespace MediaEngine;
+using MediaSamples::Sample;
+
+namespace {
+
+struct HostileCase
+{
+    const char* name;
+    Sample source;
+};
+
+class DamagedFiles : public testing::TestWithParam<HostileCase>
+{
+};
+
+// Copies of a good file with bytes overwritten or the tail cut at places chosen by a fixed
+// seed: every one probes and decodes to an answer with a known code, and a frame, when
+// there is one, has exactly the requested size.
+TEST_P(DamagedFiles, answerWithAKnownCodeAndNeverAWrongSizedFrame)
+{
+    QFile source(MediaSamples::path(GetParam().source));
+    ASSERT_TRUE(source.open(QIODevice::ReadOnly));
+    const QByteArray original = source.readAll();
+    ASSERT_GT(original.size(), 256);
+    QRandomGenerator random(quint32(qHash(QLatin1String(GetParam().name))));
+    const QString copyName = QStringLiteral("damaged-") + QLatin1String(GetParam().name) + QLatin1Char('.')
+        + QFileInfo(source.fileName()).suffix();
+
+    for (int round = 0; round < 24; ++round) {
+        QByteArray damaged = original;
+        if (round % 3 == 2) {
+            damaged.truncate(random.bounded(damaged.size()));
+        } else {
+            // The headers are where a bad value does the most harm.
+            const int span = round % 3 == 0 ? std::min(damaged.size(), 4096) : damaged.size();
+            for (int i = 0; i < 16; ++i)
+                damaged[random.bounded(span)] = char(random.bounded(256));
+        }
+        const QString file = MediaSamples::scratchPath(copyName);
+        QFile out(file);
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        out.write(damaged);
+        out.close();
+
+        const ProbeResult probe = probeFile(file);
+        EXPECT_TRUE(probe.ok() || probe.errorCode == ErrorCode::FileCorrupted || probe.errorCode == ErrorCode::Unknown
+                    || probe.errorCode == ErrorCode::CodecNotAvailable || probe.errorCode == ErrorCode::OutOfMemory)
+            << "round " << round << ": " << probe.errorCode;
+        if (!probe.ok()) {
+            EXPECT_TRUE(probe.video.empty() && probe.audio.empty()) << "round " << round;
+        }
+
+        FrameRequest request;
+        request.path = file;
+        request.time = 500'000;
+        request.size = QSize(48, 27);
+        const FrameResult frame = decodeFrame(request);
+        if (frame.ok()) {
+            EXPECT_EQ(frame.image.size(), QSize(48, 27)) << "round " << round;
+        } else {
+            EXPECT_TRUE(frame.image.isNull()) << "round " << round;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Containers, DamagedFiles,
+                         testing::Values(HostileCase{"mp4", Sample::Mp4VideoAudio}, HostileCase{"mkv", Sample::MkvVideo},
+                                         HostileCase{"avi", Sample::AviVideoAudio}, HostileCase{"png", Sample::PngImage},
+                                         HostileCase{"jpeg", Sample::JpegImage}, HostileCase{"ogg", Sample::OggAudio}),
+                         [](const testing::TestParamInfo<HostileCase>& info) { return std::string(info.param.name); });
+
+} // namespace
