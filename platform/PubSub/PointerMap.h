@@ -9,12 +9,12 @@ namespace PubSub::Details {
 
 // A hash map from object addresses to values, open-addressed with linear probing and kept at
 // most half full, so a lookup, an insertion and a removal cost a few memory reads whatever the
-// number of entries, and need no allocation but the occasional doubling. Addresses are spread
-// over the slots by Fibonacci hashing (multiplication by 2^64 / golden ratio, top bits), so
-// objects laid out one after another, or a power of two apart, never form long probe runs
-// (hashes that keep neighbouring objects in neighbouring slots were tried: they save cache
-// misses on large tables but let runs of neighbouring objects make probes linear).
-// Null is not a valid key.
+// number of entries, and need no allocation but the occasional doubling. Each 64-byte block of
+// memory has a group of eight neighbouring slots, chosen by Fibonacci hashing (multiplication by
+// 2^64 / golden ratio, top bits): objects that lie side by side share a group (a walk over them
+// touches few cache lines), and blocks, however regularly spaced, scatter over the table, so
+// probe runs stay short (a hash that kept whole runs of objects in neighbouring slots was tried:
+// those runs made probes linear). Null is not a valid key.
 template <class V>
 class PointerMap
 {
@@ -107,8 +107,12 @@ private:
 
     std::size_t home(const void* key) const noexcept
     {
+        // The 64-byte block of the address picks a group of eight slots (Fibonacci hashing), the
+        // address within the block a slot of the group.
         const std::uint64_t k = std::uint64_t(reinterpret_cast<std::uintptr_t>(key));
-        return std::size_t((k * 0x9E3779B97F4A7C15ull) >> (64 - m_bits));
+        const unsigned groupBits = m_bits - 3;
+        const std::uint64_t group = groupBits ? ((k >> 6) * 0x9E3779B97F4A7C15ull) >> (64 - groupBits) : 0;
+        return std::size_t((group << 3) | ((k >> 3) & 7));
     }
 
     void grow()
