@@ -23,8 +23,8 @@ QImage fitFrame(const QImage& frame, QSize size, int resizeMode, QColor padding)
         return frame.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     if (resizeMode == Qt::KeepAspectRatioByExpanding) {
         const QImage scaled = frame.scaled(size, Qt::KeepAspectRatioByExpanding, Qt::SmoothTransformation);
-        return scaled.copy((scaled.width() - size.width()) / 2, (scaled.height() - size.height()) / 2, size.width(),
-                           size.height());
+        return scaled.copy((scaled.width() - size.width()) / 2, (scaled.height() - size.height()) / 2,
+            size.width(), size.height());
     }
     const QImage scaled = frame.scaled(size, Qt::KeepAspectRatio, Qt::SmoothTransformation);
     if (padding.alpha() == 0 || scaled.size() == size)
@@ -106,9 +106,15 @@ StillImageProvider::~StillImageProvider()
     m_pool.waitForDone();
 }
 
-int StillImageProvider::pendingCount() const { return int(m_pending.size()); }
+int StillImageProvider::pendingCount() const
+{
+    return int(m_pending.size());
+}
 
-int StillImageProvider::decodeCount() const { return m_decodes; }
+int StillImageProvider::decodeCount() const
+{
+    return m_decodes;
+}
 
 void StillImageProvider::request(const Object* thumbnail)
 {
@@ -148,7 +154,8 @@ void StillImageProvider::request(const Object* thumbnail)
         const QImage image = decodeStill(still);
         QMutexLocker lock(&channel->mutex);
         if (channel->receiver)
-            QMetaObject::invokeMethod(channel->receiver, [this, key, image] { decoded(key, image); }, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(
+                channel->receiver, [this, key, image] { decoded(key, image); }, Qt::QueuedConnection);
     }));
 }
 
@@ -189,7 +196,8 @@ void StillImageProvider::answerLater(const Object* thumbnail, const QImage& imag
     if (m_flushQueued)
         return;
     m_flushQueued = true;
-    QMetaObject::invokeMethod(&m_context, [this] { flushAnswers(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        &m_context, [this] { flushAnswers(); }, Qt::QueuedConnection);
 }
 
 void StillImageProvider::flushAnswers()

@@ -21,7 +21,9 @@ namespace {
 class PanelEditor : public ModelEditor
 {
 public:
-    PanelEditor() : ModelEditor([](const auto&, const auto*) { return true; }, nullptr) {}
+    PanelEditor()
+        : ModelEditor([](const auto&, const auto*) { return true; }, nullptr)
+    { }
     bool deferPositionCheck(const Editor::Object*) const override { return defer; }
     bool defer = false;
 };
@@ -38,8 +40,8 @@ protected:
         playerEditor = std::make_unique<PlayerEditor>(panel, host.editor(), &panelClient);
         playerEditor->setPlayerService(&panelPlayer);
         note(playerClient(), &ExclusiveClient::released, "player editor lets go");
-        tracker = std::make_unique<EditPlaybackTracker>(playerClient(), playerEditor.get(), host.editor(),
-                                                        [this] { return editedClip; }, nullptr);
+        tracker = std::make_unique<EditPlaybackTracker>(
+            playerClient(), playerEditor.get(), host.editor(), [this] { return editedClip; }, nullptr);
         note(tracker.get(), &EditPlaybackTracker::playbackAvailable, "available");
         note(tracker.get(), &EditPlaybackTracker::playbackPositionChanged, "position changed");
         note(tracker.get(), &EditPlaybackTracker::playbackStateChanged, "state changed");
@@ -63,7 +65,7 @@ protected:
 
     ExclusiveService editorPlayer;
     ExclusiveService panelPlayer;
-    ExclusiveClient panelClient{&editorPlayer};
+    ExclusiveClient panelClient { &editorPlayer };
     PanelEditor panel;
     std::unique_ptr<PlayerEditor> playerEditor;
     const Timeline::Clip* editedClip = clip;
@@ -97,7 +99,8 @@ TEST_F(PlayerHoldTest, OneUnitPastTheEndTheHoldEndsAndThePlayerGoesBack)
 
     host.setPlaybackPosition(ClipEnd + 1);
 
-    EXPECT_THAT(journal, ElementsAre("position changed", "panel gives the player back", "player editor lets go"));
+    EXPECT_THAT(
+        journal, ElementsAre("position changed", "panel gives the player back", "player editor lets go"));
     EXPECT_FALSE(playerClient()->isInUse());
     EXPECT_TRUE(editorPlayer.isFree());
 }
@@ -108,7 +111,8 @@ TEST_F(PlayerHoldTest, OneUnitBeforeTheStartTheHoldEnds)
 
     host.setPlaybackPosition(ClipStart - 1);
 
-    EXPECT_THAT(journal, ElementsAre("position changed", "panel gives the player back", "player editor lets go"));
+    EXPECT_THAT(
+        journal, ElementsAre("position changed", "panel gives the player back", "player editor lets go"));
 }
 
 TEST_F(PlayerHoldTest, StartingPlaybackAlwaysEndsTheHold)
@@ -117,7 +121,8 @@ TEST_F(PlayerHoldTest, StartingPlaybackAlwaysEndsTheHold)
 
     host.setPlaybackCode(Playback::State::Playing);
 
-    EXPECT_THAT(journal, ElementsAre("state changed", "panel gives the player back", "player editor lets go"));
+    EXPECT_THAT(
+        journal, ElementsAre("state changed", "panel gives the player back", "player editor lets go"));
     EXPECT_TRUE(tracker->playing());
 }
 
@@ -224,7 +229,8 @@ TEST_F(EditPlaybackTrackerEdgeTest, WithoutPlaybackNothingHappens)
     ExclusiveService service;
     ExclusiveClient client(&service);
     AbstractEditor editor(nullptr);
-    EditPlaybackTracker tracker(&client, &editor, host.editor(), [] { return nullptr; }, nullptr);
+    EditPlaybackTracker tracker(
+        &client, &editor, host.editor(), [] { return nullptr; }, nullptr);
     QSignalSpy positions(&tracker, &EditPlaybackTracker::playbackPositionChanged);
 
     tracker.seekTo(500);
@@ -261,7 +267,8 @@ TEST_F(EditPlaybackTrackerEdgeTest, AnEmptyClipFunctionThrowsWhenTheCheckRuns)
 TEST_F(EditPlaybackTrackerEdgeTest, NullClientAndEditorAreTolerated)
 {
     TestSupport::LogCapture log;
-    EditPlaybackTracker tracker(nullptr, nullptr, nullptr, [] { return nullptr; }, nullptr);
+    EditPlaybackTracker tracker(
+        nullptr, nullptr, nullptr, [] { return nullptr; }, nullptr);
     QSignalSpy state(&tracker, &EditPlaybackTracker::playbackStateChanged);
     host.setPlaybackTimeline(timeline);
     tracker.setPlayback(host.playback());
@@ -275,9 +282,10 @@ TEST_F(EditPlaybackTrackerEdgeTest, NullClientAndEditorAreTolerated)
 
 TEST_F(EditPlaybackTrackerEdgeTest, APlaybackObjectThatGoesAwayIsForgotten)
 {
-    EditPlaybackTracker tracker(nullptr, nullptr, nullptr, [] { return nullptr; }, nullptr);
+    EditPlaybackTracker tracker(
+        nullptr, nullptr, nullptr, [] { return nullptr; }, nullptr);
     auto playback = std::make_unique<Playback::Object>();
-    playback->setState(Playback::State{});
+    playback->setState(Playback::State {});
     const Playback::Object* record = host.add(std::move(playback));
     tracker.setPlayback(record);
 

@@ -1,6 +1,6 @@
+#include "NotingEditor.h"
 #include "SessionFixture.h"
 
-#include <Util/Editor/ChainedEditor.h>
 #include <Util/Editor/ModelEditor.h>
 
 #include <QSignalSpy>
@@ -14,39 +14,6 @@ using testing::IsEmpty;
 
 namespace {
 
-// A panel's participant that notes each step it runs.
-class NotingEditor : public ChainedEditor
-{
-    Q_OBJECT
-
-public:
-    NotingEditor(AbstractEditor& parent, const Editor::Object* editor, std::string name, std::vector<std::string>& journal)
-        : ChainedEditor(parent, editor), m_name(std::move(name)), m_journal(journal)
-    {
-    }
-
-private slots:
-    void onLoad() override
-    {
-        m_journal.push_back(m_name + " loads, editing " + (editor()->canEdit() ? "a clip" : "nothing"));
-        ChainedEditor::onLoad();
-    }
-    void onApply() override
-    {
-        m_journal.push_back(m_name + " applies");
-        ChainedEditor::onApply();
-    }
-    void onReset() override
-    {
-        m_journal.push_back(m_name + " resets");
-        ChainedEditor::onReset();
-    }
-
-private:
-    std::string m_name;
-    std::vector<std::string>& m_journal;
-};
-
 // The panel: a ModelEditor with two participants below it, one of them with one of its own.
 class EditSessionTest : public SessionFixture
 {
@@ -56,7 +23,7 @@ protected:
         root = std::make_unique<ModelEditor>(
             [this](const std::set<const Timeline::Clip*>& clips, const Timeline::Object* t) {
                 journal.push_back("acceptor asked about " + std::to_string(clips.size()) + " clips of "
-                                  + (t == timeline ? "the edited timeline" : "another timeline"));
+                    + (t == timeline ? "the edited timeline" : "another timeline"));
                 return clips.count(clip) != 0;
             },
             [this](std::set<const Timeline::Clip*>& clips, const Timeline::Object* t) {
@@ -64,10 +31,10 @@ protected:
                     clips.erase(clip);
             });
         QObject::connect(root.get(), &ModelEditor::editorStateChanged, &listenerContext,
-                         [this](const Editor::Object* to, const Editor::Object* from) {
-                             journal.push_back(std::string("state ") + (from->active ? "active" : "idle") + " -> "
-                                               + (to->active ? "active" : "idle"));
-                         });
+            [this](const Editor::Object* to, const Editor::Object* from) {
+                journal.push_back(std::string("state ") + (from->active ? "active" : "idle") + " -> "
+                    + (to->active ? "active" : "idle"));
+            });
         settings = std::make_unique<NotingEditor>(*root, host.editor(), "settings", journal);
         preview = std::make_unique<NotingEditor>(*root, host.editor(), "preview", journal);
         previewPart = std::make_unique<NotingEditor>(*preview, host.editor(), "preview part", journal);
@@ -89,8 +56,9 @@ TEST_F(EditSessionTest, BeginningASessionChangesTheStateThenLoadsTheTreeTopDown)
 {
     ASSERT_TRUE(host.beginSession(timeline, clip));
 
-    EXPECT_THAT(journal, ElementsAre("state idle -> active", "settings loads, editing a clip", "preview loads, editing a clip",
-                                     "preview part loads, editing a clip"));
+    EXPECT_THAT(journal,
+        ElementsAre("state idle -> active", "settings loads, editing a clip", "preview loads, editing a clip",
+            "preview part loads, editing a clip"));
 }
 
 TEST_F(EditSessionTest, ApplyingRunsTheTreeBeforeTheSessionEnds)
@@ -100,7 +68,8 @@ TEST_F(EditSessionTest, ApplyingRunsTheTreeBeforeTheSessionEnds)
 
     host.applySession();
 
-    EXPECT_THAT(journal, ElementsAre("settings applies", "preview applies", "preview part applies", "state active -> idle"));
+    EXPECT_THAT(journal,
+        ElementsAre("settings applies", "preview applies", "preview part applies", "state active -> idle"));
 }
 
 TEST_F(EditSessionTest, ResettingRunsTheTreeBeforeTheSessionEnds)
@@ -110,7 +79,8 @@ TEST_F(EditSessionTest, ResettingRunsTheTreeBeforeTheSessionEnds)
 
     host.resetSession();
 
-    EXPECT_THAT(journal, ElementsAre("settings resets", "preview resets", "preview part resets", "state active -> idle"));
+    EXPECT_THAT(journal,
+        ElementsAre("settings resets", "preview resets", "preview part resets", "state active -> idle"));
 }
 
 TEST_F(EditSessionTest, StateChangesCarryTheNewStateFirst)
@@ -119,10 +89,10 @@ TEST_F(EditSessionTest, StateChangesCarryTheNewStateFirst)
     const Editor::Object* seenFrom = nullptr;
     bool fromWasIdle = false;
     QObject::connect(root.get(), &ModelEditor::editorStateChanged, &listenerContext,
-                     [&](const Editor::Object*, const Editor::Object* from) {
-                         seenFrom = from;
-                         fromWasIdle = !from->active && from->clip == nullptr;
-                     });
+        [&](const Editor::Object*, const Editor::Object* from) {
+            seenFrom = from;
+            fromWasIdle = !from->active && from->clip == nullptr;
+        });
 
     host.beginSession(timeline, clip);
 
@@ -149,17 +119,18 @@ TEST_F(EditSessionTest, TheAcceptorDecidesAboutClipsOfTheEditedTimeline)
     host.beginSession(timeline, clip);
     journal.clear();
 
-    EXPECT_TRUE(host.canAcceptClips({clip}));
+    EXPECT_TRUE(host.canAcceptClips({ clip }));
     EXPECT_FALSE(host.canAcceptClips({}));
-    EXPECT_THAT(journal, ElementsAre("acceptor asked about 1 clips of the edited timeline",
-                                     "acceptor asked about 0 clips of the edited timeline"));
+    EXPECT_THAT(journal,
+        ElementsAre("acceptor asked about 1 clips of the edited timeline",
+            "acceptor asked about 0 clips of the edited timeline"));
 }
 
 TEST_F(EditSessionTest, TheFilterNarrowsTheClipsInPlace)
 {
     host.beginSession(timeline, clip);
     const Timeline::Clip* other = host.addClip(Timeline::Clip(Timeline::Clip::Audio));
-    std::set<const Timeline::Clip*> clips{clip, other};
+    std::set<const Timeline::Clip*> clips { clip, other };
 
     host.filterClips(clips);
 
@@ -180,8 +151,10 @@ TEST_F(EditSessionTest, APanelThatIsGoneIsNoLongerTheWorker)
 TEST_F(EditSessionTest, ItIsKnownAsAWorkerViewAndAnAbstractEditor)
 {
     EXPECT_STREQ(root->metaObject()->className(), "ModelEditor");
-    EXPECT_EQ(root->qt_metacast("Editor::WorkerView"), static_cast<void*>(static_cast<Editor::WorkerView*>(root.get())));
-    EXPECT_EQ(root->qt_metacast("AbstractEditor"), static_cast<void*>(static_cast<AbstractEditor*>(root.get())));
+    EXPECT_EQ(root->qt_metacast("Editor::WorkerView"),
+        static_cast<void*>(static_cast<Editor::WorkerView*>(root.get())));
+    EXPECT_EQ(
+        root->qt_metacast("AbstractEditor"), static_cast<void*>(static_cast<AbstractEditor*>(root.get())));
     EXPECT_EQ(root->parent(), nullptr);
 }
 
@@ -195,7 +168,7 @@ TEST_F(ModelEditorFunctionsTest, WithoutAnAcceptorAskingThrows)
     ModelEditor editor(acceptor, nullptr);
     host.beginSession(timeline, clip);
 
-    EXPECT_THROW(host.canAcceptClips({clip}), std::bad_function_call);
+    EXPECT_THROW(host.canAcceptClips({ clip }), std::bad_function_call);
 }
 
 TEST_F(ModelEditorFunctionsTest, WithoutAFilterTheClipsStayExactlyAsGiven)
@@ -203,7 +176,7 @@ TEST_F(ModelEditorFunctionsTest, WithoutAFilterTheClipsStayExactlyAsGiven)
     ModelEditor editor([](const auto&, const auto*) { return true; }, nullptr);
     host.beginSession(timeline, clip);
     const Timeline::Clip* other = host.addClip(Timeline::Clip(Timeline::Clip::Audio));
-    std::set<const Timeline::Clip*> clips{clip, other};
+    std::set<const Timeline::Clip*> clips { clip, other };
 
     editor.filterClips(clips);
 
@@ -226,5 +199,3 @@ TEST_F(ModelEditorFunctionsTest, TheFunctionsAreMovedIn)
 }
 
 } // namespace
-
-#include "EditSessionTest.moc"

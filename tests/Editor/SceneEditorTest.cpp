@@ -34,7 +34,8 @@ protected:
         editor = std::make_unique<SceneEditor>(panel, host.editor());
         editor->setSceneHelper(&helper);
         editor->setSceneSizeDelegate([this](const Editor::Object* session, const Timeline::Clip* edited) {
-            journal.push_back(std::string("size asked") + (edited == clip && session == host.editor() ? " for the clip" : ""));
+            journal.push_back(std::string("size asked")
+                + (edited == clip && session == host.editor() ? " for the clip" : ""));
             return QSizeF(1280, 720);
         });
         editor->setBackgroundDelegate([this](const Timeline::Clip* edited, Types::Time time) {
@@ -46,12 +47,16 @@ protected:
         note(editor.get(), &AbstractEditor::load, "scene editor loaded");
         note(editor.get(), &AbstractEditor::reset, "scene editor reset");
         note(editor->sceneClient(), &ExclusiveClient::released, "scene let go");
-        QObject::connect(&helper, &SceneHelper::sceneBackgroundChanged, &listenerContext, [this](const QPixmap& p) {
-            journal.push_back("background " + std::to_string(p.width()) + "x" + std::to_string(p.height()));
-        });
-        QObject::connect(editor.get(), &SceneEditor::sceneRectChanged, &listenerContext, [this](const QRectF& r) {
-            journal.push_back("scene " + std::to_string(int(r.width())) + "x" + std::to_string(int(r.height())));
-        });
+        QObject::connect(
+            &helper, &SceneHelper::sceneBackgroundChanged, &listenerContext, [this](const QPixmap& p) {
+                journal.push_back(
+                    "background " + std::to_string(p.width()) + "x" + std::to_string(p.height()));
+            });
+        QObject::connect(
+            editor.get(), &SceneEditor::sceneRectChanged, &listenerContext, [this](const QRectF& r) {
+                journal.push_back(
+                    "scene " + std::to_string(int(r.width())) + "x" + std::to_string(int(r.height())));
+            });
     }
 
     void editTheClip()
@@ -62,7 +67,7 @@ protected:
     }
 
     SceneHelper helper;
-    ModelEditor panel{[](const auto&, const auto*) { return true; }, nullptr};
+    ModelEditor panel { [](const auto&, const auto*) { return true; }, nullptr };
     std::unique_ptr<SceneEditor> editor;
 };
 
@@ -85,7 +90,8 @@ TEST_F(SceneEditorTest, ResizingRedrawsTheBackgroundOncePerTurnOfTheLoop)
     EXPECT_THAT(journal, ElementsAre("scene 640x360", "scene 320x180"));
 
     runEventLoopTurn();
-    EXPECT_THAT(journal, ElementsAre("scene 640x360", "scene 320x180", "frame 0 of the clip", "background 320x180"));
+    EXPECT_THAT(
+        journal, ElementsAre("scene 640x360", "scene 320x180", "frame 0 of the clip", "background 320x180"));
 
     journal.clear();
     runEventLoopTurn();
@@ -255,7 +261,7 @@ TEST_F(SceneEditorTest, ItIsKnownAsAVideoView)
 {
     EXPECT_STREQ(editor->metaObject()->className(), "SceneEditor");
     EXPECT_EQ(editor->qt_metacast("Media::View<Media::Video>"),
-              static_cast<void*>(static_cast<Media::View<Media::Video>*>(editor.get())));
+        static_cast<void*>(static_cast<Media::View<Media::Video>*>(editor.get())));
 }
 
 TEST_F(SceneEditorTest, WithoutABackgroundDelegateTheLoopLogsAndADirectCallThrows)
@@ -288,7 +294,8 @@ TEST_F(SceneEditorTest, WithoutAHelperNothingBreaks)
     editor->scheduleBackground();
     runEventLoopTurn();
 
-    EXPECT_THAT(journal, ElementsAre("size asked for the clip", "scene editor loaded", "frame 0 of the clip"));
+    EXPECT_THAT(
+        journal, ElementsAre("size asked for the clip", "scene editor loaded", "frame 0 of the clip"));
     EXPECT_EQ(editor->sceneClient()->service(), nullptr);
 }
 
@@ -323,11 +330,10 @@ TEST_P(ClipEditTimeTest, StaysWithinTheClip)
     EXPECT_EQ(SceneEditor::clipEditTime(clip), GetParam().expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Positions, ClipEditTimeTest,
-    testing::Values(EditTimeCase{"no_position", std::nullopt, 0}, EditTimeCase{"at_start", 1000, 0},
-                    EditTimeCase{"inside", 1500, 500}, EditTimeCase{"before_start", 10, 0},
-                    EditTimeCase{"at_end", 3000, 1999}, EditTimeCase{"past_end", 99999, 1999}),
+INSTANTIATE_TEST_SUITE_P(Positions, ClipEditTimeTest,
+    testing::Values(EditTimeCase { "no_position", std::nullopt, 0 }, EditTimeCase { "at_start", 1000, 0 },
+        EditTimeCase { "inside", 1500, 500 }, EditTimeCase { "before_start", 10, 0 },
+        EditTimeCase { "at_end", 3000, 1999 }, EditTimeCase { "past_end", 99999, 1999 }),
     [](const testing::TestParamInfo<EditTimeCase>& info) { return std::string(info.param.name); });
 
 class ClipEditTimeEdgeTest : public SessionFixture

@@ -44,15 +44,13 @@ struct ProviderCase
     Types::Time duration;
 };
 
-template <class Provider>
-std::function<std::unique_ptr<CompositionProvider>()> maker()
+template <class Provider> std::function<std::unique_ptr<CompositionProvider>()> maker()
 {
     return [] { return std::make_unique<Provider>(nullptr); };
 }
 
 // The stock media of a provider's preview record, read through its own view.
-template <class X>
-QStringList stockOf(const CompositionProvider& provider, Types::Time* duration)
+template <class X> QStringList stockOf(const CompositionProvider& provider, Types::Time* duration)
 {
     const auto& view = dynamic_cast<const Preview::View<X>&>(provider);
     QStringList paths;
@@ -100,43 +98,45 @@ TEST_P(ProviderStockTest, BuildsItsPreviewAroundTheStockPicturesOfTheSettings)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Providers, ProviderStockTest,
-    testing::Values(
-        ProviderCase{"effect", maker<EffectPreviewProvider>(), [] { return QStringList{Settings::effectPreviewImagePath()}; }, 0},
-        ProviderCase{"colour_filter", maker<ColorFilterPreviewProvider>(),
-                     [] { return QStringList{Settings::effectPreviewImagePath()}; }, 0},
-        ProviderCase{"transition", maker<TransitionPreviewProvider>(),
-                     [] {
-                         return QStringList{Settings::transitionPreviewImageAPath(), Settings::transitionPreviewImageBPath()};
-                     },
-                     0},
-        ProviderCase{"title", maker<TitlePreviewProvider>(), [] { return QStringList{Settings::titlePreviewImagePath()}; },
-                     Timeline::Clip::DEFAULT_TITLE_CLIP_DURATION},
-        ProviderCase{"callout", maker<CalloutPreviewProvider>(), [] { return QStringList{Settings::calloutPreviewImagePath()}; },
-                     Timeline::Clip::DEFAULT_CALLOUT_CLIP_DURATION},
-        ProviderCase{"quiz", maker<QuizPreviewProvider>(), [] { return QStringList{Settings::quizPreviewImagePath()}; },
-                     Timeline::Clip::DEFAULT_QUIZ_CLIP_DURATION},
-        ProviderCase{"pan_zoom", maker<PanZoomPreviewProvider>(), [] { return QStringList{Settings::panZoomPreviewImagePath()}; },
-                     0},
-        ProviderCase{"animation", maker<AnimationPreviewProvider>(),
-                     [] {
-                         return QStringList{Settings::animationBackgroundPreviewImagePath(),
-                                            Settings::animationIconPreviewImagePath()};
-                     },
-                     0},
-        ProviderCase{"import", maker<ImportPreviewProvider>(), [] { return QStringList(); }, 0}),
+INSTANTIATE_TEST_SUITE_P(Providers, ProviderStockTest,
+    testing::Values(ProviderCase { "effect", maker<EffectPreviewProvider>(),
+                        [] { return QStringList { Settings::effectPreviewImagePath() }; }, 0 },
+        ProviderCase { "colour_filter", maker<ColorFilterPreviewProvider>(),
+            [] { return QStringList { Settings::effectPreviewImagePath() }; }, 0 },
+        ProviderCase { "transition", maker<TransitionPreviewProvider>(),
+            [] {
+                return QStringList { Settings::transitionPreviewImageAPath(),
+                    Settings::transitionPreviewImageBPath() };
+            },
+            0 },
+        ProviderCase { "title", maker<TitlePreviewProvider>(),
+            [] { return QStringList { Settings::titlePreviewImagePath() }; },
+            Timeline::Clip::DEFAULT_TITLE_CLIP_DURATION },
+        ProviderCase { "callout", maker<CalloutPreviewProvider>(),
+            [] { return QStringList { Settings::calloutPreviewImagePath() }; },
+            Timeline::Clip::DEFAULT_CALLOUT_CLIP_DURATION },
+        ProviderCase { "quiz", maker<QuizPreviewProvider>(),
+            [] { return QStringList { Settings::quizPreviewImagePath() }; },
+            Timeline::Clip::DEFAULT_QUIZ_CLIP_DURATION },
+        ProviderCase { "pan_zoom", maker<PanZoomPreviewProvider>(),
+            [] { return QStringList { Settings::panZoomPreviewImagePath() }; }, 0 },
+        ProviderCase { "animation", maker<AnimationPreviewProvider>(),
+            [] {
+                return QStringList { Settings::animationBackgroundPreviewImagePath(),
+                    Settings::animationIconPreviewImagePath() };
+            },
+            0 },
+        ProviderCase { "import", maker<ImportPreviewProvider>(), [] { return QStringList(); }, 0 }),
     [](const testing::TestParamInfo<ProviderCase>& info) { return std::string(info.param.name); });
 
 // Stands for the preview player: it follows a provider's record and tells what it sees.
-template <class X>
-class PreviewWatcher : public Preview::View<X>
+template <class X> class PreviewWatcher : public Preview::View<X>
 {
 public:
     explicit PreviewWatcher(const Preview::Object<X>* preview, std::vector<std::string>& journal)
-        : Preview::View<X>(preview), m_journal(journal)
-    {
-    }
+        : Preview::View<X>(preview)
+        , m_journal(journal)
+    { }
 
     // Draws the preview in `composition` (a change request to the provider, the owner).
     void drawIn(const Composition::Object* composition)
@@ -150,7 +150,8 @@ public:
 protected:
     void targetChanged(const Preview::Object<X>* preview, const X* previous) override
     {
-        m_journal.push_back(std::string("target ") + (previous ? "replaced" : "set") + (preview->target ? "" : " to none"));
+        m_journal.push_back(
+            std::string("target ") + (previous ? "replaced" : "set") + (preview->target ? "" : " to none"));
     }
     void compositionChanged(const Preview::Object<X>*, const Composition::Object* previous) override
     {
@@ -172,17 +173,20 @@ class EffectPreviewTest : public testing::Test
 protected:
     EffectPreviewTest()
     {
-        QObject::connect(&provider, &CompositionProvider::activated, [this] { journal.push_back("activated"); });
-        QObject::connect(&provider, &CompositionProvider::deactivated, [this] { journal.push_back("deactivated"); });
-        QObject::connect(&provider, &CompositionProvider::restartRequested, [this] { journal.push_back("restart"); });
+        QObject::connect(
+            &provider, &CompositionProvider::activated, [this] { journal.push_back("activated"); });
+        QObject::connect(
+            &provider, &CompositionProvider::deactivated, [this] { journal.push_back("deactivated"); });
+        QObject::connect(
+            &provider, &CompositionProvider::restartRequested, [this] { journal.push_back("restart"); });
     }
 
     StockPictures stock;
     std::vector<std::string> journal;
-    EffectPreviewProvider provider{nullptr};
-    PreviewWatcher<Effect::Object> player{provider.preview(), journal};
-    Effect::Object blur{EditorCollection::CollectionID::EFFECTS_VIDEO, "blur"};
-    Effect::Object sepia{EditorCollection::CollectionID::EFFECTS_VIDEO, "sepia"};
+    EffectPreviewProvider provider { nullptr };
+    PreviewWatcher<Effect::Object> player { provider.preview(), journal };
+    Effect::Object blur { EditorCollection::CollectionID::EFFECTS_VIDEO, "blur" };
+    Effect::Object sepia { EditorCollection::CollectionID::EFFECTS_VIDEO, "sepia" };
     Composition::Object composition;
 };
 
@@ -280,7 +284,8 @@ TEST(AnimationPreviewTest, PositionAndTargetChangeInTwoSteps)
 
     provider.setTarget(&second, 250);
 
-    EXPECT_THAT(player.seen, ElementsAre(std::make_pair(std::int64_t(250), &first), std::make_pair(std::int64_t(250), &second)));
+    EXPECT_THAT(player.seen,
+        ElementsAre(std::make_pair(std::int64_t(250), &first), std::make_pair(std::int64_t(250), &second)));
     EXPECT_THAT(journal, ElementsAre("target replaced"));
 }
 
@@ -305,7 +310,8 @@ TEST(TransitionPreviewTest, ShowsTheGivenTransition)
     Transition::Object fade("fade");
     Composition::Object composition;
     QSignalSpy restart(&provider, &CompositionProvider::restartRequested);
-    PreviewWatcher<Transition::Object>::SetterChain(provider.previewChange(provider.preview()))->composition = &composition;
+    PreviewWatcher<Transition::Object>::SetterChain(provider.previewChange(provider.preview()))->composition
+        = &composition;
 
     provider.setTarget(&fade);
 

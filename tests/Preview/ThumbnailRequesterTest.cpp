@@ -42,11 +42,12 @@ protected:
         return dynamic_cast<Thumbnail::StillImageProvider&>(*host.thumbnailProvider());
     }
 
-    std::unique_ptr<Util::ThumbnailRequester> requesterOf(const QString& path, Resource::Type type = Resource::Video)
+    std::unique_ptr<Util::ThumbnailRequester> requesterOf(
+        const QString& path, Resource::Type type = Resource::Video)
     {
         auto requester = std::make_unique<Util::ThumbnailRequester>(Resource::encode(path, type, 0), nullptr);
         QObject::connect(requester.get(), &Util::ThumbnailRequester::thumbnailReady, &context,
-                         [this](Types::Time time, const QPixmap& pixmap) { frames.emplace_back(time, pixmap); });
+            [this](Types::Time time, const QPixmap& pixmap) { frames.emplace_back(time, pixmap); });
         return requester;
     }
 
@@ -81,7 +82,7 @@ TEST_F(ThumbnailTest, FramesOfSeveralTimesArriveInRequestOrderFromOneDecode)
     auto requester = requesterOf(picture);
     requester->setSize(160, 90);
 
-    requester->request({0, 400, 800, 400});
+    requester->request({ 0, 400, 800, 400 });
     EXPECT_THAT(frames, IsEmpty()) << "frames never arrive inside request()";
     ASSERT_TRUE(waitForFrames(4));
 
@@ -91,7 +92,7 @@ TEST_F(ThumbnailTest, FramesOfSeveralTimesArriveInRequestOrderFromOneDecode)
         EXPECT_EQ(colourAt(frame.second, 10, 45), QColor(Qt::red));
         EXPECT_EQ(colourAt(frame.second, 150, 45), QColor(Qt::blue));
     }
-    EXPECT_EQ(requester->previews().keys(), QList<qint64>({0, 400, 800}));
+    EXPECT_EQ(requester->previews().keys(), QList<qint64>({ 0, 400, 800 }));
     EXPECT_EQ(service().decodeCount(), 1);
 }
 
@@ -102,7 +103,7 @@ TEST_F(ThumbnailTest, ALaterRequestForTheSamePictureIsServedWithoutDecodingAgain
     requester->request(0);
     ASSERT_TRUE(waitForFrames(1));
 
-    requester->request({0, 1000});
+    requester->request({ 0, 1000 });
     ASSERT_TRUE(waitForFrames(3));
 
     EXPECT_THAT(frameTimes(), ElementsAre(0, 0, 1000));
@@ -145,7 +146,7 @@ TEST_F(ThumbnailTest, WithoutASizeNothingIsAskedFor)
 {
     auto requester = requesterOf(picture);
 
-    requester->request({0, 10});
+    requester->request({ 0, 10 });
     requester->setSize(0, 100);
     requester->request(0);
     requester->setWidth(100);
@@ -163,7 +164,7 @@ TEST_F(ThumbnailTest, AMissingFileYieldsANullPixmap)
     auto requester = requesterOf(dir.filePath(QStringLiteral("gone.png")));
     requester->setSize(160, 90);
 
-    requester->request({5, 6});
+    requester->request({ 5, 6 });
     ASSERT_TRUE(waitForFrames(2));
 
     EXPECT_THAT(frameTimes(), ElementsAre(5, 6));
@@ -197,7 +198,7 @@ TEST_F(ThumbnailTest, CancelledRequestsNeverArrive)
 {
     auto requester = requesterOf(picture);
     requester->setSize(160, 90);
-    requester->request({0, 1, 2});
+    requester->request({ 0, 1, 2 });
 
     requester->cancel();
     EXPECT_EQ(service().pendingCount(), 0);
@@ -212,7 +213,7 @@ TEST_F(ThumbnailTest, AnsweredRequestsLeaveNoRecordsBehind)
 {
     auto requester = requesterOf(picture);
     requester->setSize(160, 90);
-    requester->request({0, 1});
+    requester->request({ 0, 1 });
     ASSERT_TRUE(waitForFrames(2));
 
     EXPECT_TRUE(Model::Registry::objectsOf<Thumbnail::Object>().empty());
@@ -228,7 +229,7 @@ TEST_F(ThumbnailTest, ARequesterDeletedByItsOwnSlotStopsThere)
         delete requester;
     });
 
-    requester->request({0, 1, 2});
+    requester->request({ 0, 1, 2 });
     ASSERT_TRUE(QTest::qWaitFor([&] { return delivered > 0; }, 10000));
     QCoreApplication::processEvents();
 
@@ -240,7 +241,7 @@ TEST_F(ThumbnailTest, ARequesterGoneBeforeTheAnswerCancelsItsRequests)
 {
     auto requester = requesterOf(picture);
     requester->setSize(160, 90);
-    requester->request({0, 1});
+    requester->request({ 0, 1 });
 
     requester.reset();
 
@@ -256,7 +257,7 @@ struct FitCase
     Util::ThumbnailRequester::ResizeMode mode;
     QColor padding;
     QSize size;
-    QColor top;    // the colour at (80, 5)
+    QColor top; // the colour at (80, 5)
     QColor centre; // the colour at (40, height / 2)
 };
 
@@ -281,20 +282,22 @@ TEST_P(ThumbnailFitTest, FitsThePictureIntoTheSize)
     EXPECT_EQ(colourAt(frame, 40, frame.height() / 2), c.centre);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Modes, ThumbnailFitTest,
-    testing::Values(
-        FitCase{"stretched", Util::ThumbnailRequester::IgnoreAspectRatio, QColor(), QSize(160, 160), Qt::red, Qt::red},
-        FitCase{"inside_padded", Util::ThumbnailRequester::KeepAspectRatio, Qt::green, QSize(160, 160), Qt::green, Qt::red},
-        FitCase{"inside_unpadded", Util::ThumbnailRequester::KeepAspectRatio, QColor(), QSize(160, 90), Qt::red, Qt::red},
+INSTANTIATE_TEST_SUITE_P(Modes, ThumbnailFitTest,
+    testing::Values(FitCase { "stretched", Util::ThumbnailRequester::IgnoreAspectRatio, QColor(),
+                        QSize(160, 160), Qt::red, Qt::red },
+        FitCase { "inside_padded", Util::ThumbnailRequester::KeepAspectRatio, Qt::green, QSize(160, 160),
+            Qt::green, Qt::red },
+        FitCase { "inside_unpadded", Util::ThumbnailRequester::KeepAspectRatio, QColor(), QSize(160, 90),
+            Qt::red, Qt::red },
         // Covering 160 x 160 cuts the sides: the left quarter of the picture is gone.
-        FitCase{"covering", Util::ThumbnailRequester::KeepAspectRatioByExpanding, QColor(), QSize(160, 160), Qt::red,
-                Qt::red}),
+        FitCase { "covering", Util::ThumbnailRequester::KeepAspectRatioByExpanding, QColor(), QSize(160, 160),
+            Qt::red, Qt::red }),
     [](const testing::TestParamInfo<FitCase>& info) { return std::string(info.param.name); });
 
 TEST(ThumbnailRequesterSettings, StartEmptyAndAreKept)
 {
-    Util::ThumbnailRequester requester(Resource::encode(QStringLiteral("/a.png"), Resource::Video, 0), nullptr);
+    Util::ThumbnailRequester requester(
+        Resource::encode(QStringLiteral("/a.png"), Resource::Video, 0), nullptr);
     EXPECT_EQ(requester.width(), 0);
     EXPECT_EQ(requester.height(), 0);
     EXPECT_EQ(requester.resizeMode(), Util::ThumbnailRequester::KeepAspectRatioByExpanding);

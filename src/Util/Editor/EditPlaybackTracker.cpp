@@ -5,8 +5,7 @@
 #include <algorithm>
 
 EditPlaybackTracker::EditPlaybackTracker(ExclusiveClient* client, AbstractEditor* editor,
-                                         const Editor::Object* editorObject,
-                                         std::function<const Timeline::Clip*()> clip, QObject* parent)
+    const Editor::Object* editorObject, std::function<const Timeline::Clip*()> clip, QObject* parent)
     : QObject(parent)
     , m_editorObject(editorObject)
     , m_client(client)
@@ -25,7 +24,10 @@ EditPlaybackTracker::EditPlaybackTracker(ExclusiveClient* client, AbstractEditor
 
 EditPlaybackTracker::~EditPlaybackTracker() = default;
 
-ExclusiveClient* EditPlaybackTracker::client() const { return m_client; }
+ExclusiveClient* EditPlaybackTracker::client() const
+{
+    return m_client;
+}
 
 void EditPlaybackTracker::setPlayback(const Playback::Object* playback)
 {
@@ -38,7 +40,10 @@ void EditPlaybackTracker::setPlayback(const Playback::Object* playback)
         observe(m_playback);
 }
 
-const Playback::Object* EditPlaybackTracker::playback() const { return m_playback; }
+const Playback::Object* EditPlaybackTracker::playback() const
+{
+    return m_playback;
+}
 
 const Playback::State* EditPlaybackTracker::state() const
 {
@@ -66,8 +71,8 @@ void EditPlaybackTracker::seekTo(Types::Time position)
     change->state()->seek = true;
 }
 
-void EditPlaybackTracker::playbackChanged(const Playback::Object* object, const Playback::Object* previous,
-                                          const Playback::Object* current)
+void EditPlaybackTracker::playbackChanged(
+    const Playback::Object* object, const Playback::Object* previous, const Playback::Object* current)
 {
     const Playback::State* before = previous->state();
     const Playback::State* after = current->state();
@@ -117,9 +122,8 @@ void EditPlaybackTracker::positionCheck()
     if (!s || !m_client || !m_client->isInUse())
         return;
     if (const Timeline::Clip* clip = m_clip()) {
-        const Timeline::Object* timeline = m_editorObject && m_editorObject->timeline
-            ? m_editorObject->timeline
-            : Timeline::ownerOf(clip);
+        const Timeline::Object* timeline
+            = m_editorObject && m_editorObject->timeline ? m_editorObject->timeline : Timeline::ownerOf(clip);
         const Timeline::ClipTiming* timing = timeline ? &timeline->clipTiming(clip) : nullptr;
         if (timing && timing->isValid()) {
             const Types::Time p = s->position;

@@ -11,11 +11,20 @@ ModelEditor::ModelEditor(Acceptor acceptor, Filter filter)
 
 ModelEditor::~ModelEditor() = default;
 
-void ModelEditor::onLoad() { emit load(); }
+void ModelEditor::onLoad()
+{
+    emit load();
+}
 
-void ModelEditor::onApply() { emit apply(); }
+void ModelEditor::onApply()
+{
+    emit apply();
+}
 
-void ModelEditor::onReset() { emit reset(); }
+void ModelEditor::onReset()
+{
+    emit reset();
+}
 
 const Timeline::Object* ModelEditor::editedTimeline() const
 {

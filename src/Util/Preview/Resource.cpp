@@ -12,7 +12,10 @@ namespace {
 
 using Id = std::tuple<std::string, Resource::Type>;
 
-Id none() { return Id(std::string(), Resource::Unknown); }
+Id none()
+{
+    return Id(std::string(), Resource::Unknown);
+}
 
 // Files by resource identifier; an entry goes when its file leaves the model.
 class Registry : public Model::View<Media::File>
@@ -76,7 +79,8 @@ Id encode(const QString& path, Resource::Type type, int index)
     default:
         return Id(std::string(), type);
     }
-    const QString key = format.arg(Filesystem::cleanPath(path), 0, QLatin1Char(' ')).arg(index, 0, 10, QLatin1Char(' '));
+    const QString key
+        = format.arg(Filesystem::cleanPath(path), 0, QLatin1Char(' ')).arg(index, 0, 10, QLatin1Char(' '));
     return Id(key.toStdString(), type);
 }
 

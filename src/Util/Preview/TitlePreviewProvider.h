@@ -2,7 +2,8 @@
 
 #include <Util/Preview/PreviewProvider.h>
 
-// A title preset as a clip of the default title length over the stock picture; the panel sets its target through previewChange().
+// A title preset as a clip of the default title length over the stock picture; the panel sets its target
+// through previewChange().
 class EDITORUTIL_EXPORT TitlePreviewProvider : public PreviewProvider<Overlay::Preset>
 {
     Q_OBJECT
