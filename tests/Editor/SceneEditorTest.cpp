@@ -12,6 +12,7 @@
 #include <gmock/gmock.h>
 
 #include <memory>
+#include <ostream>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -318,6 +319,12 @@ struct EditTimeCase
     std::optional<Types::Time> position;
     Types::Time expected;
 };
+
+// Rows are named by meaning in the test names and in failure messages.
+void PrintTo(const EditTimeCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
 
 class ClipEditTimeTest : public SessionFixture, public testing::WithParamInterface<EditTimeCase>
 {

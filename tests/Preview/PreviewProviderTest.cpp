@@ -17,6 +17,7 @@
 
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -43,6 +44,12 @@ struct ProviderCase
     std::function<QStringList()> stockImages;
     Types::Time duration;
 };
+
+// Rows are named by meaning in the test names and in failure messages.
+void PrintTo(const ProviderCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
 
 template <class Provider> std::function<std::unique_ptr<CompositionProvider>()> maker()
 {

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <tuple>
 
@@ -19,6 +20,12 @@ struct EncodeCase
     int index;
     Id expected;
 };
+
+// Rows are named by meaning in the test names and in failure messages.
+void PrintTo(const EncodeCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
 
 class ResourceEncodeTest : public testing::TestWithParam<EncodeCase>
 {

@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -260,6 +261,12 @@ struct FitCase
     QColor top; // the colour at (80, 5)
     QColor centre; // the colour at (40, height / 2)
 };
+
+// Rows are named by meaning in the test names and in failure messages.
+void PrintTo(const FitCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
 
 class ThumbnailFitTest : public ThumbnailTest, public testing::WithParamInterface<FitCase>
 {
