@@ -151,6 +151,7 @@ TEST_F(MessageViewTest, CommittedChangeResetsTheWorkingCopyToADefaultRecord)
     std::string copyDuringHooks;
     owner.onChanged = [&] { copyDuringHooks = size(copy) + (copy->composition ? " with composition" : " without composition"); };
     { auto commit = std::move(chain); }
+    owner.onChanged = nullptr;
     EXPECT_EQ(copyDuringHooks, "800x450 without composition");
     EXPECT_EQ(preview->composition, &composition);
 
