@@ -6,8 +6,7 @@
 
 ExclusiveService::ExclusiveService(QObject* parent)
     : QObject(parent)
-{
-}
+{ }
 
 ExclusiveService::~ExclusiveService()
 {
@@ -18,9 +17,15 @@ ExclusiveService::~ExclusiveService()
         client->m_service = nullptr;
 }
 
-ExclusiveClient* ExclusiveService::holder() const { return m_holder; }
+ExclusiveClient* ExclusiveService::holder() const
+{
+    return m_holder;
+}
 
-bool ExclusiveService::isFree() const { return m_holder == nullptr; }
+bool ExclusiveService::isFree() const
+{
+    return m_holder == nullptr;
+}
 
 QList<ExclusiveClient*> ExclusiveService::clients() const
 {
@@ -107,7 +112,10 @@ ExclusiveClient::~ExclusiveClient()
         m_service->detach(this);
 }
 
-ExclusiveService* ExclusiveClient::service() const { return m_service; }
+ExclusiveService* ExclusiveClient::service() const
+{
+    return m_service;
+}
 
 void ExclusiveClient::setService(ExclusiveService* service)
 {
@@ -120,7 +128,10 @@ void ExclusiveClient::setService(ExclusiveService* service)
         m_service->attach(this);
 }
 
-bool ExclusiveClient::isInUse() const { return m_inUse && m_service; }
+bool ExclusiveClient::isInUse() const
+{
+    return m_inUse && m_service;
+}
 
 bool ExclusiveClient::acquire()
 {

@@ -1,4 +1,5 @@
 #include <EditorModel/Host.h>
+#include <EditorModel/StillImageThumbnails.h>
 
 #include <QDir>
 #include <QPointer>
@@ -60,6 +61,7 @@ Host::Host(QObject* parent) : QObject(parent)
     m_playback = add(std::make_unique<Playback::Object>());
     m_selection = add(std::make_unique<Selection::Object<Timeline::Clip>>());
     m_thumbnailWatch = std::make_unique<ThumbnailWatch>(*this);
+    m_thumbnails = std::make_shared<Thumbnail::StillImageProvider>(*this);
 
     using namespace Timeline;
     subscribeAll(typeid(FileAddRequest));

@@ -22,27 +22,26 @@ class ExclusiveServiceTest : public testing::Test
 protected:
     void SetUp() override
     {
-        for (const char* name : {"A", "B", "C"}) {
+        for (const char* name : { "A", "B", "C" }) {
             auto* client = new ExclusiveClient(&service, &owner);
             record(client, name);
             clients.push_back(client);
         }
-        QObject::connect(&service, &ExclusiveService::acquired, &owner, [this](ExclusiveClient* c) {
-            journal.push_back("service:acquired " + nameOf(c));
-        });
-        QObject::connect(&service, &ExclusiveService::freed, &owner,
-                         [this] { journal.push_back("service:freed"); });
+        QObject::connect(&service, &ExclusiveService::acquired, &owner,
+            [this](ExclusiveClient* c) { journal.push_back("service:acquired " + nameOf(c)); });
+        QObject::connect(
+            &service, &ExclusiveService::freed, &owner, [this] { journal.push_back("service:freed"); });
     }
 
     void record(ExclusiveClient* client, const std::string& name)
     {
         names.emplace_back(client, name);
         QObject::connect(client, &ExclusiveClient::intercepted, &owner,
-                         [this, name] { journal.push_back(name + ":intercepted"); });
+            [this, name] { journal.push_back(name + ":intercepted"); });
         QObject::connect(client, &ExclusiveClient::otherClientAppeared, &owner,
-                         [this, name] { journal.push_back(name + ":otherClientAppeared"); });
+            [this, name] { journal.push_back(name + ":otherClientAppeared"); });
         QObject::connect(client, &ExclusiveClient::released, &owner,
-                         [this, name] { journal.push_back(name + ":released"); });
+            [this, name] { journal.push_back(name + ":released"); });
     }
 
     std::string nameOf(ExclusiveClient* client) const
@@ -73,8 +72,7 @@ TEST_F(ExclusiveServiceTest, TakingAFreeServiceTellsTheWaitingClients)
     EXPECT_TRUE(a().isInUse());
     EXPECT_FALSE(b().isInUse());
     EXPECT_EQ(service.holder(), &a());
-    EXPECT_THAT(journal, ElementsAre("service:acquired A", "B:otherClientAppeared",
-                                     "C:otherClientAppeared"));
+    EXPECT_THAT(journal, ElementsAre("service:acquired A", "B:otherClientAppeared", "C:otherClientAppeared"));
 }
 
 TEST_F(ExclusiveServiceTest, TakingItOverInterceptsTheHolderBeforeAnyoneElseHears)
@@ -86,8 +84,8 @@ TEST_F(ExclusiveServiceTest, TakingItOverInterceptsTheHolderBeforeAnyoneElseHear
 
     EXPECT_FALSE(a().isInUse());
     EXPECT_TRUE(b().isInUse());
-    EXPECT_THAT(journal, ElementsAre("A:intercepted", "A:released", "service:acquired B",
-                                     "C:otherClientAppeared"));
+    EXPECT_THAT(
+        journal, ElementsAre("A:intercepted", "A:released", "service:acquired B", "C:otherClientAppeared"));
 }
 
 TEST_F(ExclusiveServiceTest, AcquiringAgainByTheHolderSignalsNothing)
@@ -139,8 +137,8 @@ TEST_F(ExclusiveServiceTest, AnInterceptedClientMayTakeTheServiceBackAtOnce)
 
     EXPECT_TRUE(a().isInUse());
     EXPECT_FALSE(b().isInUse());
-    EXPECT_THAT(journal, ElementsAre("A:intercepted", "service:acquired A",
-                                     "B:otherClientAppeared", "C:otherClientAppeared"));
+    EXPECT_THAT(journal,
+        ElementsAre("A:intercepted", "service:acquired A", "B:otherClientAppeared", "C:otherClientAppeared"));
 }
 
 TEST_F(ExclusiveServiceTest, MovingToAnotherServiceEndsTheHoldOnTheOldOne)

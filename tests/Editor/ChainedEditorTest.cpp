@@ -1,4 +1,4 @@
-#include <Util/Editor/ChainedEditor.h>
+#include "NotingEditor.h"
 
 #include <QSignalSpy>
 
@@ -14,41 +14,6 @@ using testing::IsEmpty;
 
 namespace {
 
-// A participant that does some work of its own in each step, then passes the step on.
-class WorkingEditor : public ChainedEditor
-{
-    Q_OBJECT
-
-public:
-    WorkingEditor(AbstractEditor& parent, std::string name, std::vector<std::string>& journal)
-        : ChainedEditor(parent, nullptr)
-        , m_name(std::move(name))
-        , m_journal(journal)
-    {
-    }
-
-private slots:
-    void onLoad() override
-    {
-        m_journal.push_back(m_name + " loads");
-        ChainedEditor::onLoad();
-    }
-    void onApply() override
-    {
-        m_journal.push_back(m_name + " applies");
-        ChainedEditor::onApply();
-    }
-    void onReset() override
-    {
-        m_journal.push_back(m_name + " resets");
-        ChainedEditor::onReset();
-    }
-
-private:
-    std::string m_name;
-    std::vector<std::string>& m_journal;
-};
-
 // root -> panel (works) -> pass-through (plain ChainedEditor) -> leaf (works)
 //                       -> sibling (works)
 class EditorTreeTest : public testing::Test
@@ -56,19 +21,18 @@ class EditorTreeTest : public testing::Test
 protected:
     EditorTreeTest()
         : root(nullptr)
-        , panel(root, "panel", journal)
+        , panel(root, nullptr, "panel", journal)
         , passThrough(panel, nullptr)
-        , leaf(passThrough, "leaf", journal)
-        , sibling(panel, "sibling", journal)
-    {
-    }
+        , leaf(passThrough, nullptr, "leaf", journal)
+        , sibling(panel, nullptr, "sibling", journal)
+    { }
 
     std::vector<std::string> journal;
     AbstractEditor root;
-    WorkingEditor panel;
+    NotingEditor panel;
     ChainedEditor passThrough;
-    WorkingEditor leaf;
-    WorkingEditor sibling;
+    NotingEditor leaf;
+    NotingEditor sibling;
 };
 
 TEST_F(EditorTreeTest, EachStepRunsTopDownThroughTheTree)
@@ -98,9 +62,9 @@ TEST_F(EditorTreeTest, AnEditorThatOverridesNothingStillPassesEveryStepOn)
     EXPECT_EQ(loads.count(), 1);
     EXPECT_EQ(applies.count(), 1);
     EXPECT_EQ(resets.count(), 1);
-    EXPECT_THAT(journal, ElementsAre("panel loads", "leaf loads", "sibling loads", "panel applies",
-                                     "leaf applies", "sibling applies", "panel resets", "leaf resets",
-                                     "sibling resets"));
+    EXPECT_THAT(journal,
+        ElementsAre("panel loads", "leaf loads", "sibling loads", "panel applies", "leaf applies",
+            "sibling applies", "panel resets", "leaf resets", "sibling resets"));
 }
 
 TEST_F(EditorTreeTest, AStepStartedInTheMiddleReachesOnlyTheBranchBelow)
@@ -122,14 +86,14 @@ TEST(ChainedEditorLifetime, DestroyingALinkCutsItsBranchOffAndForgetsTheParent)
     std::vector<std::string> journal;
     auto root = std::make_unique<AbstractEditor>(nullptr);
     auto middle = std::make_unique<ChainedEditor>(*root, nullptr);
-    WorkingEditor leaf(*middle, "leaf", journal);
+    NotingEditor leaf(*middle, nullptr, "leaf", journal);
 
     middle.reset();
     emit root->load();
     EXPECT_THAT(journal, IsEmpty());
     EXPECT_EQ(leaf.parentEditor(), nullptr);
 
-    WorkingEditor orphan(*root, "orphan", journal);
+    NotingEditor orphan(*root, nullptr, "orphan", journal);
     root.reset();
     EXPECT_EQ(orphan.parentEditor(), nullptr);
 }
@@ -140,7 +104,7 @@ TEST(ChainedEditorLifetime, StepsAreReachableByTheirSignatures)
     std::vector<std::string> journal;
     AbstractEditor root(nullptr);
     AbstractEditor other(nullptr);
-    WorkingEditor editor(root, "editor", journal);
+    NotingEditor editor(root, nullptr, "editor", journal);
 
     ASSERT_TRUE(QObject::connect(&other, SIGNAL(apply()), &editor, SLOT(onApply())));
     emit other.apply();
@@ -150,5 +114,3 @@ TEST(ChainedEditorLifetime, StepsAreReachableByTheirSignatures)
 }
 
 } // namespace
-
-#include "ChainedEditorTest.moc"

@@ -2,7 +2,6 @@
 
 AbstractEditor::AbstractEditor(QObject* parent)
     : QObject(parent)
-{
-}
+{ }
 
 AbstractEditor::~AbstractEditor() = default;

@@ -1,0 +1,298 @@
+#include "SessionFixture.h"
+
+#include <Util/Editor/EditPlaybackTracker.h>
+#include <Util/Editor/ModelEditor.h>
+#include <Util/Editor/PlayerEditor.h>
+
+#include <TestSupport.h>
+
+#include <QSignalSpy>
+
+#include <gmock/gmock.h>
+
+#include <memory>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+// A panel whose worker may put position checks off until the session loads again.
+class PanelEditor : public ModelEditor
+{
+public:
+    PanelEditor()
+        : ModelEditor([](const auto&, const auto*) { return true; }, nullptr)
+    { }
+    bool deferPositionCheck(const Editor::Object*) const override { return defer; }
+    bool defer = false;
+};
+
+// A clip being edited with the player borrowed: the panel's client holds the editor's player,
+// the PlayerEditor's client holds the panel's player view, and the tracker follows the
+// model's playback with the PlayerEditor's client.
+class PlayerHoldTest : public SessionFixture
+{
+protected:
+    PlayerHoldTest()
+    {
+        note(&panelClient, &ExclusiveClient::released, "panel gives the player back");
+        playerEditor = std::make_unique<PlayerEditor>(panel, host.editor(), &panelClient);
+        playerEditor->setPlayerService(&panelPlayer);
+        note(playerClient(), &ExclusiveClient::released, "player editor lets go");
+        tracker = std::make_unique<EditPlaybackTracker>(
+            playerClient(), playerEditor.get(), host.editor(), [this] { return editedClip; }, nullptr);
+        note(tracker.get(), &EditPlaybackTracker::playbackAvailable, "available");
+        note(tracker.get(), &EditPlaybackTracker::playbackPositionChanged, "position changed");
+        note(tracker.get(), &EditPlaybackTracker::playbackStateChanged, "state changed");
+        note(tracker.get(), &EditPlaybackTracker::editPositionChanged, "edit position changed");
+
+        host.setPlaybackTimeline(timeline);
+        tracker->setPlayback(host.playback());
+        host.beginSession(timeline, clip);
+        // Scrubbing: the player is paused, not playing.
+        host.setPlaybackCode(Playback::State::Paused);
+    }
+
+    ExclusiveClient* playerClient() { return playerEditor->playerClient(); }
+
+    void takePlayer()
+    {
+        ASSERT_TRUE(panelClient.acquire());
+        ASSERT_TRUE(playerClient()->acquire());
+        journal.clear();
+    }
+
+    ExclusiveService editorPlayer;
+    ExclusiveService panelPlayer;
+    ExclusiveClient panelClient { &editorPlayer };
+    PanelEditor panel;
+    std::unique_ptr<PlayerEditor> playerEditor;
+    const Timeline::Clip* editedClip = clip;
+    std::unique_ptr<EditPlaybackTracker> tracker;
+};
+
+TEST_F(PlayerHoldTest, AtTheClipsEndTheHoldIsKept)
+{
+    takePlayer();
+
+    host.setPlaybackPosition(ClipEnd);
+
+    EXPECT_THAT(journal, ElementsAre("position changed", "edit position changed"));
+    EXPECT_TRUE(playerClient()->isInUse());
+    EXPECT_TRUE(panelClient.isInUse());
+}
+
+TEST_F(PlayerHoldTest, AtTheClipsStartTheHoldIsKept)
+{
+    takePlayer();
+
+    host.setPlaybackPosition(ClipStart);
+
+    EXPECT_THAT(journal, ElementsAre("position changed", "edit position changed"));
+    EXPECT_TRUE(playerClient()->isInUse());
+}
+
+TEST_F(PlayerHoldTest, OneUnitPastTheEndTheHoldEndsAndThePlayerGoesBack)
+{
+    takePlayer();
+
+    host.setPlaybackPosition(ClipEnd + 1);
+
+    EXPECT_THAT(
+        journal, ElementsAre("position changed", "panel gives the player back", "player editor lets go"));
+    EXPECT_FALSE(playerClient()->isInUse());
+    EXPECT_TRUE(editorPlayer.isFree());
+}
+
+TEST_F(PlayerHoldTest, OneUnitBeforeTheStartTheHoldEnds)
+{
+    takePlayer();
+
+    host.setPlaybackPosition(ClipStart - 1);
+
+    EXPECT_THAT(
+        journal, ElementsAre("position changed", "panel gives the player back", "player editor lets go"));
+}
+
+TEST_F(PlayerHoldTest, StartingPlaybackAlwaysEndsTheHold)
+{
+    takePlayer();
+
+    host.setPlaybackCode(Playback::State::Playing);
+
+    EXPECT_THAT(
+        journal, ElementsAre("state changed", "panel gives the player back", "player editor lets go"));
+    EXPECT_TRUE(tracker->playing());
+}
+
+TEST_F(PlayerHoldTest, StoppingIsAnnouncedAndKeepsTheHold)
+{
+    takePlayer();
+
+    host.setPlaybackCode(Playback::State::Stopped);
+
+    EXPECT_THAT(journal, ElementsAre("state changed"));
+    EXPECT_TRUE(playerClient()->isInUse());
+}
+
+TEST_F(PlayerHoldTest, WhileStoppedAMoveOutsideTheClipDoesNothing)
+{
+    host.setPlaybackCode(Playback::State::Stopped);
+    takePlayer();
+
+    host.setPlaybackPosition(ClipEnd + 500);
+
+    EXPECT_THAT(journal, IsEmpty());
+    EXPECT_TRUE(playerClient()->isInUse());
+}
+
+TEST_F(PlayerHoldTest, WithoutTheHoldOnlyThePositionIsReported)
+{
+    host.setPlaybackPosition(ClipEnd + 500);
+
+    EXPECT_THAT(journal, ElementsAre("position changed"));
+}
+
+TEST_F(PlayerHoldTest, APutOffCheckRunsAtTheNextLoadOnce)
+{
+    takePlayer();
+    panel.defer = true;
+
+    host.setPlaybackPosition(ClipEnd + 1);
+    EXPECT_THAT(journal, ElementsAre("position changed"));
+    EXPECT_TRUE(playerClient()->isInUse());
+
+    panel.defer = false;
+    journal.clear();
+    host.loadSession();
+    EXPECT_THAT(journal, ElementsAre("panel gives the player back", "player editor lets go"));
+
+    journal.clear();
+    ASSERT_TRUE(panelClient.acquire());
+    ASSERT_TRUE(playerClient()->acquire());
+    journal.clear();
+    host.loadSession();
+    EXPECT_THAT(journal, IsEmpty());
+}
+
+TEST_F(PlayerHoldTest, ANullClipSkipsTheRangeTest)
+{
+    editedClip = nullptr;
+    takePlayer();
+
+    host.setPlaybackPosition(ClipEnd + 500);
+
+    EXPECT_THAT(journal, ElementsAre("position changed", "edit position changed"));
+    EXPECT_TRUE(playerClient()->isInUse());
+}
+
+TEST_F(PlayerHoldTest, TheAvailabilityFlagClearingIsAnnounced)
+{
+    host.setPlaybackUnavailable(true);
+    EXPECT_THAT(journal, IsEmpty());
+
+    host.setPlaybackUnavailable(false);
+    host.setPlaybackUnavailable(false);
+    EXPECT_THAT(journal, ElementsAre("available"));
+}
+
+TEST_F(PlayerHoldTest, SeekingChangesThePlaybackObjectAsASeek)
+{
+    tracker->seekTo(ClipStart + 25);
+
+    ASSERT_NE(host.playback()->state(), nullptr);
+    EXPECT_EQ(host.playback()->state()->position, ClipStart + 25);
+    EXPECT_TRUE(host.playback()->state()->seek);
+    EXPECT_EQ(tracker->currentPosition(), ClipStart + 25);
+    EXPECT_THAT(journal, ElementsAre("position changed"));
+}
+
+TEST_F(PlayerHoldTest, AnotherPlaybackObjectReplacesTheFirst)
+{
+    Playback::Object other;
+    tracker->setPlayback(&other);
+
+    host.setPlaybackPosition(ClipStart + 5);
+
+    EXPECT_THAT(journal, IsEmpty());
+    EXPECT_EQ(tracker->currentPosition(), 0);
+    EXPECT_FALSE(tracker->playing());
+}
+
+class EditPlaybackTrackerEdgeTest : public SessionFixture
+{
+};
+
+TEST_F(EditPlaybackTrackerEdgeTest, WithoutPlaybackNothingHappens)
+{
+    ExclusiveService service;
+    ExclusiveClient client(&service);
+    AbstractEditor editor(nullptr);
+    EditPlaybackTracker tracker(
+        &client, &editor, host.editor(), [] { return nullptr; }, nullptr);
+    QSignalSpy positions(&tracker, &EditPlaybackTracker::playbackPositionChanged);
+
+    tracker.seekTo(500);
+    tracker.setPlayback(nullptr);
+
+    EXPECT_EQ(tracker.currentPosition(), 0);
+    EXPECT_FALSE(tracker.playing());
+    EXPECT_EQ(positions.count(), 0);
+
+    // A player without a timeline has no state: still nothing to seek.
+    tracker.setPlayback(host.playback());
+    tracker.seekTo(500);
+    EXPECT_EQ(host.playback()->state(), nullptr);
+}
+
+TEST_F(EditPlaybackTrackerEdgeTest, AnEmptyClipFunctionThrowsWhenTheCheckRuns)
+{
+    ExclusiveService service;
+    ExclusiveClient client(&service);
+    AbstractEditor editor(nullptr);
+    EditPlaybackTracker tracker(&client, &editor, host.editor(), nullptr, nullptr);
+    host.setPlaybackTimeline(timeline);
+    tracker.setPlayback(host.playback());
+    host.beginSession(timeline, clip);
+    host.setPlaybackCode(Playback::State::Paused);
+
+    // Not holding the player: no check, no call.
+    EXPECT_NO_THROW(host.setPlaybackPosition(ClipStart + 1));
+
+    client.acquire();
+    EXPECT_THROW(host.setPlaybackPosition(ClipStart + 2), std::bad_function_call);
+}
+
+TEST_F(EditPlaybackTrackerEdgeTest, NullClientAndEditorAreTolerated)
+{
+    TestSupport::LogCapture log;
+    EditPlaybackTracker tracker(
+        nullptr, nullptr, nullptr, [] { return nullptr; }, nullptr);
+    QSignalSpy state(&tracker, &EditPlaybackTracker::playbackStateChanged);
+    host.setPlaybackTimeline(timeline);
+    tracker.setPlayback(host.playback());
+
+    host.setPlaybackCode(Playback::State::Playing);
+    host.setPlaybackPosition(ClipStart);
+
+    EXPECT_EQ(state.count(), 1);
+    EXPECT_TRUE(log.containsError("EditPlaybackTracker"));
+}
+
+TEST_F(EditPlaybackTrackerEdgeTest, APlaybackObjectThatGoesAwayIsForgotten)
+{
+    EditPlaybackTracker tracker(
+        nullptr, nullptr, nullptr, [] { return nullptr; }, nullptr);
+    auto playback = std::make_unique<Playback::Object>();
+    playback->setState(Playback::State {});
+    const Playback::Object* record = host.add(std::move(playback));
+    tracker.setPlayback(record);
+
+    host.remove(record);
+
+    EXPECT_EQ(tracker.playback(), nullptr);
+    EXPECT_EQ(tracker.currentPosition(), 0);
+}
+
+} // namespace

@@ -1,0 +1,201 @@
+#include "NotingEditor.h"
+#include "SessionFixture.h"
+
+#include <Util/Editor/ModelEditor.h>
+
+#include <QSignalSpy>
+
+#include <gmock/gmock.h>
+
+#include <memory>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+// The panel: a ModelEditor with two participants below it, one of them with one of its own.
+class EditSessionTest : public SessionFixture
+{
+protected:
+    EditSessionTest()
+    {
+        root = std::make_unique<ModelEditor>(
+            [this](const std::set<const Timeline::Clip*>& clips, const Timeline::Object* t) {
+                journal.push_back("acceptor asked about " + std::to_string(clips.size()) + " clips of "
+                    + (t == timeline ? "the edited timeline" : "another timeline"));
+                return clips.count(clip) != 0;
+            },
+            [this](std::set<const Timeline::Clip*>& clips, const Timeline::Object* t) {
+                if (t == timeline)
+                    clips.erase(clip);
+            });
+        QObject::connect(root.get(), &ModelEditor::editorStateChanged, &listenerContext,
+            [this](const Editor::Object* to, const Editor::Object* from) {
+                journal.push_back(std::string("state ") + (from->active ? "active" : "idle") + " -> "
+                    + (to->active ? "active" : "idle"));
+            });
+        settings = std::make_unique<NotingEditor>(*root, host.editor(), "settings", journal);
+        preview = std::make_unique<NotingEditor>(*root, host.editor(), "preview", journal);
+        previewPart = std::make_unique<NotingEditor>(*preview, host.editor(), "preview part", journal);
+    }
+
+    std::unique_ptr<ModelEditor> root;
+    std::unique_ptr<NotingEditor> settings;
+    std::unique_ptr<NotingEditor> preview;
+    std::unique_ptr<NotingEditor> previewPart;
+};
+
+TEST_F(EditSessionTest, TheModelFindsThePanelAsTheWorkerOfItsSession)
+{
+    EXPECT_EQ(host.editor()->worker, static_cast<Editor::Worker*>(root.get()));
+    EXPECT_EQ(root->editorObject(), host.editor());
+}
+
+TEST_F(EditSessionTest, BeginningASessionChangesTheStateThenLoadsTheTreeTopDown)
+{
+    ASSERT_TRUE(host.beginSession(timeline, clip));
+
+    EXPECT_THAT(journal,
+        ElementsAre("state idle -> active", "settings loads, editing a clip", "preview loads, editing a clip",
+            "preview part loads, editing a clip"));
+}
+
+TEST_F(EditSessionTest, ApplyingRunsTheTreeBeforeTheSessionEnds)
+{
+    host.beginSession(timeline, clip);
+    journal.clear();
+
+    host.applySession();
+
+    EXPECT_THAT(journal,
+        ElementsAre("settings applies", "preview applies", "preview part applies", "state active -> idle"));
+}
+
+TEST_F(EditSessionTest, ResettingRunsTheTreeBeforeTheSessionEnds)
+{
+    host.beginSession(timeline, clip);
+    journal.clear();
+
+    host.resetSession();
+
+    EXPECT_THAT(journal,
+        ElementsAre("settings resets", "preview resets", "preview part resets", "state active -> idle"));
+}
+
+TEST_F(EditSessionTest, StateChangesCarryTheNewStateFirst)
+{
+    QSignalSpy spy(root.get(), &ModelEditor::editorStateChanged);
+    const Editor::Object* seenFrom = nullptr;
+    bool fromWasIdle = false;
+    QObject::connect(root.get(), &ModelEditor::editorStateChanged, &listenerContext,
+        [&](const Editor::Object*, const Editor::Object* from) {
+            seenFrom = from;
+            fromWasIdle = !from->active && from->clip == nullptr;
+        });
+
+    host.beginSession(timeline, clip);
+
+    ASSERT_EQ(spy.count(), 1);
+    EXPECT_EQ(spy.at(0).at(0).value<const Editor::Object*>(), host.editor());
+    EXPECT_NE(seenFrom, host.editor());
+    EXPECT_TRUE(fromWasIdle);
+    EXPECT_EQ(host.editor()->clip, clip);
+}
+
+TEST_F(EditSessionTest, AnEditPositionIsAStateChange)
+{
+    host.beginSession(timeline, clip);
+    journal.clear();
+
+    host.setEditPosition(ClipStart + 10);
+    host.setEditPosition(ClipStart + 10);
+
+    EXPECT_THAT(journal, ElementsAre("state active -> active"));
+}
+
+TEST_F(EditSessionTest, TheAcceptorDecidesAboutClipsOfTheEditedTimeline)
+{
+    host.beginSession(timeline, clip);
+    journal.clear();
+
+    EXPECT_TRUE(host.canAcceptClips({ clip }));
+    EXPECT_FALSE(host.canAcceptClips({}));
+    EXPECT_THAT(journal,
+        ElementsAre("acceptor asked about 1 clips of the edited timeline",
+            "acceptor asked about 0 clips of the edited timeline"));
+}
+
+TEST_F(EditSessionTest, TheFilterNarrowsTheClipsInPlace)
+{
+    host.beginSession(timeline, clip);
+    const Timeline::Clip* other = host.addClip(Timeline::Clip(Timeline::Clip::Audio));
+    std::set<const Timeline::Clip*> clips { clip, other };
+
+    host.filterClips(clips);
+
+    EXPECT_THAT(clips, ElementsAre(other));
+}
+
+TEST_F(EditSessionTest, APanelThatIsGoneIsNoLongerTheWorker)
+{
+    previewPart.reset();
+    preview.reset();
+    settings.reset();
+    root.reset();
+
+    EXPECT_EQ(host.editor()->worker, nullptr);
+    EXPECT_FALSE(host.loadSession());
+}
+
+TEST_F(EditSessionTest, ItIsKnownAsAWorkerViewAndAnAbstractEditor)
+{
+    EXPECT_STREQ(root->metaObject()->className(), "ModelEditor");
+    EXPECT_EQ(root->qt_metacast("Editor::WorkerView"),
+        static_cast<void*>(static_cast<Editor::WorkerView*>(root.get())));
+    EXPECT_EQ(
+        root->qt_metacast("AbstractEditor"), static_cast<void*>(static_cast<AbstractEditor*>(root.get())));
+    EXPECT_EQ(root->parent(), nullptr);
+}
+
+class ModelEditorFunctionsTest : public SessionFixture
+{
+};
+
+TEST_F(ModelEditorFunctionsTest, WithoutAnAcceptorAskingThrows)
+{
+    ModelEditor::Acceptor acceptor;
+    ModelEditor editor(acceptor, nullptr);
+    host.beginSession(timeline, clip);
+
+    EXPECT_THROW(host.canAcceptClips({ clip }), std::bad_function_call);
+}
+
+TEST_F(ModelEditorFunctionsTest, WithoutAFilterTheClipsStayExactlyAsGiven)
+{
+    ModelEditor editor([](const auto&, const auto*) { return true; }, nullptr);
+    host.beginSession(timeline, clip);
+    const Timeline::Clip* other = host.addClip(Timeline::Clip(Timeline::Clip::Audio));
+    std::set<const Timeline::Clip*> clips { clip, other };
+
+    editor.filterClips(clips);
+
+    EXPECT_THAT(clips, testing::UnorderedElementsAre(clip, other));
+}
+
+TEST_F(ModelEditorFunctionsTest, TheFunctionsAreMovedIn)
+{
+    int calls = 0;
+    ModelEditor::Acceptor acceptor = [&calls](const auto&, const auto*) { return ++calls > 0; };
+    ModelEditor::Filter filter = [&calls](auto&, const auto*) { ++calls; };
+
+    ModelEditor editor(std::move(acceptor), std::move(filter));
+    host.beginSession(timeline, clip);
+    std::set<const Timeline::Clip*> clips;
+    editor.filterClips(clips);
+
+    EXPECT_TRUE(editor.canAccept(clips));
+    EXPECT_EQ(calls, 2);
+}
+
+} // namespace

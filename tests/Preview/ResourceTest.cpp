@@ -1,0 +1,159 @@
+#include <Util/Preview/Resource.h>
+
+#include <TestSupport.h>
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <string>
+#include <tuple>
+
+namespace {
+
+using Id = std::tuple<std::string, Resource::Type>;
+
+struct EncodeCase
+{
+    const char* name;
+    const char* path;
+    int type;
+    int index;
+    Id expected;
+};
+
+// Rows are named by meaning in the test names and in failure messages.
+void PrintTo(const EncodeCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class ResourceEncodeTest : public testing::TestWithParam<EncodeCase>
+{
+};
+
+TEST_P(ResourceEncodeTest, BuildsTheKeyOfTheStream)
+{
+    const EncodeCase& c = GetParam();
+    EXPECT_EQ(Resource::encode(QString::fromUtf8(c.path), Resource::Type(c.type), c.index), c.expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Keys, ResourceEncodeTest,
+    testing::Values(
+        EncodeCase { "video", "/media/clip.mp4", 1, 0, Id("/media/clip.mp4:v:0", Resource::Video) },
+        EncodeCase { "audio", "/media/clip.mp4", 2, 0, Id("/media/clip.mp4:a:0", Resource::Audio) },
+        EncodeCase {
+            "index_in_decimal", "/media/clip.mp4", 2, 12, Id("/media/clip.mp4:a:12", Resource::Audio) },
+        EncodeCase {
+            "path_cleaned", "  /media//old/../clip.mp4 ", 1, 3, Id("/media/clip.mp4:v:3", Resource::Video) },
+        EncodeCase { "utf8_path", "/média/été.mov", 1, 0, Id("/média/été.mov:v:0", Resource::Video) },
+        EncodeCase { "unknown_type", "/media/clip.mp4", 0, 0, Id("", Resource::Unknown) },
+        EncodeCase { "other_type", "/media/clip.mp4", 7, 1, Id("", Resource::Type(7)) }),
+    [](const testing::TestParamInfo<EncodeCase>& info) { return std::string(info.param.name); });
+
+// A file with a video stream 0 and an audio stream 1, in a model.
+class ResourceOfModelTest : public testing::Test
+{
+protected:
+    ResourceOfModelTest()
+    {
+        auto record = std::make_unique<Media::File>(Types::String("/media/holiday.mp4"));
+        video.index = 0;
+        video.width = 1920;
+        video.height = 1080;
+        audio.index = 1;
+        metadata.videos.push_back(video);
+        metadata.audios.push_back(audio);
+        file = host.add(std::move(record));
+    }
+
+    Model::Host host;
+    const Media::File* file = nullptr;
+    Media::Video video;
+    Media::Audio audio;
+    Media::Metadata metadata;
+};
+
+TEST_F(ResourceOfModelTest, StreamsAndTracksOfAFile)
+{
+    EXPECT_EQ(Resource::encode(file, &video), Id("/media/holiday.mp4:v:0", Resource::Video));
+    EXPECT_EQ(Resource::encode(file, &audio), Id("/media/holiday.mp4:a:1", Resource::Audio));
+
+    const Media::File::Track::Video videoTrack { file, &video };
+    const Media::File::Track::Audio audioTrack { file, &audio };
+    EXPECT_EQ(Resource::encode(&videoTrack), Id("/media/holiday.mp4:v:0", Resource::Video));
+    EXPECT_EQ(Resource::encode(&audioTrack), Id("/media/holiday.mp4:a:1", Resource::Audio));
+}
+
+TEST_F(ResourceOfModelTest, TheStreamAClipShows)
+{
+    const Timeline::Clip videoClip(Timeline::Clip::Video, file, 0);
+    const Timeline::Clip audioClip(Timeline::Clip::Audio, file, 1);
+    const Timeline::Clip picture(Timeline::Clip::Image, file, 0);
+    const Timeline::Clip title(Timeline::Clip::Title);
+
+    EXPECT_EQ(Resource::encode(&videoClip), Id("/media/holiday.mp4:v:0", Resource::Video));
+    EXPECT_EQ(Resource::encode(&audioClip), Id("/media/holiday.mp4:a:1", Resource::Audio));
+    EXPECT_EQ(Resource::encode(&picture), Id("/media/holiday.mp4:v:0", Resource::Video));
+    EXPECT_EQ(std::get<0>(Resource::encode(&title)), "");
+}
+
+TEST_F(ResourceOfModelTest, AClipOfAnotherKindTakesTheKindOfItsStream)
+{
+    std::vector<const Media::Video*> videos { host.add(std::make_unique<Media::Video>(video)) };
+    std::vector<const Media::Audio*> audios { host.add(std::make_unique<Media::Audio>(audio)) };
+    host.edit(file)->setStreams(videos, audios);
+    const Timeline::Clip onAudioStream(Timeline::Clip::Unknown, file, 1);
+    const Timeline::Clip onVideoStream(Timeline::Clip::Unknown, file, 0);
+
+    EXPECT_EQ(Resource::encode(&onAudioStream), Id("/media/holiday.mp4:a:1", Resource::Audio));
+    EXPECT_EQ(Resource::encode(&onVideoStream), Id("/media/holiday.mp4:v:0", Resource::Video));
+}
+
+TEST_F(ResourceOfModelTest, NullInputGivesAnEmptyKeyAndAnError)
+{
+    TestSupport::LogCapture log;
+
+    EXPECT_EQ(std::get<0>(Resource::encode(static_cast<const Media::File*>(nullptr), &video)), "");
+    EXPECT_EQ(std::get<0>(Resource::encode(file, static_cast<const Media::Audio*>(nullptr))), "");
+    EXPECT_EQ(std::get<0>(Resource::encode(static_cast<const Media::File::Track::Video*>(nullptr))), "");
+    EXPECT_EQ(std::get<0>(Resource::encode(static_cast<const Timeline::Clip*>(nullptr))), "");
+    Resource::registerFile(nullptr, metadata);
+
+    EXPECT_EQ(log.errors().size(), 5u);
+    EXPECT_TRUE(log.containsError("Resource::encode: null file"));
+    EXPECT_TRUE(log.containsError("Resource::registerFile: null file"));
+}
+
+TEST_F(ResourceOfModelTest, ARegisteredFileIsFoundUnderEachOfItsStreams)
+{
+    Resource::registerFile(file, metadata);
+
+    EXPECT_EQ(Resource::registeredFile(Id("/media/holiday.mp4:v:0", Resource::Video)), file);
+    EXPECT_EQ(Resource::registeredFile(Id("/media/holiday.mp4:a:1", Resource::Audio)), file);
+    EXPECT_EQ(Resource::registeredFile(Id("/media/holiday.mp4:a:0", Resource::Audio)), nullptr);
+    EXPECT_EQ(Resource::registeredFile(Id("/media/holiday.mp4:v:0", Resource::Audio)), nullptr);
+}
+
+TEST_F(ResourceOfModelTest, RegisteringAgainReplacesTheStreams)
+{
+    Resource::registerFile(file, metadata);
+    Media::Metadata videoOnly;
+    videoOnly.videos.push_back(video);
+
+    Resource::registerFile(file, videoOnly);
+
+    EXPECT_EQ(Resource::registeredFile(Id("/media/holiday.mp4:v:0", Resource::Video)), file);
+    EXPECT_EQ(Resource::registeredFile(Id("/media/holiday.mp4:a:1", Resource::Audio)), nullptr);
+}
+
+TEST_F(ResourceOfModelTest, AFileThatLeavesTheModelIsNoLongerRegistered)
+{
+    Resource::registerFile(file, metadata);
+
+    host.remove(file);
+
+    EXPECT_EQ(Resource::registeredFile(Id("/media/holiday.mp4:v:0", Resource::Video)), nullptr);
+    EXPECT_EQ(Resource::registeredFile(Id("/media/holiday.mp4:a:1", Resource::Audio)), nullptr);
+}
+
+} // namespace
