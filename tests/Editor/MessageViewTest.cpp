@@ -1,0 +1,331 @@
+#include <Util/Editor/MessageView.h>
+#include <Util/Preview/ObjectView.h>
+
+#include "TestSupport.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using EffectPreview = Preview::Object<Effect::Object>;
+using PubSub::Details::Dispatcher;
+
+using Log = std::vector<std::string>;
+
+std::string size(const EffectPreview* p)
+{
+    return std::to_string(p->width) + "x" + std::to_string(p->height);
+}
+
+// A view that logs every hook with the sizes it is given.
+class RecordingView : public Message::View<EffectPreview>
+{
+public:
+    RecordingView(std::string name, Log& log, const EffectPreview* object = nullptr)
+        : Message::View<EffectPreview>(object), m_name(std::move(name)), m_log(log)
+    {
+    }
+    std::function<void()> onChanged;
+
+protected:
+    void addRequested(EffectPreview* p) override { write("addRequested " + size(p)); }
+    void added(const EffectPreview* p) override { write("added " + size(p)); }
+    void changeRequested(EffectPreview* p, EffectPreview* requested) override
+    {
+        write("changeRequested " + size(p) + " to " + size(requested));
+    }
+    void changed(const EffectPreview* p, const EffectPreview* previous, const EffectPreview* current) override
+    {
+        write("changed3 " + size(previous) + " -> " + size(current) + (p == current ? "" : " (not the object)"));
+        if (onChanged)
+            onChanged();
+    }
+    void changed(const EffectPreview* p, const EffectPreview* previous) override { write("changed2 " + size(previous) + " -> " + size(p)); }
+    void changed(const EffectPreview* p) override { write("changed1 " + size(p)); }
+    void removeRequested(EffectPreview* p) override { write("removeRequested " + size(p)); }
+    void removed(const EffectPreview* p) override { write("removed " + size(p)); }
+
+private:
+    void write(const std::string& line) { m_log.push_back(m_name + ": " + line); }
+    std::string m_name;
+    Log& m_log;
+};
+
+// Logs the bus messages of previews addressed to the objects it subscribes to.
+class BusLog : public PubSub::Subscriber<Message::Types::Added<EffectPreview>>,
+               public PubSub::Subscriber<Message::Types::Changed<EffectPreview>>,
+               public PubSub::Subscriber<Message::Types::Removed<EffectPreview>>
+{
+public:
+    explicit BusLog(Log& log) : m_log(log) {}
+
+private:
+    void notify(const Message::Types::Added<EffectPreview>& m) override { m_log.push_back("bus: Added " + size(m.object())); }
+    void notify(const Message::Types::Changed<EffectPreview>& m) override
+    {
+        m_log.push_back("bus: Changed " + size(m.previous()) + " -> " + size(m.object()));
+    }
+    void notify(const Message::Types::Removed<EffectPreview>& m) override { m_log.push_back("bus: Removed " + size(m.object())); }
+    Log& m_log;
+};
+
+class Requester : public PubSub::Publisher<Message::Types::Change<EffectPreview>>
+{
+};
+
+class MessageViewTest : public ::testing::Test
+{
+protected:
+    void SetUp() override { baseSubscriptions = Dispatcher::instance().subscriptionCount(); }
+    void TearDown() override
+    {
+        // Every view of a test is gone: nothing it subscribed to may remain.
+        EXPECT_EQ(Dispatcher::instance().subscriptionCount(), baseSubscriptions);
+    }
+
+    // An owner holding one preview of 100 x 50.
+    static void makeOwned(RecordingView& owner)
+    {
+        auto chain = owner.add(new EffectPreview);
+        chain->width = 100;
+        chain->height = 50;
+    }
+
+    std::size_t baseSubscriptions = 0;
+    Log log;
+};
+
+TEST_F(MessageViewTest, AddedRecordIsOwnedAnnouncedAndBecomesTheViewsObject)
+{
+    RecordingView owner("owner", log);
+    EXPECT_EQ(owner.object(), nullptr);
+    {
+        auto chain = owner.add(new EffectPreview);
+        chain->width = 100;
+        EXPECT_THAT(log, IsEmpty()); // nothing happens before the chain commits
+    }
+    const EffectPreview* preview = owner.object();
+    ASSERT_NE(preview, nullptr);
+    EXPECT_TRUE(owner.isOwned(preview));
+    EXPECT_FALSE(owner.isObserved(preview));
+    EXPECT_EQ(owner.ownerPointer(preview), preview);
+    EXPECT_THAT(owner.objects(), ElementsAre(preview));
+    EXPECT_EQ(owner.enumerateAll().count(preview), 1u);
+    EXPECT_THAT(log, ElementsAre("owner: added 100x450"));
+}
+
+TEST_F(MessageViewTest, OwnedChangeCallsTheHooksInOrderThenAnnouncesTheChange)
+{
+    RecordingView owner("owner", log);
+    makeOwned(owner);
+    const EffectPreview* preview = owner.object();
+    BusLog bus(log);
+    bus.subscribe(preview);
+    log.clear();
+
+    owner.change(preview)->width = 640;
+    EXPECT_EQ(preview->width, 640);
+    EXPECT_EQ(preview->height, 50); // fields not written keep their value
+    EXPECT_THAT(log, ElementsAre("owner: changed3 100x50 -> 640x50", "owner: changed2 100x50 -> 640x50",
+                                 "owner: changed1 640x50", "bus: Changed 100x50 -> 640x50"));
+}
+
+TEST_F(MessageViewTest, CommittedChangeResetsTheWorkingCopyToADefaultRecord)
+{
+    RecordingView owner("owner", log);
+    makeOwned(owner);
+    const EffectPreview* preview = owner.object();
+    Composition::Object composition;
+
+    auto chain = owner.change(preview);
+    EffectPreview* copy = chain.get();
+    chain->composition = &composition;
+    chain->width = 10;
+    std::string copyDuringHooks;
+    owner.onChanged = [&] { copyDuringHooks = size(copy) + (copy->composition ? " with composition" : " without composition"); };
+    { auto commit = std::move(chain); }
+    EXPECT_EQ(copyDuringHooks, "800x450 without composition");
+    EXPECT_EQ(preview->composition, &composition);
+
+    // A change request published by hand: the requester's own copy is reset by the owner.
+    EffectPreview requested(*preview);
+    requested.height = 99;
+    const Message::Types::Change<EffectPreview> request(preview, &requested);
+    Requester().publish(request);
+    EXPECT_TRUE(request.applied());
+    EXPECT_EQ(preview->height, 99);
+    EXPECT_EQ(size(&requested), "800x450");
+    EXPECT_EQ(requested.composition, nullptr);
+}
+
+TEST_F(MessageViewTest, ChangeOfAnObservedRecordGoesToTheOwnerAndReturnsAsItsAnnouncement)
+{
+    RecordingView owner("owner", log);
+    makeOwned(owner);
+    const EffectPreview* preview = owner.object();
+    RecordingView observer("observer", log, preview);
+    EXPECT_EQ(observer.object(), preview);
+    EXPECT_TRUE(observer.isObserved(preview));
+    EXPECT_EQ(observer.ownerPointer(preview), nullptr);
+    log.clear();
+
+    {
+        auto chain = observer.change(preview);
+        chain->width = 300;
+        EXPECT_EQ(preview->width, 100);
+    }
+    EXPECT_EQ(preview->width, 300);
+    EXPECT_THAT(log, ElementsAre("owner: changeRequested 100x50 to 300x50", "owner: changed3 100x50 -> 300x50",
+                                 "owner: changed2 100x50 -> 300x50", "owner: changed1 300x50",
+                                 "observer: changed3 100x50 -> 300x50", "observer: changed2 100x50 -> 300x50",
+                                 "observer: changed1 300x50"));
+}
+
+TEST_F(MessageViewTest, ChangeNoOwnerTakesChangesNothingAndIsReported)
+{
+    EffectPreview orphan;
+    RecordingView observer("observer", log, &orphan);
+    TestSupport::LogCapture capture;
+    observer.change(&orphan)->width = 1;
+    EXPECT_EQ(orphan.width, 800);
+    EXPECT_THAT(log, IsEmpty());
+    EXPECT_TRUE(capture.containsError("reached no owner"));
+}
+
+TEST_F(MessageViewTest, ChangeChainOutlivingItsRecordIsLostWithAnError)
+{
+    RecordingView owner("owner", log);
+    makeOwned(owner);
+    RecordingView observer("observer", log, owner.object());
+    auto chain = observer.change(owner.object());
+    chain->width = 5;
+    owner.remove(owner.object());
+    TestSupport::LogCapture capture;
+    { auto commit = std::move(chain); }
+    EXPECT_TRUE(capture.containsError("reached no owner"));
+    EXPECT_EQ(observer.objects().size(), 0u);
+}
+
+TEST_F(MessageViewTest, RemovalOfAnObservedRecordIsAskedOfItsOwner)
+{
+    RecordingView owner("owner", log);
+    makeOwned(owner);
+    const EffectPreview* preview = owner.object();
+    RecordingView observer("observer", log, preview);
+    BusLog bus(log);
+    bus.subscribe(preview);
+    log.clear();
+
+    EXPECT_TRUE(observer.remove(preview));
+    EXPECT_THAT(log, ElementsAre("owner: removeRequested 100x50", "owner: removed 100x50", "observer: removed 100x50",
+                                 "bus: Removed 100x50"));
+    EXPECT_EQ(owner.object(), nullptr);
+    EXPECT_THAT(owner.objects(), IsEmpty());
+    EXPECT_THAT(observer.objects(), IsEmpty());
+}
+
+TEST_F(MessageViewTest, AddRequestsAreServedOnlyWhileProcessed)
+{
+    RecordingView server("server", log);
+    server.processAddRequests(true);
+    auto record = std::make_unique<EffectPreview>();
+    record->width = 1;
+    const EffectPreview* added = Model::requestAdd(std::move(record));
+    ASSERT_NE(added, nullptr);
+    EXPECT_TRUE(server.isOwned(added));
+    EXPECT_THAT(log, ElementsAre("server: addRequested 1x450", "server: added 1x450"));
+
+    server.processAddRequests(false);
+    TestSupport::LogCapture capture;
+    EXPECT_EQ(Model::requestAdd(std::make_unique<EffectPreview>()), nullptr);
+    EXPECT_EQ(server.objects().size(), 1u);
+}
+
+TEST_F(MessageViewTest, ObserveNewAndObserveAllFollowRecordsOfOtherOwners)
+{
+    RecordingView owner("owner", log);
+    RecordingView fresh("fresh", log);
+    fresh.observeNew(true);
+    makeOwned(owner);
+    const EffectPreview* preview = owner.object();
+    EXPECT_TRUE(fresh.isObserved(preview));
+
+    RecordingView all("all", log);
+    all.observeAll();
+    EXPECT_TRUE(all.isObserved(preview));
+    log.clear();
+    owner.change(preview)->height = 7;
+    EXPECT_THAT(log, ElementsAre("owner: changed3 100x50 -> 100x7", "owner: changed2 100x50 -> 100x7", "owner: changed1 100x7",
+                                 "fresh: changed3 100x50 -> 100x7", "fresh: changed2 100x50 -> 100x7", "fresh: changed1 100x7",
+                                 "all: changed3 100x50 -> 100x7", "all: changed2 100x50 -> 100x7", "all: changed1 100x7"));
+}
+
+TEST_F(MessageViewTest, ForgottenRecordIsNoLongerFollowed)
+{
+    RecordingView owner("owner", log);
+    makeOwned(owner);
+    const EffectPreview* preview = owner.object();
+    RecordingView observer("observer", log, preview);
+    EXPECT_TRUE(observer.forget(preview));
+    EXPECT_FALSE(observer.isObserved(preview));
+    log.clear();
+    owner.change(preview)->width = 3;
+    EXPECT_EQ(log.size(), 3u); // the owner's hooks only
+
+    TestSupport::LogCapture capture;
+    EXPECT_FALSE(observer.forget(preview));
+    EXPECT_TRUE(capture.containsError("never observed"));
+    EXPECT_FALSE(owner.forget(preview));
+    EXPECT_TRUE(capture.containsError("owned by this view"));
+    EXPECT_TRUE(owner.isOwned(preview));
+}
+
+TEST_F(MessageViewTest, ViewDestroyedDuringADeliveryIsNotCalled)
+{
+    RecordingView owner("owner", log);
+    makeOwned(owner);
+    const EffectPreview* preview = owner.object();
+    RecordingView killer("killer", log, preview);
+    auto doomed = std::make_unique<RecordingView>("doomed", log, preview);
+    killer.onChanged = [&] { doomed.reset(); };
+    log.clear();
+
+    owner.change(preview)->width = 1;
+    EXPECT_THAT(log, ElementsAre("owner: changed3 100x50 -> 1x50", "owner: changed2 100x50 -> 1x50", "owner: changed1 1x50",
+                                 "killer: changed3 100x50 -> 1x50", "killer: changed2 100x50 -> 1x50",
+                                 "killer: changed1 1x50"));
+}
+
+TEST_F(MessageViewTest, DestroyedOwnerAnnouncesItsRecordsRemoved)
+{
+    Log busLog;
+    BusLog bus(busLog);
+    {
+        RecordingView owner("owner", log);
+        makeOwned(owner);
+        bus.subscribe(owner.object());
+    }
+    EXPECT_THAT(busLog, ElementsAre("bus: Removed 100x50"));
+}
+
+TEST_F(MessageViewTest, NullRecordsAreRefusedWithAnError)
+{
+    RecordingView view("view", log);
+    TestSupport::LogCapture capture;
+    { auto chain = view.add(nullptr); EXPECT_EQ(chain.get(), nullptr); }
+    { auto chain = view.own(nullptr); }
+    EXPECT_FALSE(view.remove(nullptr));
+    EXPECT_FALSE(view.observe(nullptr));
+    EXPECT_EQ(capture.errors().size(), 4u);
+    EXPECT_THAT(view.objects(), IsEmpty());
+    EXPECT_THAT(log, IsEmpty());
+}
+
+} // namespace
