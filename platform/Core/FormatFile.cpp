@@ -1,5 +1,8 @@
 #include "FormatFile.h"
 
+#include <algorithm>
+#include <cctype>
+
 namespace Dravik {
 namespace Conf {
 
@@ -60,6 +63,27 @@ ChannelLayout ChannelLayoutFromCount(int channels)
     case 8: return ChannelLayout::Surround71;
     default: return ChannelLayout::Unknown;
     }
+}
+
+ChannelLayout ChannelLayoutFromName(const std::string& name)
+{
+    std::string key = name.substr(0, name.find('('));
+    std::transform(key.begin(), key.end(), key.begin(), [](unsigned char c) { return std::tolower(c); });
+    if (key == "mono")
+        return ChannelLayout::Mono;
+    if (key == "stereo")
+        return ChannelLayout::Stereo;
+    if (key == "2.1")
+        return ChannelLayout::Surround21;
+    if (key == "quad")
+        return ChannelLayout::Quad;
+    if (key == "5.0")
+        return ChannelLayout::Surround50;
+    if (key == "5.1")
+        return ChannelLayout::Surround51;
+    if (key == "7.1")
+        return ChannelLayout::Surround71;
+    return ChannelLayout::Unknown;
 }
 
 } // namespace Conf

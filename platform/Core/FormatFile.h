@@ -35,6 +35,9 @@ enum class ChannelLayout : std::int32_t { Unknown, Mono, Stereo, Surround21, Qua
 std::string GetChannelLayoutName(ChannelLayout layout);
 // The usual layout of a channel count (1 mono, 2 stereo, 6 5.1...), Unknown when none is.
 ChannelLayout ChannelLayoutFromCount(int channels);
+// The layout of an FFmpeg-style layout name ("mono", "stereo", "5.1(side)"...), case
+// insensitive; Unknown for other names.
+ChannelLayout ChannelLayoutFromName(const std::string& name);
 
 // Picture geometry of a video stream.
 struct FrameInfo

@@ -29,9 +29,12 @@ AlertBox::AlertBox(int level, const QString& title, const QString& text, QMessag
         LOG(ERROR) << "AlertBox: unknown level " << level << ", shown as a warning";
         m_level = LevelWarning;
     }
+    setWindowModality(Qt::ApplicationModal);
+    // QMessageBox adds hints of its own and setWindowModality() resets them: keep exactly
+    // the flags asked for.
+    setWindowFlags(flags);
     setObjectName(QStringLiteral("AlertBox"));
     setProperty("level", m_level);
-    setWindowModality(Qt::ApplicationModal);
 }
 
 QAbstractButton* AlertBox::AddButton(const QString& text, QMessageBox::ButtonRole role)

@@ -128,7 +128,9 @@ QString fallback(Context context)
 
 } // namespace
 
-QString describeTranscodingError(const Dravik::Proc::ProcessingError& error, Context context)
+namespace {
+
+QString describe(const Dravik::Proc::ProcessingError& error, Context context)
 {
     if (context < Export || context > FreezeFrame)
         return translate(kCommon, kUnknown);
@@ -147,6 +149,13 @@ QString describeTranscodingError(const Dravik::Proc::ProcessingError& error, Con
     case Kind::Fallback: break;
     }
     return fallback(context);
+}
+
+} // namespace
+
+Types::String describeTranscodingError(const Dravik::Proc::ProcessingError& error, Context context)
+{
+    return Types::String(describe(error, context));
 }
 
 } // namespace Error

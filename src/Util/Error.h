@@ -1,8 +1,7 @@
 #pragma once
 
 #include <Util/EditorUtilExport.h>
-
-#include <QString>
+#include <Util/Interfaces/EditorModel.h>
 
 #include <cstdint>
 
@@ -21,6 +20,6 @@ enum Context : std::int32_t { Export = 0, Capture = 1, Analyze = 2, Stabilizatio
 // a support or purchase link). Some combinations give an empty text (an Export error of a
 // code without a message of its own); a context outside Export..FreezeFrame gives
 // "An unknown error has occurred".
-EDITORUTIL_EXPORT QString describeTranscodingError(const Dravik::Proc::ProcessingError& error, Context context);
+EDITORUTIL_EXPORT Types::String describeTranscodingError(const Dravik::Proc::ProcessingError& error, Context context);
 
 } // namespace Error

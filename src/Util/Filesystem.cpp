@@ -302,6 +302,7 @@ QStringList openFiles(int kinds)
     QString folder = lastFolderOfKind(kind);
     if (folder.isEmpty() || !Settings::rememberLastFolders())
         folder = standardFolderOfKind(kind);
+    ensureFolder(folder);
 
     QStringList files = QFileDialog::getOpenFileNames(parentWindow(), titleOfKind(kind), folder,
                                                       mediaFilter(kind, groups), nullptr, kDialogOptions);
@@ -335,9 +336,10 @@ QStringList openFiles(int kinds)
 
 QString openProject(QString dir)
 {
-    if (dir.isEmpty())
+    if (dir.isEmpty()) {
         dir = Settings::projectPath();
-    ensureFolder(dir);
+        ensureFolder(dir);
+    }
     return cleanPath(QFileDialog::getOpenFileName(parentWindow(), tr("Open Project"), dir,
                                                   tr("Project files (%1)").arg(Settings::projectFileOpenFilter()),
                                                   nullptr, kDialogOptions));
@@ -348,6 +350,7 @@ QStringList openDirectory()
     QString start = Settings::lastAddDirectoryPath();
     if (start.isEmpty())
         start = moviesLocation();
+    ensureFolder(start);
     const QString chosen = QFileDialog::getExistingDirectory(parentWindow(), tr("Open Folder"), start,
                                                              QFileDialog::ShowDirsOnly | kDialogOptions);
     if (chosen.isEmpty())
@@ -358,7 +361,9 @@ QStringList openDirectory()
 
 QStringList openDirectoryAllImages()
 {
-    const QString chosen = QFileDialog::getExistingDirectory(parentWindow(), tr("Open Folder"), picturesLocation(),
+    const QString start = picturesLocation();
+    ensureFolder(start);
+    const QString chosen = QFileDialog::getExistingDirectory(parentWindow(), tr("Open Folder"), start,
                                                              QFileDialog::ShowDirsOnly | kDialogOptions);
     if (chosen.isEmpty())
         return {};
@@ -530,12 +535,14 @@ QString closestPath(QString path)
         LOG(ERROR) << "Filesystem::closestPath: not an absolute path: \"" << path.toStdString() << "\"";
         return {};
     }
-    QDir dir(cleaned);
-    while (!dir.exists()) {
-        if (!dir.cdUp())
+    QString current = cleaned;
+    while (!QFileInfo(current).isDir()) {
+        const QString parent = QFileInfo(current).path();
+        if (parent == current)
             return {};
+        current = parent;
     }
-    return cleanPath(dir.absolutePath());
+    return cleanPath(current);
 }
 
 bool isPathValid(QString path, QString* error)
@@ -662,10 +669,14 @@ bool removeDirectory(const QString& path)
         LOG(ERROR) << "Filesystem::removeDirectory: refused to remove \"" << path.toStdString() << "\"";
         return false;
     }
-    if (!QFileInfo(cleaned).isDir()) {
+    const QFileInfo info(cleaned);
+    if (!info.isDir()) {
         LOG(ERROR) << "Specified directory doesn't exist: \"" << cleaned.toStdString() << "\"";
         return true;
     }
+    // A link to a folder goes alone: what it points to belongs to someone else.
+    if (info.isSymLink())
+        return QFile::remove(cleaned);
     const QString aside = cleaned + QUuid::createUuid().toString();
     if (!QDir().rename(cleaned, aside)) {
         LOG(ERROR) << "Filesystem::removeDirectory: cannot rename \"" << cleaned.toStdString() << "\"";
@@ -711,6 +722,7 @@ QString findMissingFile(QString path)
     if (lines.isEmpty())
         return {};
     lines << groupFilterLine(IFormatFile::GROUP_ALL_FILES);
+    ensureFolder(folder);
 
     return cleanPath(QFileDialog::getOpenFileName(parentWindow(), tr("Find missing file: ") + info.fileName(), folder,
                                                   lines.join(QStringLiteral(";;")), nullptr, kDialogOptions));

@@ -1,8 +1,11 @@
 #include "Format.h"
 
 #include <Util/Interfaces/Core.h>
+#include <Util/Interfaces/EditorModel.h>
 
 #include <QCoreApplication>
+
+#include <glog/logging.h>
 
 #include <cstdlib>
 
@@ -62,8 +65,37 @@ QString channelLayoutName(Dravik::Conf::ChannelLayout layout)
 
 QString aspectText(std::int32_t width, std::int32_t height)
 {
+    // Reported as the rational library words it, whatever its version.
+    if (height == 0)
+        throw boost::bad_rational("bad rational: non-zero singular denominator");
     const boost::rational<long long> aspect(width, height);
     return QString::number(aspect.numerator()) + QLatin1Char(':') + QString::number(aspect.denominator());
+}
+
+Dravik::Conf::FrameInfo frameOf(const Media::Video& video)
+{
+    Dravik::Conf::FrameInfo frame;
+    frame.width = video.width;
+    frame.height = video.height;
+    return frame;
+}
+
+Dravik::Conf::SampleInfo samplesOf(const Media::Audio& audio)
+{
+    Dravik::Conf::SampleInfo samples;
+    samples.sampleRate = audio.sampleRate;
+    samples.channels = audio.channels;
+    samples.channelLayout = Dravik::Conf::ChannelLayoutFromName(audio.channelLayout.str());
+    if (samples.channelLayout == Dravik::Conf::ChannelLayout::Unknown)
+        samples.channelLayout = Dravik::Conf::ChannelLayoutFromCount(audio.channels);
+    return samples;
+}
+
+bool present(const void* stream, const char* function)
+{
+    if (!stream)
+        LOG(ERROR) << "Format::" << function << ": no stream given";
+    return stream != nullptr;
 }
 
 } // namespace
@@ -127,6 +159,28 @@ QString projectSettings(const Dravik::Conf::FrameInfo& frame, const boost::ratio
         .arg(videoSettings(frame), QString::number(fps, 'g', 5),
              QCoreApplication::translate("Format", "FPS"), QString::number(samples.sampleRate),
              channelLayoutName(samples.channelLayout));
+}
+
+QString videoResolution(const Media::Video* video)
+{
+    return present(video, "videoResolution") ? videoResolution(frameOf(*video)) : QString();
+}
+
+QString videoSettings(const Media::Video* video)
+{
+    return present(video, "videoSettings") ? videoSettings(frameOf(*video)) : QString();
+}
+
+QString audioSettings(const Media::Audio* audio, long long bitrateFrom, long long bitrateTo)
+{
+    return present(audio, "audioSettings") ? audioSettings(samplesOf(*audio), bitrateFrom, bitrateTo) : QString();
+}
+
+QString projectSettings(const Media::Video* video, const Media::Audio* audio)
+{
+    if (!present(video, "projectSettings") || !present(audio, "projectSettings"))
+        return QString();
+    return projectSettings(frameOf(*video), video->frameRate, samplesOf(*audio));
 }
 
 QString textWithLink(QString text, QString link, QString style)

@@ -14,6 +14,11 @@ struct SampleInfo;
 } // namespace Conf
 } // namespace Dravik
 
+namespace Media {
+class Video;
+class Audio;
+} // namespace Media
+
 // Texts of durations, resolutions and media settings for labels and lists.
 namespace Format {
 
@@ -27,17 +32,24 @@ EDITORUTIL_EXPORT QTime msToQTime(long long milliseconds);
 
 // "1920x1080".
 EDITORUTIL_EXPORT QString videoResolution(const Dravik::Conf::FrameInfo& frame);
+EDITORUTIL_EXPORT QString videoResolution(const Media::Video* video);
 // "1920x1080 16:9": the aspect ratio reduced to lowest terms. A zero height throws
 // boost::bad_rational.
 EDITORUTIL_EXPORT QString videoSettings(const Dravik::Conf::FrameInfo& frame);
+EDITORUTIL_EXPORT QString videoSettings(const Media::Video* video);
 // "<bitrate> <sample rate> <channel layout>", the bitrate shown as "from - to" when the two
 // differ: "128 - 320 44100 Stereo".
 EDITORUTIL_EXPORT QString audioSettings(const Dravik::Conf::SampleInfo& samples, long long bitrateFrom,
                                         long long bitrateTo);
+// The stream's rate and layout (named from the stream's layout, else from its channel count).
+EDITORUTIL_EXPORT QString audioSettings(const Media::Audio* audio, long long bitrateFrom, long long bitrateTo);
 // "1920x1080 16:9 29.97 FPS, 48000 Stereo".
 EDITORUTIL_EXPORT QString projectSettings(const Dravik::Conf::FrameInfo& frame,
                                           const boost::rational<long long>& frameRate,
                                           const Dravik::Conf::SampleInfo& samples);
+// The same from the model's streams (the video's frame rate).
+EDITORUTIL_EXPORT QString projectSettings(const Media::Video* video, const Media::Audio* audio);
+// The Media overloads give an empty text, with a logged error, for a null stream.
 
 // <a href="link" style="style">text</a>.
 EDITORUTIL_EXPORT QString textWithLink(QString text, QString link, QString style);

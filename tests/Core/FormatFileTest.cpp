@@ -52,6 +52,9 @@ TEST(FormatFile, TipsAndChannelLayoutNames)
     EXPECT_EQ(GetChannelLayoutName(ChannelLayoutFromCount(2)), "Stereo");
     EXPECT_EQ(GetChannelLayoutName(ChannelLayoutFromCount(6)), "5.1");
     EXPECT_EQ(GetChannelLayoutName(ChannelLayoutFromCount(7)), "Unknown");
+    EXPECT_EQ(ChannelLayoutFromName("5.1(side)"), ChannelLayout::Surround51);
+    EXPECT_EQ(ChannelLayoutFromName("Stereo"), ChannelLayout::Stereo);
+    EXPECT_EQ(ChannelLayoutFromName("downmix"), ChannelLayout::Unknown);
 }
 
 TEST(ProcessingError, CarriesItsCodeAndReport)

@@ -1,7 +1,8 @@
 #pragma once
 
 // Points the settings store at an INI file in a fresh temporary folder for the lifetime of
-// the object, so tests never read or write the user's settings. Header-only.
+// the object, then back at the default store (which the test main's
+// QStandardPaths::setTestModeEnabled keeps apart from the user's). Header-only.
 
 #include <EditorSettings/Settings.h>
 
@@ -13,7 +14,7 @@ class TempSettings
 {
 public:
     TempSettings() { Settings::useStoreFile(m_dir.filePath(QStringLiteral("settings.ini"))); }
-    ~TempSettings() { Settings::useStoreFile(m_dir.filePath(QStringLiteral("closed.ini"))); }
+    ~TempSettings() { Settings::useDefaultStore(); }
     TempSettings(const TempSettings&) = delete;
     TempSettings& operator=(const TempSettings&) = delete;
 

@@ -1,13 +1,20 @@
 #include "Dialog.h"
 
+#include <Util/Dialog/FileInfoDialog.h>
+#include <Util/Interfaces/DQtUtil.h>
+
 #include <glog/logging.h>
 
 namespace Dialog {
 
-// The file-information dialog reads the media file's streams from the model.
 void DialogStrategy::showFileInfo(const Media::File* file)
 {
-    LOG(ERROR) << "Dialog::showFileInfo: not available in this build (file " << file << ")";
+    if (!file) {
+        LOG(ERROR) << "Dialog::showFileInfo: no file given";
+        return;
+    }
+    FileInfoDialog dialog(*file, Dravik::Util::SpontaneousDialog::findParent());
+    dialog.exec();
 }
 
 } // namespace Dialog

@@ -108,6 +108,7 @@ QMap<QString, QString> MissingFilesDialog::searchFolderTree(const QString& root,
 MissingFilesDialog::MissingFilesDialog(const QStringList& missingFiles, QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint)
 {
+    qRegisterMetaType<MissingFilesDialog::State>();
     setObjectName(QStringLiteral("MissingFilesDialog"));
     setModal(true);
     setWindowTitle(tr("Missing files"));

@@ -1,0 +1,23 @@
+#include <Util/FontUtils.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+QString S(const char* text) { return QString::fromUtf8(text); }
+} // namespace
+
+TEST(FontUtils, NamesWithStyleComeBeforeTheFamily)
+{
+    QFont font(S("DejaVu Sans"));
+    font.setStyleName(S("Bold Oblique"));
+    EXPECT_EQ(FontUtils::fontNamesWithStyle(font), (QStringList{S("DejaVu Sans Bold Oblique"), S("DejaVu Sans")}));
+}
+
+TEST(FontUtils, OneFontPerNamedFamily)
+{
+    const QList<QFont> fonts = FontUtils::fontsByFamilies({S("Serif"), S("  "), S(" Sans "), QString()});
+    ASSERT_EQ(fonts.size(), 2);
+    EXPECT_EQ(fonts[0].family(), S("Serif"));
+    EXPECT_EQ(fonts[1].family(), S("Sans"));
+    EXPECT_TRUE(FontUtils::fontsByFamilies({}).isEmpty());
+}
