@@ -85,7 +85,7 @@ struct ReferencePass
             return;
         QString message;
         if (!analysis.code20Files.empty())
-            message += Error::describeTranscodingError(Dravik::Proc::ProcessingError(20, {}, {}, {}, {}, 0), Error::Analyze);
+            message += Error::describeTranscodingError(Dravik::Proc::ProcessingError(20, {}, {}, {}, {}, 0), Error::Analyze).toQString();
         Dialog::showHasFailedFiles(false, message);
     }
 };
