@@ -12,6 +12,11 @@ struct MalformedCase
     const char* document;
 };
 
+void PrintTo(const MalformedCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
 class MalformedOverlayPresetsTest : public ::testing::TestWithParam<MalformedCase>
 {
 };

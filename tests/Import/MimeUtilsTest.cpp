@@ -78,6 +78,11 @@ struct SuffixCase
     bool expected;
 };
 
+void PrintTo(const SuffixCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
 class SuffixMatchTest : public ::testing::TestWithParam<SuffixCase>
 {
 };

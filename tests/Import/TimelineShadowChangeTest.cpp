@@ -178,6 +178,11 @@ struct NameCase
     const char* expected;
 };
 
+void PrintTo(const NameCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
 class ReplaceNestedNameTest : public ::testing::TestWithParam<NameCase>
 {
 };

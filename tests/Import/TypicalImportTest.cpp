@@ -52,6 +52,11 @@ struct TypicalImportCase
     bool remove;
 };
 
+void PrintTo(const TypicalImportCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
 class TypicalImportTest : public ::testing::TestWithParam<TypicalImportCase>
 {
 protected:

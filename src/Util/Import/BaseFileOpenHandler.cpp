@@ -138,7 +138,7 @@ void BaseFileOpenHandler::processing()
     if (!analysis.code20Files.empty()) {
         const Dravik::Proc::ProcessingError error(LicenseErrorCode, std::string(), std::string(), std::string(),
                                                   std::string(), 0);
-        message += Error::describeTranscodingError(error, Error::Analyze);
+        message += Error::describeTranscodingError(error, Error::Analyze).toQString();
     }
     const bool remove = Dialog::showHasFailedFiles(allowToKeepFiles(), message);
     postProcessing(remove);
