@@ -1,20 +1,42 @@
 #include "FormatFile.h"
 
+#include <MediaEngine/Probe.h>
+
 #include <algorithm>
 #include <cctype>
 
 namespace Dravik {
 namespace Conf {
 
+namespace {
+// The media groups list what the media engine of this installation really opens, so a file
+// dialog never offers a file that would then fail to open for want of a demuxer.
+std::string engineExtensions(MediaEngine::ExtensionGroup group)
+{
+    static const std::string video = MediaEngine::supportedExtensions(MediaEngine::ExtensionGroup::Video)
+                                         .join(QLatin1Char(';')).toStdString();
+    static const std::string audio = MediaEngine::supportedExtensions(MediaEngine::ExtensionGroup::Audio)
+                                         .join(QLatin1Char(';')).toStdString();
+    static const std::string images = MediaEngine::supportedExtensions(MediaEngine::ExtensionGroup::Image)
+                                          .join(QLatin1Char(';')).toStdString();
+    switch (group) {
+    case MediaEngine::ExtensionGroup::Video: return video;
+    case MediaEngine::ExtensionGroup::Audio: return audio;
+    case MediaEngine::ExtensionGroup::Image: return images;
+    }
+    return {};
+}
+} // namespace
+
 std::string GetSupportedFormatExtensions(int group)
 {
     switch (group) {
     case IFormatFile::GROUP_ALL_VIDEO:
-        return "mp4;m4v;mov;avi;mkv;webm;wmv;asf;flv;f4v;mpg;mpeg;mpe;m2v;ts;mts;m2ts;3gp;3g2;ogv;mxf;dv";
+        return engineExtensions(MediaEngine::ExtensionGroup::Video);
     case IFormatFile::GROUP_ALL_AUDIO:
-        return "mp3;wav;aac;m4a;flac;ogg;oga;opus;wma;aif;aiff;ac3;mka;amr";
+        return engineExtensions(MediaEngine::ExtensionGroup::Audio);
     case IFormatFile::GROUP_ALL_IMAGES:
-        return "jpg;jpeg;png;bmp;gif;tif;tiff;webp";
+        return engineExtensions(MediaEngine::ExtensionGroup::Image);
     case IFormatFile::GROUP_ALL_FILES:
         return "*";
     case IFormatFile::GROUP_DVD:

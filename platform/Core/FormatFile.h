@@ -15,7 +15,7 @@ public:
         GROUP_ALL_AUDIO = 2,
         GROUP_ALL_IMAGES = 3,
         GROUP_ALL_FILES = 4,
-        // Files of a DVD's folder structure: not openable one by one.
+        // Files of a DVD's folder structure: navigation files (ifo, bup) and the VOB streams.
         GROUP_DVD = 5,
     };
 };

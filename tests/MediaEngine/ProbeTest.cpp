@@ -1,6 +1,9 @@
 #include "MediaSamples.h"
 
+#include <Core/FormatFile.h>
 #include <MediaEngine/Probe.h>
+
+#include <QFileInfo>
 
 #include <gtest/gtest.h>
 
@@ -232,3 +235,59 @@ TEST(SupportedExtensions, allAreSortedLowerCaseWithoutRepeatsOrDots)
 }
 
 } // namespace
+
+namespace {
+
+QStringList formatGroup(int group)
+{
+    return QString::fromStdString(Dravik::Conf::GetSupportedFormatExtensions(group))
+        .split(QLatin1Char(';'), Qt::SkipEmptyParts);
+}
+
+struct GroupSample
+{
+    const char* name;
+    Sample sample;
+    int group;
+};
+
+class FormatGroupsOpen : public ::testing::TestWithParam<GroupSample>
+{
+};
+
+} // namespace
+
+// The file dialogs' filters come from the format groups: each generated sample's extension
+// is offered in the group of its kind, and the engine opens it.
+TEST_P(FormatGroupsOpen, aSampleOfTheGroupIsListedAndOpens)
+{
+    const GroupSample& param = GetParam();
+    const QString file = MediaSamples::path(param.sample);
+    ASSERT_FALSE(file.isEmpty());
+    const QString extension = QFileInfo(file).suffix().toLower();
+
+    EXPECT_TRUE(formatGroup(param.group).contains(extension)) << extension.toStdString();
+    const ProbeResult result = probeFile(file);
+    EXPECT_EQ(result.errorCode, ErrorCode::None) << extension.toStdString();
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Samples, FormatGroupsOpen,
+    ::testing::Values(GroupSample{"mp4", Sample::Mp4VideoAudio, Dravik::Conf::IFormatFile::GROUP_ALL_VIDEO},
+                      GroupSample{"mkv", Sample::MkvVideo, Dravik::Conf::IFormatFile::GROUP_ALL_VIDEO},
+                      GroupSample{"avi", Sample::AviVideoAudio, Dravik::Conf::IFormatFile::GROUP_ALL_VIDEO},
+                      GroupSample{"wav", Sample::WavAudio, Dravik::Conf::IFormatFile::GROUP_ALL_AUDIO},
+                      GroupSample{"ogg", Sample::OggAudio, Dravik::Conf::IFormatFile::GROUP_ALL_AUDIO},
+                      GroupSample{"png", Sample::PngImage, Dravik::Conf::IFormatFile::GROUP_ALL_IMAGES},
+                      GroupSample{"jpeg", Sample::JpegImage, Dravik::Conf::IFormatFile::GROUP_ALL_IMAGES},
+                      GroupSample{"bmp", Sample::BmpImage, Dravik::Conf::IFormatFile::GROUP_ALL_IMAGES},
+                      GroupSample{"webp", Sample::WebpImage, Dravik::Conf::IFormatFile::GROUP_ALL_IMAGES}),
+    [](const ::testing::TestParamInfo<GroupSample>& info) { return std::string(info.param.name); });
+
+TEST(FormatGroups, listExactlyTheEnginesExtensions)
+{
+    using Dravik::Conf::IFormatFile;
+    EXPECT_EQ(formatGroup(IFormatFile::GROUP_ALL_VIDEO), supportedExtensions(ExtensionGroup::Video));
+    EXPECT_EQ(formatGroup(IFormatFile::GROUP_ALL_AUDIO), supportedExtensions(ExtensionGroup::Audio));
+    EXPECT_EQ(formatGroup(IFormatFile::GROUP_ALL_IMAGES), supportedExtensions(ExtensionGroup::Image));
+}
