@@ -15,6 +15,7 @@ public:
     enum Code : std::int32_t {
         NoError = 0,
         InvalidPresetCodec = 6,       // the preset's codec does not fit its container
+        // Also a file that holds no video or audio stream.
         InternalError = 8,
         VideoCodecUnavailable = 10,
         AudioCodecUnavailable = 11,
@@ -28,11 +29,8 @@ public:
         CannotCreateOutput = 33,
         OutOfMemory = 34,
         AllocationFailed = 35,
+        // The file is missing, unreadable, truncated or corrupt.
         InputCorrupted = 36,
-        // The file could not be opened at all (missing, unreadable, not a media file).
-        CannotOpenInput = 37,
-        // The file opened but holds no stream the engine can decode.
-        NoDecodableStream = 38,
         StabilizationPathUnusable = 43,
     };
 
