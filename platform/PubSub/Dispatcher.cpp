@@ -47,7 +47,7 @@ bool Dispatcher::hasSubscribers(const std::type_index& messageType, const PubSub
     if (it == m_types.end())
         return false;
     const TypeRecord& record = *it->second;
-    return !record.all.empty() || (source && record.perObject.count(source) != 0);
+    return !record.all.empty() || (source && record.perObject.contains(source));
 }
 
 std::deque<void*> Dispatcher::getSubscribers(const MessageBase& /*message*/, const std::type_index& messageType,
@@ -89,14 +89,10 @@ Delivery::Delivery(TypeRecord& record, const PubSub::Object* source)
         LOG(ERROR) << "PubSub: a message of type " << record.type.name() << " was published without a source object";
         return;
     }
-    const EntryList* own = nullptr;
-    if (!record.perObject.empty()) {
-        const auto it = record.perObject.find(source);
-        if (it != record.perObject.end()) {
-            own = &it->second;
-            for (const Entry& e : it->second)
-                m_targets.push_back(Target{e.self, e.serial, false});
-        }
+    const EntryList* own = record.perObject.find(source);
+    if (own) {
+        for (const Entry& e : *own)
+            m_targets.push_back(Target{e.self, e.serial, false});
     }
     for (const Entry& e : record.all) {
         // A subscriber of every source that also subscribed to this one gets the message once.
@@ -113,10 +109,9 @@ void* Delivery::target(std::size_t index) const
         return t.self; // nothing was unsubscribed since the delivery started
     const EntryList* list = &m_record.all;
     if (!t.toAll) {
-        const auto it = m_record.perObject.find(m_source);
-        if (it == m_record.perObject.end())
+        list = m_record.perObject.find(m_source);
+        if (!list)
             return nullptr;
-        list = &it->second;
     }
     const bool alive = std::any_of(list->begin(), list->end(), [&t](const Entry& e) { return e.serial == t.serial; });
     return alive ? t.self : nullptr;
@@ -141,8 +136,7 @@ SubscriberBase& SubscriberBase::operator=(const SubscriberBase& other)
     m_objects = other.m_objects;
     m_allTypes = other.m_allTypes;
     for (const Registration& r : m_registrations) {
-        for (const PubSub::Object* object : m_objects)
-            attach(r, object);
+        forEachObject([this, &r](const PubSub::Object* object) { attach(r, object); });
         if (isSubscribedAll(r.record->type))
             attachAll(r);
     }
@@ -165,7 +159,9 @@ bool SubscriberBase::subscribe(const PubSub::Object* object)
         LOG(ERROR) << "PubSub::Details::SubscriberBase::subscribe: null object";
         return false;
     }
-    if (!m_objects.insert(object).second)
+    bool inserted = false;
+    m_objects.insert(object, &inserted);
+    if (!inserted)
         return true;
     for (const Registration& r : m_registrations)
         attach(r, object);
@@ -174,7 +170,7 @@ bool SubscriberBase::subscribe(const PubSub::Object* object)
 
 bool SubscriberBase::unsubscribe(const PubSub::Object* object)
 {
-    if (m_objects.erase(object) == 0)
+    if (!object || !m_objects.erase(object))
         return false;
     for (const Registration& r : m_registrations)
         detach(r, object);
@@ -183,14 +179,13 @@ bool SubscriberBase::unsubscribe(const PubSub::Object* object)
 
 bool SubscriberBase::isSubscribed(const PubSub::Object* object) const
 {
-    return object && m_objects.count(object) != 0;
+    return object && m_objects.contains(object);
 }
 
 void SubscriberBase::unsubscribeEverything()
 {
     for (const Registration& r : m_registrations) {
-        for (const PubSub::Object* object : m_objects)
-            detach(r, object);
+        forEachObject([this, &r](const PubSub::Object* object) { detach(r, object); });
         detachAll(r);
     }
     m_objects.clear();
@@ -239,8 +234,7 @@ void SubscriberBase::registerSelf(SubscriberBase* base, void* self, const std::t
     m_registrations.push_back(Registration{record, self});
     ++record->registrations;
     const Registration& r = m_registrations.back();
-    for (const PubSub::Object* object : m_objects)
-        attach(r, object);
+    forEachObject([this, &r](const PubSub::Object* object) { attach(r, object); });
     if (isSubscribedAll(messageType))
         attachAll(r);
 }
@@ -254,8 +248,7 @@ void SubscriberBase::unregisterSelf(SubscriberBase* base, void* self, const std:
                                  [record, self](const Registration& r) { return r.record == record && r.self == self; });
     if (it == m_registrations.end())
         return;
-    for (const PubSub::Object* object : m_objects)
-        detach(*it, object);
+    forEachObject([this, &it](const PubSub::Object* object) { detach(*it, object); });
     detachAll(*it);
     --it->record->registrations;
     ++Dispatcher::instance().m_removals;
@@ -264,18 +257,23 @@ void SubscriberBase::unregisterSelf(SubscriberBase* base, void* self, const std:
 
 void SubscriberBase::attach(const Registration& r, const PubSub::Object* object)
 {
-    Dispatcher::instance().addEntry(r.record->perObject[object], this, r.self);
+    Dispatcher::instance().addEntry(r.record->perObject.insert(object), this, r.self);
 }
 
 void SubscriberBase::detach(const Registration& r, const PubSub::Object* object)
 {
-    auto& perObject = r.record->perObject;
-    const auto it = perObject.find(object);
-    if (it == perObject.end())
+    EntryList* list = r.record->perObject.find(object);
+    if (!list)
         return;
-    Dispatcher::instance().removeEntry(it->second, this);
-    if (it->second.empty())
-        perObject.erase(it);
+    Dispatcher::instance().removeEntry(*list, this);
+    if (list->empty())
+        r.record->perObject.erase(object);
+}
+
+template <class F>
+void SubscriberBase::forEachObject(F&& f) const
+{
+    m_objects.forEach([&f](const void* object, bool) { f(static_cast<const PubSub::Object*>(object)); });
 }
 
 void SubscriberBase::attachAll(const Registration& r)

@@ -2,6 +2,7 @@
 
 #include <PubSub/MessageBase.h>
 #include <PubSub/Object.h>
+#include <PubSub/PointerMap.h>
 
 #include <boost/container/small_vector.hpp>
 
@@ -33,9 +34,14 @@ struct TypeRecord
     explicit TypeRecord(const std::type_index& t) : type(t) {}
 
     bool empty() const noexcept { return perObject.empty() && all.empty(); }
+    // Whether a message of this type to `source` reaches nobody (a null source is not decided here).
+    bool reachesNobody(const PubSub::Object* source) const noexcept
+    {
+        return all.empty() && source && !perObject.contains(source);
+    }
 
     std::type_index type;
-    std::unordered_map<const PubSub::Object*, EntryList> perObject;
+    PointerMap<EntryList> perObject;
     EntryList all;
     std::size_t registrations = 0;
 };

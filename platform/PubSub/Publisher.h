@@ -17,8 +17,8 @@ void deliver(const M& message)
 {
     static_assert(std::is_base_of_v<MessageBase, M>, "a message derives from PubSub::Details::MessageBase");
     static TypeRecord* const record = Dispatcher::instance().typeRecord(typeid(M));
-    if (record->empty())
-        return; // nobody listens to this message type at all
+    if (record->empty() || record->reachesNobody(message.source()))
+        return; // the common case of a message nobody listens to, decided without a call
     Delivery delivery(*record, message.source());
     for (std::size_t i = 0; i < delivery.size(); ++i) {
         if (void* target = delivery.target(i))

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <PubSub/Object.h>
+#include <PubSub/PointerMap.h>
 
 #include <cstddef>
 #include <typeindex>
-#include <unordered_set>
 #include <vector>
 
 namespace PubSub::Details {
@@ -63,9 +63,11 @@ private:
     void attachAll(const Registration& registration);
     void detachAll(const Registration& registration);
     const Registration* findRegistration(const TypeRecord* record) const;
+    template <class F>
+    void forEachObject(F&& f) const;
 
     std::vector<Registration> m_registrations;
-    std::unordered_set<const PubSub::Object*> m_objects;
+    PointerMap<bool> m_objects; // the objects subscribed to (as a set)
     std::vector<std::type_index> m_allTypes;
 };
 

@@ -1,0 +1,140 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace PubSub::Details {
+
+// A hash map from object addresses to values, open-addressed with linear probing and kept at
+// most half full, so a lookup, an insertion and a removal cost a few memory reads whatever the
+// number of entries, and need no allocation but the occasional doubling. Each 64-byte block of
+// memory has a group of eight neighbouring slots, chosen by Fibonacci hashing (multiplication by
+// 2^64 / golden ratio, top bits): objects that lie side by side share a group (a walk over them
+// touches few cache lines), and blocks, however regularly spaced, scatter over the table, so
+// probe runs stay short (a hash that kept whole runs of objects in neighbouring slots was tried:
+// those runs made probes linear). Null is not a valid key.
+template <class V>
+class PointerMap
+{
+public:
+    std::size_t size() const noexcept { return m_size; }
+    bool empty() const noexcept { return m_size == 0; }
+
+    V* find(const void* key) noexcept
+    {
+        if (m_size == 0)
+            return nullptr;
+        for (std::size_t i = home(key);; i = (i + 1) & m_mask) {
+            if (m_slots[i].key == key)
+                return &m_slots[i].value;
+            if (!m_slots[i].key)
+                return nullptr;
+        }
+    }
+    const V* find(const void* key) const noexcept { return const_cast<PointerMap*>(this)->find(key); }
+    bool contains(const void* key) const noexcept { return find(key) != nullptr; }
+
+    // The value of `key`, inserted (default-constructed) when absent; `inserted` tells which.
+    V& insert(const void* key, bool* inserted = nullptr)
+    {
+        if ((m_size + 1) * 2 > m_slots.size())
+            grow();
+        std::size_t i = home(key);
+        for (; m_slots[i].key; i = (i + 1) & m_mask) {
+            if (m_slots[i].key == key) {
+                if (inserted)
+                    *inserted = false;
+                return m_slots[i].value;
+            }
+        }
+        m_slots[i].key = key;
+        ++m_size;
+        if (inserted)
+            *inserted = true;
+        return m_slots[i].value;
+    }
+
+    bool erase(const void* key)
+    {
+        if (m_size == 0)
+            return false;
+        std::size_t i = home(key);
+        for (; m_slots[i].key != key; i = (i + 1) & m_mask) {
+            if (!m_slots[i].key)
+                return false;
+        }
+        // Shift the entries that follow back into the gap, so no probe chain is broken.
+        for (std::size_t j = (i + 1) & m_mask; m_slots[j].key; j = (j + 1) & m_mask) {
+            const std::size_t h = home(m_slots[j].key);
+            const bool staysBehindGap = i <= j ? (i < h && h <= j) : (i < h || h <= j);
+            if (!staysBehindGap) {
+                m_slots[i] = std::move(m_slots[j]);
+                i = j;
+            }
+        }
+        m_slots[i].key = nullptr;
+        m_slots[i].value = V();
+        --m_size;
+        return true;
+    }
+
+    void clear()
+    {
+        m_slots.clear();
+        m_mask = 0;
+        m_bits = 0;
+        m_size = 0;
+    }
+
+    // Calls f(key, value) for every entry, in slot order. The map must not change meanwhile.
+    template <class F>
+    void forEach(F&& f) const
+    {
+        for (const Slot& slot : m_slots) {
+            if (slot.key)
+                f(slot.key, slot.value);
+        }
+    }
+
+private:
+    struct Slot
+    {
+        const void* key = nullptr;
+        V value{};
+    };
+
+    std::size_t home(const void* key) const noexcept
+    {
+        // The 64-byte block of the address picks a group of eight slots (Fibonacci hashing), the
+        // address within the block a slot of the group.
+        const std::uint64_t k = std::uint64_t(reinterpret_cast<std::uintptr_t>(key));
+        const unsigned groupBits = m_bits - 3;
+        const std::uint64_t group = groupBits ? ((k >> 6) * 0x9E3779B97F4A7C15ull) >> (64 - groupBits) : 0;
+        return std::size_t((group << 3) | ((k >> 3) & 7));
+    }
+
+    void grow()
+    {
+        std::vector<Slot> old = std::move(m_slots);
+        const std::size_t capacity = old.empty() ? 8 : old.size() * 2;
+        m_slots = std::vector<Slot>(capacity);
+        m_mask = capacity - 1;
+        m_bits = 0;
+        while ((std::size_t(1) << m_bits) < capacity)
+            ++m_bits;
+        m_size = 0;
+        for (Slot& slot : old) {
+            if (slot.key)
+                insert(slot.key) = std::move(slot.value);
+        }
+    }
+
+    std::vector<Slot> m_slots;
+    std::size_t m_mask = 0;
+    unsigned m_bits = 0;
+    std::size_t m_size = 0;
+};
+
+} // namespace PubSub::Details
