@@ -19,13 +19,14 @@ class View;
 
 // An edit of one record: a working copy the caller writes through -> or *, committed when the
 // edit is destroyed (or by commit()). The view applies it when it owns the record and otherwise
-// sends it to the owner as a Change request. cancel() drops it.
+// sends it to the owner as a Change request. cancel() drops it. A refused edit (a null record,
+// a record that is not the host's) still has a working copy, whose writes are dropped.
 template <class T>
 class Edit
 {
 public:
     Edit(View<T>* view, const T* object)
-        : m_view(view), m_object(object), m_source(object), m_copy(object ? new T(*object) : nullptr)
+        : m_view(object ? view : nullptr), m_object(object), m_source(object), m_copy(object ? new T(*object) : new T())
     {
     }
     Edit(Edit&& other) noexcept
@@ -38,7 +39,6 @@ public:
     Edit& operator=(Edit&&) = delete;
     ~Edit() { commit(); }
 
-    // Null when the edit names no record (a null object was given).
     T* operator->() const noexcept { return m_copy.get(); }
     T& operator*() const noexcept { return *m_copy; }
     T* get() const noexcept { return m_copy.get(); }

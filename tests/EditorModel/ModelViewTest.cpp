@@ -141,6 +141,11 @@ TEST_F(ModelViewTest, MistakesAreReportedAndChangeNothing)
 
     EXPECT_FALSE(watcher.observe(nullptr));
     EXPECT_FALSE(watcher.edit(nullptr).commit());
+    Clip stray;
+    host.edit(&stray)->setName("nowhere"); // not the host's: the write is dropped
+    EXPECT_EQ(stray.name().str(), "");
+    EXPECT_TRUE(log.containsError("not a record of the host"));
+    watcher.edit(nullptr)->setName("nowhere");
     EXPECT_FALSE(watcher.own(nullptr));
     EXPECT_TRUE(log.containsError("null object"));
 

@@ -222,3 +222,21 @@ TEST_F(BaseFileOpenHandlerTest, HandlerDestroyedWhileFilesOpenLeavesNoCallbackBe
     EXPECT_TRUE(dialog->questions.empty());
     EXPECT_TRUE(second->isFailed()) << "the model finishes the file without the handler";
 }
+
+TEST_F(BaseFileOpenHandlerTest, ResolveFollowsTheFailedFlagOfWatchedFiles)
+{
+    RecordingHandler early;
+    const Media::File* file = host.addFile("/media/again.mp4");
+    opener->answer(QStringLiteral("/media/again.mp4"), failed({36}));
+    ASSERT_TRUE(file->isFailed());
+
+    RecordingHandler late; // starts watching a file that has already failed
+    late.watch(file);
+    EXPECT_EQ(late.resolve(file), BaseFileOpenHandler::OpenFailed);
+
+    host.edit(file)->setOpened(true); // opened after all, on a second attempt
+    EXPECT_EQ(late.resolve(file), BaseFileOpenHandler::NoError);
+    host.edit(file)->setFailed(true);
+    EXPECT_EQ(late.resolve(file), BaseFileOpenHandler::OpenFailed);
+    EXPECT_EQ(late.makeFilesAnalyze().failedFiles, std::set<const Media::File*>{file});
+}

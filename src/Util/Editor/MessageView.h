@@ -41,7 +41,8 @@ public:
         SetterChain& operator=(SetterChain&&) = delete;
         ~SetterChain();
 
-        // The working copy; null for a chain that was refused (a null record given to add).
+        // The working copy. A refused chain (a null record given to add or own) has one too, and
+        // drops what is written to it.
         T* operator->() const noexcept { return m_copy.get(); }
         T& operator*() const noexcept { return *m_copy; }
         T* get() const noexcept { return m_copy.get(); }
@@ -233,7 +234,7 @@ typename View<T>::SetterChain View<T>::own(T* object)
 {
     if (!object)
         LOG(ERROR) << "Message::View::own: null object";
-    return SetterChain(object ? this : nullptr, nullptr, std::unique_ptr<T>(object), true);
+    return SetterChain(object ? this : nullptr, nullptr, std::unique_ptr<T>(object ? object : new T()), true);
 }
 
 template <class T>
@@ -241,7 +242,7 @@ typename View<T>::SetterChain View<T>::add(T* object)
 {
     if (!object)
         LOG(ERROR) << "Message::View::add: null object";
-    return SetterChain(object ? this : nullptr, nullptr, std::unique_ptr<T>(object), true);
+    return SetterChain(object ? this : nullptr, nullptr, std::unique_ptr<T>(object ? object : new T()), true);
 }
 
 template <class T>

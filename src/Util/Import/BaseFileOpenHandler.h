@@ -9,7 +9,6 @@
 #include <map>
 #include <memory>
 #include <set>
-#include <unordered_set>
 
 class DeferredCall;
 
@@ -54,6 +53,7 @@ protected:
     void fileRemoved(const Media::File* file) override;
     void fileOpened(const Media::File* file) override;
     void fileFailed(const Media::File* file) override;
+    void fileChanged(const Media::File* file, const Media::File* previous) override;
 
     virtual ErrorType resolve(const Media::File* file) const;
     virtual void postProcessing(bool remove);
@@ -80,8 +80,12 @@ private:
     qint32 m_finishedCount = 0;
     std::deque<const Media::File*> m_files;
     std::multimap<qint32, const Media::File*> m_openErrors;
-    // The files stored in m_openErrors under code 20, kept beside it so that resolve() does
-    // not walk the map for every file.
-    std::unordered_set<const Media::File*> m_code20Files;
+    // Kept beside the batch so that resolve() neither walks m_openErrors nor reads every file
+    // record: what resolve() answers for the files stored in m_openErrors under code 20 and for
+    // the watched files whose "failed" flag is set (followed through the files' change
+    // notifications), in a flat table that one probe answers.
+    class FailureTable;
+    std::unique_ptr<FailureTable> m_failures;
+    void followFailedFlag(const Media::File* file);
     std::unique_ptr<DeferredCall> m_deferredProcessing;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Util/EditorUtilExport.h>
 #include <Util/Interfaces/EditorModel.h>
 #include <Util/Interfaces/PubSub.h>
 
@@ -8,7 +9,7 @@
 // without hiding those overloads.
 namespace ImportListeners {
 
-class FileOpenFailed : public PubSub::Subscriber<Media::FileOpenFailedNotification>
+class EDITORUTIL_EXPORT FileOpenFailed : public PubSub::Subscriber<Media::FileOpenFailedNotification>
 {
 protected:
     virtual void fileOpenFailed(const Media::FileOpenFailedNotification& notification) = 0;
@@ -17,7 +18,7 @@ private:
     void notify(const Media::FileOpenFailedNotification& notification) final { fileOpenFailed(notification); }
 };
 
-class FileAdding : public PubSub::Subscriber<Timeline::FileAddingNotification>
+class EDITORUTIL_EXPORT FileAdding : public PubSub::Subscriber<Timeline::FileAddingNotification>
 {
 protected:
     virtual void fileAdding(const Timeline::FileAddingNotification& notification) = 0;
@@ -26,7 +27,7 @@ private:
     void notify(const Timeline::FileAddingNotification& notification) final { fileAdding(notification); }
 };
 
-class AllFilesProcessed : public PubSub::Subscriber<Timeline::AllFilesProcessedNotification>
+class EDITORUTIL_EXPORT AllFilesProcessed : public PubSub::Subscriber<Timeline::AllFilesProcessedNotification>
 {
 protected:
     virtual void allFilesProcessed(const Timeline::AllFilesProcessedNotification& notification) = 0;
