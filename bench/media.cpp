@@ -201,6 +201,19 @@ QImage thumbnailByHand(const QString& path, qint64 thumbnailTime)
     return image;
 }
 
+// The mean difference of the colour channels of two pictures of one size.
+double meanDifference(const QImage& a, const QImage& b)
+{
+    double sum = 0;
+    for (int y = 0; y < a.height(); ++y)
+        for (int x = 0; x < a.width(); ++x) {
+            const QRgb p = a.pixel(x, y);
+            const QRgb q = b.pixel(x, y);
+            sum += qAbs(qRed(p) - qRed(q)) + qAbs(qGreen(p) - qGreen(q)) + qAbs(qBlue(p) - qBlue(q));
+        }
+    return sum / (3.0 * a.width() * a.height());
+}
+
 MediaEngine::FrameRequest hdRequest(qint64 time)
 {
     MediaEngine::FrameRequest request;
@@ -254,6 +267,7 @@ BENCHMARK(BM_ThumbnailEngine)->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecon
 void BM_ThumbnailFfmpegProcess(benchmark::State& state)
 {
     const QString& file = media().hd;
+    QImage image;
     for (auto _ : state) {
         QProcess process;
         process.start(QStringLiteral("ffmpeg"),
@@ -262,9 +276,19 @@ void BM_ThumbnailFfmpegProcess(benchmark::State& state)
                        QStringLiteral("160x90"), QStringLiteral("-f"), QStringLiteral("image2pipe"), QStringLiteral("-c:v"),
                        QStringLiteral("bmp"), QStringLiteral("-")});
         process.waitForFinished(60000);
-        const QImage image = QImage::fromData(process.readAllStandardOutput(), "BMP");
+        image = QImage::fromData(process.readAllStandardOutput(), "BMP");
         if (image.size() != thumbnailSize)
             state.SkipWithError("no frame");
+    }
+    // Both give the frame of the time: ffmpeg's thumbnail is nearest the engine's frame of
+    // the time, not the frame before or after it (the two scale a little differently).
+    const qint64 time = state.range(0) * 1000;
+    const std::pair<const char*, qint64> frames[] = {
+        {"diff_to_engine_previous", time - 40'000}, {"diff_to_engine", time}, {"diff_to_engine_next", time + 40'000}};
+    for (const auto& [name, frameTime] : frames) {
+        const QImage engine = MediaEngine::decodeFrame(hdRequest(frameTime)).image;
+        if (image.size() == thumbnailSize && engine.size() == thumbnailSize)
+            state.counters[name] = meanDifference(image, engine);
     }
 }
 BENCHMARK(BM_ThumbnailFfmpegProcess)->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond)->UseRealTime();

@@ -152,6 +152,11 @@ FrameResult decodeFrame(const FrameRequest& request, const Limits& limits, const
         return fail(ErrorCode::OutOfMemory, QStringLiteral("Cannot set up the decoder"));
     decoder->pkt_timebase = stream->time_base;
     decoder->max_pixels = limits.maxFramePixels;
+    // One thread per decode: the engine's pool already keeps every core busy with other
+    // requests. Frame threads would hold frames back until each thread has one and decode
+    // frames past the one asked for; slice threads cost more to start and stop than an
+    // unsliced frame gains.
+    decoder->thread_count = 1;
     int status = avcodec_open2(decoder.get(), decoder->codec, nullptr);
     if (status < 0)
         return fail(errorCodeOf(status), QStringLiteral("Cannot open the decoder: ") + describeAVError(status));
@@ -169,6 +174,8 @@ FrameResult decodeFrame(const FrameRequest& request, const Limits& limits, const
         return fail(ErrorCode::OutOfMemory, QStringLiteral("Out of memory"));
     bool haveBest = false;
     bool done = false;
+    // The earliest time at or after the target among the packets sent so far.
+    int64_t firstSentAtOrAfter = INT64_MAX;
     int consecutiveErrors = 0;
 
     // Keeps the decoded frame nearest to the target; done once a frame at or past it came.
@@ -201,6 +208,14 @@ FrameResult decodeFrame(const FrameRequest& request, const Limits& limits, const
             return fail(ErrorCode::FileCorrupted, deadline.cancelled() ? QStringLiteral("Cancelled")
                                                                      : QStringLiteral("Decoding took too long"));
         status = av_read_frame(context, packet.get());
+        if (status >= 0 && packet->stream_index == streamIndex && firstSentAtOrAfter != INT64_MAX
+            && (firstSentAtOrAfter == target || (packet->dts != AV_NOPTS_VALUE && packet->dts >= firstSentAtOrAfter))) {
+            // Every frame the nearest one needs is in the decoder: a frame at the very
+            // time was sent, or the rest of the stream shows no earlier time than one
+            // already sent. Draining hands it out without decoding the frames after it.
+            av_packet_unref(packet.get());
+            status = AVERROR_EOF;
+        }
         if (status < 0) {
             // End of the stream (or unreadable rest): drain what the decoder holds.
             avcodec_send_packet(decoder.get(), nullptr);
@@ -217,6 +232,8 @@ FrameResult decodeFrame(const FrameRequest& request, const Limits& limits, const
         const int64_t margin = 2 * std::max<int64_t>(packet->duration, 1);
         decoder->skip_frame = packet->pts != AV_NOPTS_VALUE && packet->pts < target - margin ? AVDISCARD_NONREF
                                                                                            : AVDISCARD_DEFAULT;
+        if (packet->pts != AV_NOPTS_VALUE && packet->pts >= target)
+            firstSentAtOrAfter = std::min(firstSentAtOrAfter, packet->pts);
         status = avcodec_send_packet(decoder.get(), packet.get());
         av_packet_unref(packet.get());
         if (status >= 0)

@@ -100,6 +100,51 @@ INSTANTIATE_TEST_SUITE_P(
                     ContainerCase{"animatedGif", Sample::GifAnimation, 610'000, 600'000}),
     [](const testing::TestParamInfo<ContainerCase>& info) { return std::string(info.param.name); });
 
+// How far two pictures of one size are apart: the mean difference of their channels.
+double distance(const QImage& a, const QImage& b)
+{
+    double sum = 0;
+    for (int y = 0; y < a.height(); ++y)
+        for (int x = 0; x < a.width(); ++x) {
+            const QRgb p = a.pixel(x, y);
+            const QRgb q = b.pixel(x, y);
+            sum += qAbs(qRed(p) - qRed(q)) + qAbs(qGreen(p) - qGreen(q)) + qAbs(qBlue(p) - qBlue(q));
+        }
+    return sum / (3.0 * a.width() * a.height());
+}
+
+class DecodeReordered : public testing::TestWithParam<qint64>
+{
+};
+
+// Frames stored out of order (b-frames referring to b-frames) still give the very frame of
+// the time: the same picture and time as the file where every frame stands alone, and not
+// a neighbour of it.
+TEST_P(DecodeReordered, givesTheSameFrameAsAnIntraOnlyFile)
+{
+    if (!MediaSamples::hasEncoder("libx264"))
+        GTEST_SKIP() << "no libx264 to make frames stored out of order";
+    const qint64 time = GetParam();
+    const FrameResult reordered = decodeFrame(requestOf(Sample::Mp4Reordered, time, QSize(160, 120)));
+    const FrameResult intra = decodeFrame(requestOf(Sample::MkvIntra, time, QSize(160, 120)));
+    const FrameResult before = decodeFrame(requestOf(Sample::MkvIntra, time - 40'000, QSize(160, 120)));
+    const FrameResult after = decodeFrame(requestOf(Sample::MkvIntra, time + 40'000, QSize(160, 120)));
+    ASSERT_TRUE(reordered.ok()) << reordered.errorMessage.toStdString();
+    ASSERT_TRUE(intra.ok() && before.ok() && after.ok());
+
+    EXPECT_EQ(reordered.frameTime, intra.frameTime);
+    const double same = distance(reordered.image, intra.image);
+    EXPECT_LT(same, 0.25);
+    EXPECT_LT(same * 4, distance(reordered.image, before.image));
+    EXPECT_LT(same * 4, distance(reordered.image, after.image));
+}
+
+// Key frames come at 0 and 1 s; between them each kind of frame: the key frame, a
+// p-frame, a referenced and an unreferenced b-frame, and times between two frames.
+INSTANTIATE_TEST_SUITE_P(FramesOfAGroup, DecodeReordered,
+                         testing::Values(1'000'000, 40'000, 120'000, 160'000, 200'000, 440'000, 480'000, 520'000,
+                                         560'000, 600'000, 655'000, 870'000, 960'000, 1'230'000, 1'515'000));
+
 // The colours sample is 16:9; asked for a square it is fitted, cut or stretched.
 TEST(DecodeResize, keepingTheAspectPadsTopAndBottomWithThePaddingColour)
 {

@@ -171,6 +171,21 @@ QString make(Sample sample)
         arguments << QStringLiteral("-g") << QStringLiteral("10");
         return runFfmpeg(arguments, file) ? file : QString();
     }
+    case Sample::Mp4Reordered: {
+        const QString file = inFolder(QStringLiteral("reordered.mp4"));
+        QStringList arguments = lavfi(QStringLiteral("testsrc=size=320x240:rate=25:duration=2"));
+        arguments << QStringLiteral("-c:v") << QStringLiteral("libx264") << QStringLiteral("-qp") << QStringLiteral("1")
+                  << QStringLiteral("-pix_fmt") << QStringLiteral("yuv420p") << QStringLiteral("-bf") << QStringLiteral("3")
+                  << QStringLiteral("-x264-params") << QStringLiteral("b-pyramid=normal:b-adapt=0") << QStringLiteral("-g")
+                  << QStringLiteral("25");
+        return runFfmpeg(arguments, file) ? file : QString();
+    }
+    case Sample::MkvIntra: {
+        const QString file = inFolder(QStringLiteral("intra.mkv"));
+        QStringList arguments = lavfi(QStringLiteral("testsrc=size=320x240:rate=25:duration=2"));
+        arguments << QStringLiteral("-c:v") << QStringLiteral("ffv1") << QStringLiteral("-pix_fmt") << QStringLiteral("yuv420p");
+        return runFfmpeg(arguments, file) ? file : QString();
+    }
     case Sample::MkvAnamorphic: {
         const QString file = inFolder(QStringLiteral("anamorphic.mkv"));
         QStringList arguments = lavfi(QStringLiteral("color=c=white:size=720x576:rate=25:duration=1,setsar=16/15"));

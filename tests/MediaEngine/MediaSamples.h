@@ -31,6 +31,9 @@ enum class Sample {
     Pipe,            // a named pipe without a writer, named pipe.mp4
     HugePng,         // a png header announcing 100000x100000 pixels (its decoder refuses it)
     NoDecoder,       // a video in a codec this installation encodes but cannot decode (nut)
+    Mp4Reordered,    // near-lossless h264 320x240 25 fps 2 s of counting testsrc frames, 3 b-frames
+                     // (referenced ones too), a key frame every 25; needs libx264
+    MkvIntra,        // the same frames in lossless ffv1, every frame a key frame
 };
 
 // The path of the sample, made on first use; empty (with a test failure) when it could
