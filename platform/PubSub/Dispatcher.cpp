@@ -80,6 +80,39 @@ bool Dispatcher::removeEntry(EntryList& list, const SubscriberBase* base)
     return true;
 }
 
+void Dispatcher::addNode(std::uint32_t& head, SubscriberBase* base, void* self)
+{
+    std::uint32_t index = m_freeNodes;
+    if (index) {
+        m_freeNodes = m_nodes[index].next;
+    } else {
+        index = std::uint32_t(m_nodes.size());
+        m_nodes.emplace_back();
+    }
+    m_nodes[index] = Node{base, self, m_nextSerial++, 0};
+    std::uint32_t* link = &head;
+    while (*link)
+        link = &m_nodes[*link].next;
+    *link = index;
+    ++m_subscriptions;
+}
+
+bool Dispatcher::removeNode(std::uint32_t& head, const SubscriberBase* base)
+{
+    std::uint32_t* link = &head;
+    while (*link && m_nodes[*link].base != base)
+        link = &m_nodes[*link].next;
+    const std::uint32_t index = *link;
+    if (!index)
+        return false;
+    *link = m_nodes[index].next;
+    m_nodes[index] = Node{nullptr, nullptr, 0, m_freeNodes};
+    m_freeNodes = index;
+    --m_subscriptions;
+    ++m_removals;
+    return true;
+}
+
 // --- Delivery ---------------------------------------------------------------------------------
 
 Delivery::Delivery(TypeRecord& record, const PubSub::Object* source)
@@ -89,14 +122,16 @@ Delivery::Delivery(TypeRecord& record, const PubSub::Object* source)
         LOG(ERROR) << "PubSub: a message of type " << record.type.name() << " was published without a source object";
         return;
     }
-    const EntryList* own = record.perObject.find(source);
-    if (own) {
-        for (const Entry& e : *own)
-            m_targets.push_back(Target{e.self, e.serial, false});
-    }
+    const std::vector<Node>& nodes = Dispatcher::instance().m_nodes;
+    const std::uint32_t* own = record.perObject.find(source);
+    const std::uint32_t head = own ? *own : 0;
+    for (std::uint32_t i = head; i; i = nodes[i].next)
+        m_targets.push_back(Target{nodes[i].self, nodes[i].serial, false});
     for (const Entry& e : record.all) {
         // A subscriber of every source that also subscribed to this one gets the message once.
-        const bool duplicate = own && std::any_of(own->begin(), own->end(), [&e](const Entry& o) { return o.base == e.base; });
+        bool duplicate = false;
+        for (std::uint32_t i = head; i && !duplicate; i = nodes[i].next)
+            duplicate = nodes[i].base == e.base;
         if (!duplicate)
             m_targets.push_back(Target{e.self, e.serial, true});
     }
@@ -105,16 +140,20 @@ Delivery::Delivery(TypeRecord& record, const PubSub::Object* source)
 void* Delivery::target(std::size_t index) const
 {
     const Target& t = m_targets[index];
-    if (Dispatcher::instance().m_removals == m_removals)
+    const Dispatcher& dispatcher = Dispatcher::instance();
+    if (dispatcher.m_removals == m_removals)
         return t.self; // nothing was unsubscribed since the delivery started
-    const EntryList* list = &m_record.all;
-    if (!t.toAll) {
-        list = m_record.perObject.find(m_source);
-        if (!list)
-            return nullptr;
+    if (t.toAll) {
+        const EntryList& all = m_record.all;
+        const bool alive = std::any_of(all.begin(), all.end(), [&t](const Entry& e) { return e.serial == t.serial; });
+        return alive ? t.self : nullptr;
     }
-    const bool alive = std::any_of(list->begin(), list->end(), [&t](const Entry& e) { return e.serial == t.serial; });
-    return alive ? t.self : nullptr;
+    const std::uint32_t* head = m_record.perObject.find(m_source);
+    for (std::uint32_t i = head ? *head : 0; i; i = dispatcher.m_nodes[i].next) {
+        if (dispatcher.m_nodes[i].serial == t.serial)
+            return t.self;
+    }
+    return nullptr;
 }
 
 // --- SubscriberBase ---------------------------------------------------------------------------
@@ -257,16 +296,16 @@ void SubscriberBase::unregisterSelf(SubscriberBase* base, void* self, const std:
 
 void SubscriberBase::attach(const Registration& r, const PubSub::Object* object)
 {
-    Dispatcher::instance().addEntry(r.record->perObject.insert(object), this, r.self);
+    Dispatcher::instance().addNode(r.record->perObject.insert(object), this, r.self);
 }
 
 void SubscriberBase::detach(const Registration& r, const PubSub::Object* object)
 {
-    EntryList* list = r.record->perObject.find(object);
-    if (!list)
+    std::uint32_t* head = r.record->perObject.find(object);
+    if (!head)
         return;
-    Dispatcher::instance().removeEntry(*list, this);
-    if (list->empty())
+    Dispatcher::instance().removeNode(*head, this);
+    if (!*head)
         r.record->perObject.erase(object);
 }
 

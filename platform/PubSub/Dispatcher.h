@@ -12,6 +12,7 @@
 #include <memory>
 #include <typeindex>
 #include <unordered_map>
+#include <vector>
 
 namespace PubSub::Details {
 
@@ -27,6 +28,18 @@ struct Entry
 
 using EntryList = boost::container::small_vector<Entry, 1>;
 
+// One subscription to one source object: a node of that source's list for one message type. The
+// nodes live in one pool of the dispatcher, linked by index (0 ends a list), so the per-source
+// tables keep 16-byte slots (a few of them per cache line, however many objects are subscribed)
+// and a subscription allocates nothing but the pool's occasional doubling.
+struct Node
+{
+    SubscriberBase* base;
+    void* self;
+    std::uint64_t serial;
+    std::uint32_t next;
+};
+
 // Everything the dispatcher knows about one message type. Records are made on first use and
 // live as long as the process, so a publisher may keep a pointer to its message type's record.
 struct TypeRecord
@@ -41,7 +54,7 @@ struct TypeRecord
     }
 
     std::type_index type;
-    PointerMap<EntryList> perObject;
+    PointerMap<std::uint32_t> perObject; // source object -> first node of its list
     EntryList all;
     std::size_t registrations = 0;
 };
@@ -107,12 +120,17 @@ private:
 
     std::uint64_t addEntry(EntryList& list, SubscriberBase* base, void* self);
     bool removeEntry(EntryList& list, const SubscriberBase* base);
+    // Appends a node to the list starting at `head` / unlinks the node of `base` from it.
+    void addNode(std::uint32_t& head, SubscriberBase* base, void* self);
+    bool removeNode(std::uint32_t& head, const SubscriberBase* base);
 
     friend class SubscriberBase;
     friend class Delivery;
     friend struct DispatcherAccess; // for tests that inspect delivery order directly
 
     std::unordered_map<std::type_index, std::unique_ptr<TypeRecord>> m_types;
+    std::vector<Node> m_nodes = std::vector<Node>(1); // node 0 stands for "none"
+    std::uint32_t m_freeNodes = 0;                     // first unused node, linked by `next`
     std::uint64_t m_nextSerial = 1;
     std::uint64_t m_removals = 0;
     std::size_t m_subscriptions = 0;

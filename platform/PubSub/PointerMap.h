@@ -108,11 +108,16 @@ private:
     std::size_t home(const void* key) const noexcept
     {
         // The 64-byte block of the address picks a group of eight slots (Fibonacci hashing), the
-        // address within the block a slot of the group.
+        // 8-byte word within the block a slot of the group, turned by another part of the hash so
+        // that objects alike in alignment (large ones, each in a block of its own) do not all
+        // start on the same slot of their groups. Larger groups (16, 64 slots) were tried: blocks
+        // sharing a group then overfill it, and the probes of small tables grow long.
         const std::uint64_t k = std::uint64_t(reinterpret_cast<std::uintptr_t>(key));
-        const unsigned groupBits = m_bits - 3;
-        const std::uint64_t group = groupBits ? ((k >> 6) * 0x9E3779B97F4A7C15ull) >> (64 - groupBits) : 0;
-        return std::size_t((group << 3) | ((k >> 3) & 7));
+        const std::uint64_t mixed = (k >> (GroupBits + 3)) * 0x9E3779B97F4A7C15ull;
+        const unsigned groupBits = m_bits > GroupBits ? m_bits - GroupBits : 0;
+        const std::uint64_t group = groupBits ? mixed >> (64 - groupBits) : 0;
+        const std::uint64_t slot = ((k >> 3) + (mixed >> 24)) & ((std::uint64_t(1) << GroupBits) - 1);
+        return std::size_t((group << GroupBits) | slot) & m_mask;
     }
 
     void grow()
@@ -131,6 +136,7 @@ private:
         }
     }
 
+    static constexpr unsigned GroupBits = 3; // eight slots to a group
     std::vector<Slot> m_slots;
     std::size_t m_mask = 0;
     unsigned m_bits = 0;

@@ -112,6 +112,24 @@ TEST_F(PubSubTest, DeliversToSubscribersOfTheSourceInSubscriptionOrder)
     EXPECT_THAT(log, ElementsAre("other:ping2", "second:pong", "first:pong"));
 }
 
+TEST_F(PubSubTest, UnsubscribingKeepsTheOrderOfTheOthersAndResubscribingGoesLast)
+{
+    Listener first("first", log), second("second", log), third("third", log);
+    first.subscribe(&a);
+    second.subscribe(&a);
+    third.subscribe(&a);
+    second.unsubscribe(&a); // from the middle of the list
+    sender.publish(Ping(&a, 1));
+    first.unsubscribe(&a); // from its head
+    second.subscribe(&a);
+    sender.publish(Ping(&a, 2));
+    third.unsubscribe(&a);
+    first.subscribe(&a);
+    sender.publish(Ping(&a, 3));
+    EXPECT_THAT(log, ElementsAre("first:ping1", "third:ping1", "third:ping2", "second:ping2", "second:ping3",
+                                 "first:ping3"));
+}
+
 TEST_F(PubSubTest, DispatcherListsTheSubscriberPartsInDeliveryOrder)
 {
     Listener first("first", log), second("second", log);
