@@ -11,14 +11,36 @@ namespace Conf {
 namespace {
 // The media groups list what the media engine of this installation really opens, so a file
 // dialog never offers a file that would then fail to open for want of a demuxer.
+// The familiar extensions of a group come first, in the order users know them (a dialog's
+// summary names the first), then the others the engine opens.
+std::string ordered(MediaEngine::ExtensionGroup group, const QStringList& familiar)
+{
+    const QStringList opened = MediaEngine::supportedExtensions(group);
+    QStringList result;
+    for (const QString& extension : familiar) {
+        if (opened.contains(extension))
+            result.append(extension);
+    }
+    for (const QString& extension : opened) {
+        if (!result.contains(extension))
+            result.append(extension);
+    }
+    return result.join(QLatin1Char(';')).toStdString();
+}
+
+QStringList split(const char* list)
+{
+    return QString::fromLatin1(list).split(QLatin1Char(';'));
+}
+
 std::string engineExtensions(MediaEngine::ExtensionGroup group)
 {
-    static const std::string video = MediaEngine::supportedExtensions(MediaEngine::ExtensionGroup::Video)
-                                         .join(QLatin1Char(';')).toStdString();
-    static const std::string audio = MediaEngine::supportedExtensions(MediaEngine::ExtensionGroup::Audio)
-                                         .join(QLatin1Char(';')).toStdString();
-    static const std::string images = MediaEngine::supportedExtensions(MediaEngine::ExtensionGroup::Image)
-                                          .join(QLatin1Char(';')).toStdString();
+    static const std::string video = ordered(MediaEngine::ExtensionGroup::Video,
+        split("mp4;m4v;mov;avi;mkv;webm;wmv;asf;flv;f4v;mpg;mpeg;mpe;m2v;ts;mts;m2ts;3gp;3g2;ogv;mxf;dv"));
+    static const std::string audio = ordered(MediaEngine::ExtensionGroup::Audio,
+        split("mp3;wav;aac;m4a;flac;ogg;oga;opus;wma;aif;aiff;ac3;mka;amr"));
+    static const std::string images =
+        ordered(MediaEngine::ExtensionGroup::Image, split("jpg;jpeg;png;bmp;gif;tif;tiff;webp"));
     switch (group) {
     case MediaEngine::ExtensionGroup::Video: return video;
     case MediaEngine::ExtensionGroup::Audio: return audio;

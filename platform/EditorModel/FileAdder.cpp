@@ -168,6 +168,7 @@ AddedResult addMediaFiles(const QStringList& paths, Asrc origin, const Context& 
         result.clips.clear();
     }
 
+    host->fitWhenOpened(context.timeline, result.clips);
     host->watchFiles(context.timeline, result.files);
     return result;
 }

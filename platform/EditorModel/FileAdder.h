@@ -53,7 +53,8 @@ struct AddedResult
     bool empty() const noexcept { return files.empty(); }
 };
 
-// Length a clip gets until its file has opened (and for still images).
+// Length a clip gets until its file has opened (and keeps for still images); once the file
+// opens, the clip takes the file's own length and what follows it on its track moves with it.
 constexpr Types::Time DefaultClipLength = 5 * Types::TimeUnitsPerSecond;
 
 // The clip kind a path suggests before the file is opened: Image for suffixes Qt reads as

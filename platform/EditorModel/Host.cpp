@@ -1,4 +1,5 @@
 #include <EditorModel/Host.h>
+#include <EditorModel/Registry.h>
 #include <EditorModel/StillImageThumbnails.h>
 
 #include <QDir>
@@ -6,11 +7,24 @@
 
 #include <glog/logging.h>
 
+#include <map>
+
 namespace Model {
 
 namespace {
 Host* g_instance = nullptr;
+
+// How long a clip of an opened file plays: its moving picture, else its sound; 0 for a still
+// (which keeps the length it was given) or a file that tells no length.
+Types::Time openedLength(const Media::File* file)
+{
+    if (const Media::Video* video = file->mainVideo())
+        return video->stillImage ? 0 : video->duration > 0 ? video->duration : file->duration();
+    if (const Media::Audio* audio = file->mainAudio())
+        return audio->duration > 0 ? audio->duration : file->duration();
+    return 0;
 }
+} // namespace
 
 TimelineRequestHandler::~TimelineRequestHandler() = default;
 
@@ -50,6 +64,7 @@ Host::Host(QObject* parent) : QObject(parent)
     store<Timeline::Track>();
     store<Media::File>().onRemoved = [this](const Media::File* file) {
         m_opening.erase(file);
+        m_provisional.erase(file);
         fileSettled(file);
     };
     store<Media::Video>();
@@ -287,11 +302,15 @@ void Host::finishOpening(const Media::File* file, const Media::OpenResult& resul
             audio->file = file;
             audios.push_back(add(std::move(audio)));
         }
-        auto e = edit(file);
-        e->setStreams(std::move(videos), std::move(audios));
-        e->setDuration(result.metadata.duration);
-        e->setOpened(true);
+        {
+            auto e = edit(file);
+            e->setStreams(std::move(videos), std::move(audios));
+            e->setDuration(result.metadata.duration);
+            e->setOpened(true);
+        }
+        fitOpenedClips(file);
     } else {
+        m_provisional.erase(file);
         // Who waits for the file learns why before it sees the file fail.
         publish(Media::FileOpenFailedNotification(file, result.errors));
         edit(file)->setFailed(true);
@@ -312,6 +331,71 @@ void Host::watchFiles(const Timeline::Object* timeline, const std::vector<const 
     }
     m_batches.push_back(std::move(batch));
     announceBatches();
+}
+
+void Host::fitWhenOpened(const Timeline::Object* timeline, const std::vector<const Timeline::Clip*>& clips)
+{
+    if (!timeline) {
+        LOG(ERROR) << "Model::Host::fitWhenOpened: null timeline";
+        return;
+    }
+    for (const Timeline::Clip* clip : clips) {
+        if (!clip || !clip->file() || !timeline->contains(clip) || clip->file()->isFinished())
+            continue;
+        m_provisional.emplace(clip->file(), Provisional{timeline, clip, timeline->clipTiming(clip)});
+    }
+}
+
+void Host::fitOpenedClips(const Media::File* file)
+{
+    const auto range = m_provisional.equal_range(file);
+    std::vector<Provisional> waiting;
+    for (auto it = range.first; it != range.second; ++it)
+        waiting.push_back(it->second);
+    m_provisional.erase(range.first, range.second);
+    const Types::Time length = openedLength(file);
+    if (length <= 0)
+        return;
+
+    // One edit per timeline, for all the clips of the file on it.
+    // A timeline removed meanwhile (a shadow given up) is not touched; its address is only
+    // compared, never followed.
+    const std::set<const Timeline::Object*> live = Registry::objectsOf<Timeline::Object>();
+    std::map<const Timeline::Object*, std::vector<Provisional>> byTimeline;
+    for (const Provisional& p : waiting) {
+        if (live.count(p.timeline))
+            byTimeline[p.timeline].push_back(p);
+    }
+    for (const auto& entry : byTimeline) {
+        const Timeline::Object* timeline = entry.first;
+        bool changed = false;
+        auto e = store<Timeline::Object>().edit(timeline);
+        for (const Provisional& p : entry.second) {
+            if (!owns(p.clip) || !e->contains(p.clip))
+                continue;
+            // Earlier clips of the batch may have moved it; a length or speed given meanwhile
+            // is the user's and stays.
+            Timeline::ClipTiming timing = e->clipTiming(p.clip);
+            if (timing.length != p.timing.length || timing.speed != p.timing.speed || timing.offset != p.timing.offset)
+                continue;
+            const Types::Time by = Types::Time(double(length) / timing.speed + 0.5) - timing.length;
+            if (by == 0)
+                continue;
+            // What was packed after the clip follows its end.
+            for (const Timeline::Clip* later : e->clipsOnTrack(timing.track)) {
+                Timeline::ClipTiming moved = e->clipTiming(later);
+                if (later != p.clip && moved.position >= timing.end()) {
+                    moved.position += by;
+                    e->moveClip(later, moved);
+                }
+            }
+            timing.length += by;
+            e->moveClip(p.clip, timing);
+            changed = true;
+        }
+        if (!changed)
+            e.cancel();
+    }
 }
 
 void Host::fileSettled(const Media::File* file)

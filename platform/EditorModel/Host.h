@@ -178,6 +178,12 @@ public:
     // Publishes Timeline::AllFilesProcessedNotification on `timeline` (from the event loop) once
     // every file of the batch has finished opening, opened or failed, or was removed.
     void watchFiles(const Timeline::Object* timeline, const std::vector<const Media::File*>& files);
+    // Clips of `timeline` placed with a provisional length before their file opened: when the
+    // file opens, each takes the file's real length (its video stream's, else its audio's; a
+    // still keeps its length) in one edit of the timeline, and what follows it on its track
+    // moves with its end. A clip whose timing was changed meanwhile, or that left the
+    // timeline, is left alone.
+    void fitWhenOpened(const Timeline::Object* timeline, const std::vector<const Timeline::Clip*>& clips);
 
     // --- thumbnails ------------------------------------------------------------------------------
     void setThumbnailProvider(std::shared_ptr<Thumbnail::Provider> provider);
@@ -200,6 +206,7 @@ private:
 
     void finishOpening(const Media::File* file, const Media::OpenResult& result);
     void fileSettled(const Media::File* file);
+    void fitOpenedClips(const Media::File* file);
     void announceBatches();
     Editor::Worker* worker() const;
     bool editPlaybackState(const char* operation, const std::function<void(Playback::State&)>& change);
@@ -227,6 +234,13 @@ private:
     std::unordered_map<const Media::File*, std::uint64_t> m_opening; // file -> opening ticket
     std::uint64_t m_nextTicket = 1;
     std::vector<Batch> m_batches;
+    struct Provisional
+    {
+        const Timeline::Object* timeline;
+        const Timeline::Clip* clip;
+        Timeline::ClipTiming timing; // as placed
+    };
+    std::unordered_multimap<const Media::File*, Provisional> m_provisional;
     bool m_announceQueued = false;
 };
 

@@ -145,8 +145,9 @@ public:
         m_broken = broken;
         return *this;
     }
-    const Object* nestedTimeline() const noexcept { return m_nested; }
-    Clip& setNestedTimeline(const Object* timeline)
+    // Spelt out in full: inside a clip, a bare `Object` is the bus base class.
+    const Timeline::Object* nestedTimeline() const noexcept { return m_nested; }
+    Clip& setNestedTimeline(const Timeline::Object* timeline)
     {
         m_nested = timeline;
         return *this;
@@ -184,7 +185,7 @@ private:
     int m_stream = -1;
     Types::String m_name;
     bool m_broken = false;
-    const Object* m_nested = nullptr;
+    const Timeline::Object* m_nested = nullptr;
     std::shared_ptr<const Overlay::Preset> m_overlay;
     std::shared_ptr<const Quiz::Preset> m_quiz;
     std::shared_ptr<const Animation::TransformationItem> m_animation;

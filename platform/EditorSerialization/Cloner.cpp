@@ -96,7 +96,7 @@ const Timeline::Clip* Cloner::clipCopy(const Timeline::Clip* source)
     if (const Timeline::Clip* known = copyOf(source))
         return known;
     auto copy = std::make_unique<Timeline::Clip>(*source);
-    if (const auto* nested = dynamic_cast<const Timeline::Object*>(source->nestedTimeline()))
+    if (const Timeline::Object* nested = source->nestedTimeline())
         copy->setNestedTimeline(nestedCopy(nested));
     const Timeline::Clip* result = copy.get();
     m_storage.m_clips.push_back(std::move(copy));

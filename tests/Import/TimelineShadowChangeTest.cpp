@@ -118,7 +118,7 @@ TEST_F(TimelineShadowChangeTest, IntroGoesFirstAndMovesThePrimaryTrack)
     ASSERT_EQ(primary.size(), 2u);
     EXPECT_EQ(primary[0]->type(), Timeline::Clip::Nested);
     EXPECT_EQ(shadow->clipTiming(primary[1]).position, Timeline::Clip::DEFAULT_TITLE_CLIP_DURATION);
-    const auto* intro = dynamic_cast<const Timeline::Object*>(primary[0]->nestedTimeline());
+    const Timeline::Object* intro = primary[0]->nestedTimeline();
     ASSERT_NE(intro, nullptr);
     ASSERT_EQ(intro->clips().size(), 1u);
     const Overlay::Preset* texts = intro->clips().front()->overlay();

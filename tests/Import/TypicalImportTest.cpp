@@ -182,8 +182,7 @@ TEST_P(TypicalImportTest, ShadowAddsFilesSettlesFailuresAndMergesBack)
                           "Scene 1 audio type=2 at=20000000 len=" + len + " track=3 linked-to=* Scene 1+0",
                       }));
     const Timeline::Clip* replacement = project->clips()[3];
-    ASSERT_NE(replacement->nestedTimeline(), nullptr);
-    const auto* shown = dynamic_cast<const Timeline::Object*>(replacement->nestedTimeline());
+    const Timeline::Object* shown = replacement->nestedTimeline();
     ASSERT_NE(shown, nullptr);
     EXPECT_NE(shown, shadow) << "the project shows a copy, which outlives the change";
     EXPECT_EQ(describe(shown), describe(shadow));

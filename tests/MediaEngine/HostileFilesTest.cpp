@@ -1,4 +1,4 @@
-#include "MediaSamples.h"
+#include "GeneratedMedia.h"
 
 #include <MediaEngine/FrameDecoder.h>
 #include <MediaEngine/Probe.h>

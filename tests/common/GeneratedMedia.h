@@ -2,8 +2,9 @@
 
 #include <QString>
 
-// Media files made once per test program with the ffmpeg command line and QImage, in a
-// temporary folder; each is made the first time a test asks for it.
+// Real media files made once per test program with the ffmpeg command line and QImage, in a
+// temporary folder; each is made the first time a test asks for it. Linked from the static
+// library EditorUtilGeneratedMedia by every test program that decodes real media.
 namespace MediaSamples {
 
 enum class Sample {
