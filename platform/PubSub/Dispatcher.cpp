@@ -116,7 +116,10 @@ bool Dispatcher::removeNode(std::uint32_t& head, const SubscriberBase* base)
 // --- Delivery ---------------------------------------------------------------------------------
 
 Delivery::Delivery(TypeRecord& record, const PubSub::Object* source)
-    : m_record(record), m_source(source), m_removals(Dispatcher::instance().m_removals)
+    : m_record(record)
+    , m_source(source)
+    , m_removalsNow(&Dispatcher::instance().m_removals)
+    , m_removals(*m_removalsNow)
 {
     if (!source) {
         LOG(ERROR) << "PubSub: a message of type " << record.type.name() << " was published without a source object";
@@ -137,12 +140,10 @@ Delivery::Delivery(TypeRecord& record, const PubSub::Object* source)
     }
 }
 
-void* Delivery::target(std::size_t index) const
+void* Delivery::liveTarget(std::size_t index) const
 {
     const Target& t = m_targets[index];
     const Dispatcher& dispatcher = Dispatcher::instance();
-    if (dispatcher.m_removals == m_removals)
-        return t.self; // nothing was unsubscribed since the delivery started
     if (t.toAll) {
         const EntryList& all = m_record.all;
         const bool alive = std::any_of(all.begin(), all.end(), [&t](const Entry& e) { return e.serial == t.serial; });
