@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace {
 
 QString S(const char* text) { return QString::fromUtf8(text); }
@@ -41,14 +43,6 @@ public:
     void startupCompleted() { publish(AppEvents::StartupCompleted()); }
 };
 
-QStringList commandLine(std::initializer_list<const char*> arguments)
-{
-    QStringList list{S("editor")};
-    for (const char* a : arguments)
-        list << S(a);
-    return list;
-}
-
 } // namespace
 
 class CommandProviderTest : public testing::Test
@@ -58,78 +52,86 @@ protected:
     Application application;
 };
 
-TEST_F(CommandProviderTest, OnlyTheFirstProjectOfTheCommandLineIsOpened)
+// Requests recorded before start-up, as "tools", "show", "hide", "category <name>", "file <path>".
+struct StartUpCase
 {
-    CommandProvider provider(commandLine({"/p/first.dscproj", "/p/second.dscproj", "/v/clip.mp4"}));
-    EXPECT_TRUE(provider.hasPendingFiles());
-    EXPECT_TRUE(commands.log.isEmpty());
-    application.startupCompleted();
-    EXPECT_EQ(commands.log, QStringList{S("OpenProject /p/first.dscproj")});
-    EXPECT_FALSE(provider.hasPendingFiles());
-}
+    const char* name;
+    std::vector<const char*> arguments;
+    std::vector<const char*> requests;
+    bool pending; // files waiting for the start-up
+    std::vector<const char*> published;
+};
 
-TEST_F(CommandProviderTest, MediaFilesOfTheCommandLineAreNotKept)
+class CommandProviderStartUp : public CommandProviderTest, public testing::WithParamInterface<StartUpCase>
 {
-    CommandProvider provider(commandLine({"/v/clip.mp4"}));
-    EXPECT_FALSE(provider.hasPendingFiles());
-    application.startupCompleted();
-    EXPECT_TRUE(commands.log.isEmpty());
-}
+};
 
-TEST_F(CommandProviderTest, RecordedRequestsArePublishedInTheFixedOrder)
+TEST_P(CommandProviderStartUp, PublishesWhatWaitedInTheFixedOrder)
 {
-    CommandProvider provider(commandLine({"--mode", "slideshow"}));
-    provider.showAddMediaCategory(S("music"));
-    provider.hideMainWindow();
-    provider.showMainWindow();
-    provider.handleFile(S("/v/b.mp4"));
-    provider.handleFile(S("/v/a.wav"));
-    EXPECT_TRUE(provider.hasPendingFiles());
-    EXPECT_TRUE(commands.log.isEmpty());
-
-    application.startupCompleted();
-    EXPECT_EQ(commands.log, (QStringList{S("StartSlideshow"), S("AddFile /v/b.mp4"), S("AddFile /v/a.wav"),
-                                         S("ShowMainWindow"), S("HideMainWindow"), S("ShowAddMediaCategory music")}));
-}
-
-TEST_F(CommandProviderTest, ALaterCategoryReplacesAnEarlierOneAndWinsOverTheToolsPage)
-{
-    CommandProvider provider(commandLine({}));
-    provider.showToolsPage();
-    provider.showAddMediaCategory(S("video"));
-    provider.showAddMediaCategory(S("titles"));
-    application.startupCompleted();
-    EXPECT_EQ(commands.log, QStringList{S("ShowAddMediaCategory titles")});
-}
-
-TEST_F(CommandProviderTest, AWaitingToolsPageIsShownWithoutACategory)
-{
-    CommandProvider provider(commandLine({}));
-    provider.showToolsPage();
-    application.startupCompleted();
-    EXPECT_EQ(commands.log, QStringList{S("ShowToolsPage")});
-}
-
-TEST_F(CommandProviderTest, SlideshowComesBeforeTheProject)
-{
-    CommandProvider provider(commandLine({"--mode=slideshow", "/p/show.dscproj"}));
-    application.startupCompleted();
-    EXPECT_EQ(commands.log, (QStringList{S("StartSlideshow"), S("OpenProject /p/show.dscproj")}));
-}
-
-TEST_F(CommandProviderTest, OtherModesStartNoSlideshow)
-{
-    for (const char* mode : {"normal", "Slideshow", "kiosk"}) {
-        commands.log.clear();
-        CommandProvider provider(commandLine({"--mode", mode}));
-        application.startupCompleted();
-        EXPECT_TRUE(commands.log.isEmpty()) << mode;
+    const StartUpCase& c = GetParam();
+    QStringList arguments{S("editor")};
+    for (const char* a : c.arguments)
+        arguments << S(a);
+    CommandProvider provider(arguments);
+    for (const char* request : c.requests) {
+        const QString r = S(request);
+        const QString argument = r.section(QLatin1Char(' '), 1);
+        if (r == S("tools"))
+            provider.showToolsPage();
+        else if (r == S("show"))
+            provider.showMainWindow();
+        else if (r == S("hide"))
+            provider.hideMainWindow();
+        else if (r.startsWith(S("category ")))
+            provider.showAddMediaCategory(argument);
+        else
+            provider.handleFile(argument);
     }
+    EXPECT_EQ(provider.hasPendingFiles(), c.pending);
+    EXPECT_TRUE(commands.log.isEmpty());
+    application.startupCompleted();
+    application.startupCompleted(); // start-up happens once
+    QStringList expected;
+    for (const char* line : c.published)
+        expected << S(line);
+    EXPECT_EQ(commands.log, expected);
+    EXPECT_FALSE(provider.hasPendingFiles());
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Requests, CommandProviderStartUp,
+    testing::Values(
+        StartUpCase{"only_the_first_project", {"/p/first.dscproj", "/p/second.dscproj", "/v/clip.mp4"}, {}, true,
+                    {"OpenProject /p/first.dscproj"}},
+        StartUpCase{"media_files_are_not_kept", {"/v/clip.mp4"}, {}, false, {}},
+        StartUpCase{"fixed_order",
+                    {"--mode", "slideshow"},
+                    {"category music", "hide", "show", "file /v/b.mp4", "file /v/a.wav"},
+                    true,
+                    {"StartSlideshow", "AddFile /v/b.mp4", "AddFile /v/a.wav", "ShowMainWindow", "HideMainWindow",
+                     "ShowAddMediaCategory music"}},
+        StartUpCase{"later_category_wins_over_tools",
+                    {},
+                    {"tools", "category video", "category titles"},
+                    false,
+                    {"ShowAddMediaCategory titles"}},
+        StartUpCase{"tools_page_alone", {}, {"tools"}, false, {"ShowToolsPage"}},
+        StartUpCase{"slideshow_before_project", {"--mode=slideshow", "/p/show.dscproj"}, {}, true,
+                    {"StartSlideshow", "OpenProject /p/show.dscproj"}},
+        StartUpCase{"mode_normal", {"--mode", "normal"}, {}, false, {}},
+        StartUpCase{"mode_is_case_sensitive", {"--mode", "Slideshow"}, {}, false, {}},
+        StartUpCase{"project_then_window", {"/p/a.dscproj"}, {"show"}, true,
+                    {"OpenProject /p/a.dscproj", "ShowMainWindow"}},
+        StartUpCase{"a_recorded_project_drops_other_files",
+                    {},
+                    {"file /v/a.mp4", "file /p/late.dscproj", "file /p/later.dscproj"},
+                    true,
+                    {"OpenProject /p/late.dscproj"}}),
+    [](const testing::TestParamInfo<StartUpCase>& info) { return std::string(info.param.name); });
 
 TEST_F(CommandProviderTest, AfterStartUpRequestsArePublishedAtOnce)
 {
-    CommandProvider provider(commandLine({}));
+    CommandProvider provider(QStringList{S("editor")});
     application.startupCompleted();
     provider.showMainWindow();
     provider.showToolsPage();
@@ -141,29 +143,10 @@ TEST_F(CommandProviderTest, AfterStartUpRequestsArePublishedAtOnce)
                                          S("HideMainWindow"), S("AddFile /v/a.mp4")}));
 }
 
-TEST_F(CommandProviderTest, StartUpHappensOnce)
-{
-    CommandProvider provider(commandLine({"/p/a.dscproj"}));
-    provider.showMainWindow();
-    application.startupCompleted();
-    application.startupCompleted();
-    EXPECT_EQ(commands.log, (QStringList{S("OpenProject /p/a.dscproj"), S("ShowMainWindow")}));
-}
-
-TEST_F(CommandProviderTest, RecordedFilesWithAProjectOpenOnlyThatProject)
-{
-    CommandProvider provider(commandLine({}));
-    provider.handleFile(S("/v/a.mp4"));
-    provider.handleFile(S("/p/late.dscproj"));
-    provider.handleFile(S("/p/later.dscproj"));
-    application.startupCompleted();
-    EXPECT_EQ(commands.log, QStringList{S("OpenProject /p/late.dscproj")});
-}
-
 TEST_F(CommandProviderTest, ADestroyedProviderIgnoresTheStartUp)
 {
     {
-        CommandProvider provider(commandLine({"/p/a.dscproj"}));
+        CommandProvider provider(QStringList{S("editor"), S("/p/a.dscproj")});
     }
     application.startupCompleted();
     EXPECT_TRUE(commands.log.isEmpty());

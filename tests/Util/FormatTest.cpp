@@ -10,6 +10,7 @@ QString S(const char* text) { return QString::fromUtf8(text); }
 
 struct TimeCase
 {
+    bool milliseconds;
     long long value;
     const char* expected;
 };
@@ -18,26 +19,22 @@ class FormatTime : public testing::TestWithParam<TimeCase>
 {
 };
 
-TEST_P(FormatTime, Seconds) { EXPECT_EQ(Format::time(static_cast<int>(GetParam().value)), S(GetParam().expected)); }
-
-INSTANTIATE_TEST_SUITE_P(Durations, FormatTime,
-                         testing::Values(TimeCase{0, "00:00"}, TimeCase{59, "00:59"}, TimeCase{61, "01:01"},
-                                         TimeCase{3599, "59:59"}, TimeCase{3600, "01:00:00"},
-                                         TimeCase{86399, "23:59:59"}, TimeCase{86400, "24:00:00"},
-                                         TimeCase{90000, "25:00:00"}, TimeCase{90061, "25:01:01"},
-                                         TimeCase{360000, "100:00:00"}, TimeCase{-59, "-00:59"}));
-
-class FormatTimeMs : public testing::TestWithParam<TimeCase>
+TEST_P(FormatTime, Durations)
 {
-};
+    const TimeCase& c = GetParam();
+    EXPECT_EQ(c.milliseconds ? Format::timeMs(c.value) : Format::time(static_cast<int>(c.value)), S(c.expected));
+}
 
-TEST_P(FormatTimeMs, Milliseconds) { EXPECT_EQ(Format::timeMs(GetParam().value), S(GetParam().expected)); }
-
-INSTANTIATE_TEST_SUITE_P(Durations, FormatTimeMs,
-                         testing::Values(TimeCase{1500, "00:01.500"}, TimeCase{2000, "00:02"}, TimeCase{7, "00:00.007"},
-                                         TimeCase{3600000, "01:00:00"}, TimeCase{3600001, "01:00:00.001"},
-                                         TimeCase{90000000, "25:00:00"}, TimeCase{90000250, "25:00:00.250"},
-                                         TimeCase{-1500, "-00:01.500"}));
+INSTANTIATE_TEST_SUITE_P(
+    Durations, FormatTime,
+    testing::Values(TimeCase{false, 0, "00:00"}, TimeCase{false, 59, "00:59"}, TimeCase{false, 61, "01:01"},
+                    TimeCase{false, 3599, "59:59"}, TimeCase{false, 3600, "01:00:00"},
+                    TimeCase{false, 86399, "23:59:59"}, TimeCase{false, 86400, "24:00:00"},
+                    TimeCase{false, 90061, "25:01:01"}, TimeCase{false, 360000, "100:00:00"},
+                    TimeCase{false, -59, "-00:59"}, TimeCase{true, 1500, "00:01.500"}, TimeCase{true, 2000, "00:02"},
+                    TimeCase{true, 7, "00:00.007"}, TimeCase{true, 3600000, "01:00:00"},
+                    TimeCase{true, 3600001, "01:00:00.001"}, TimeCase{true, 90000250, "25:00:00.250"},
+                    TimeCase{true, -1500, "-00:01.500"}));
 
 TEST(Format, MsToQTimeWrapsAtADay)
 {
