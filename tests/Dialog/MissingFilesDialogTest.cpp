@@ -187,7 +187,6 @@ TEST_F(MissingFiles, DestroyingTheDialogDuringASearchIsSafe)
     auto* dialog = new MissingFilesDialog(lost);
     dialog->searchFolder(path("new"));
     delete dialog; // waits for the worker, which stops at once
-    SUCCEED();
 }
 
 TEST_F(MissingFiles, ARowCanBeLocatedByHand)

@@ -4,10 +4,7 @@
 
 #include <TestSupport.h>
 
-#include <Util/Sticky/StickyCompositeArea.h>
 #include <Util/Sticky/StickyFreeLine.h>
-#include <Util/Sticky/StickyGrid.h>
-#include <Util/Sticky/StickyMagneticLine.h>
 
 #include <QSignalSpy>
 
@@ -51,50 +48,17 @@ protected:
 
 TEST_F(StickyAreaTest, StartsEmptyUnlockedWithoutTracking)
 {
-    EXPECT_EQ(line.origin(), QPointF(0, 0));
     EXPECT_EQ(line.verticalDirection(), StickyArea::Down);
     EXPECT_FALSE(line.isLocked());
     EXPECT_FALSE(line.heightTracking());
-    EXPECT_FALSE(line.placeholderNeeded());
     EXPECT_TRUE(line.isEmptyLevelsAllowed());
     EXPECT_TRUE(line.empty());
-    EXPECT_EQ(line.count(), 0u);
     EXPECT_DOUBLE_EQ(line.height(), 0.0);
     EXPECT_DOUBLE_EQ(line.width(), 0.0);
     EXPECT_TRUE(line.isAcceptable({addItem(5)}));
     EXPECT_FALSE(line.isMovingHolded(QRectF(0, 0, 10, 10)));
-    EXPECT_EQ(StickyArea::Down, 1);
-    EXPECT_EQ(StickyArea::Up, -1);
-
-    line.setPlaceholderNeeded(true);
-    line.setAllowEmptyLevels(false);
-    EXPECT_TRUE(line.placeholderNeeded());
-    EXPECT_FALSE(line.isEmptyLevelsAllowed());
-    EXPECT_EQ(heightSpy->count(), 0);
-    EXPECT_EQ(countSpy->count(), 0);
-}
-
-TEST_F(StickyAreaTest, MetaObjectNamesTheClasses)
-{
-    EXPECT_STREQ(StickyArea::staticMetaObject.className(), "StickyArea");
-    EXPECT_STREQ(StickyFreeLine::staticMetaObject.className(), "StickyFreeLine");
-    EXPECT_STREQ(StickyMagneticLine::staticMetaObject.className(), "StickyMagneticLine");
-    EXPECT_STREQ(StickyGrid::staticMetaObject.className(), "StickyGrid");
-    EXPECT_STREQ(StickyCompositeArea::staticMetaObject.className(), "StickyCompositeArea");
-    for (const QMetaObject* mo : {&StickyFreeLine::staticMetaObject, &StickyMagneticLine::staticMetaObject,
-                                  &StickyGrid::staticMetaObject, &StickyCompositeArea::staticMetaObject})
-        EXPECT_EQ(mo->superClass(), &StickyArea::staticMetaObject);
-    StickyGrid grid;
-    EXPECT_TRUE(grid.inherits("StickyArea"));
-}
-
-TEST_F(StickyAreaTest, PointsStartFromTheDefaults)
-{
-    const StickyArea::StickyPoint plain;
-    EXPECT_POINT(plain, nullptr, 0, 0, 0, -1);
-    // An item that is not in the area: the area itself, -1.
-    QGraphicsRectItem* stranger = addItem(10, 10, 7, 8);
-    EXPECT_POINT(line.itemPoint(stranger), &line, 7, 8, 0, -1);
+    EXPECT_POINT(StickyArea::StickyPoint(), nullptr, 0, 0, 0, -1);
+    EXPECT_POINT(line.itemPoint(addItem(10, 10, 7, 8)), &line, 7, 8, 0, -1);
 }
 
 struct DirectionRow

@@ -285,13 +285,6 @@ TEST_F(StickyCompositeAreaTest, AnAreaThatWouldHoldItselfIsRefused)
     EXPECT_TRUE(composite.isAcceptable({item}));
     EXPECT_POINT(composite.findStickyPoint(QPointF(40, 90), item), &composite, 40, 100, 0, 1);
     EXPECT_POINT(outer.findStickyPoint(QPointF(40, 90), item), &outer, 40, 100, 0, 0);
-    composite.insertItem(composite.findStickyPoint(QPointF(40, 90), item), item, false);
-    composite.updateLayout(nullptr);
-    EXPECT_TRUE(freeLine.contains(item));
-    EXPECT_EQ(composite.rootOf(item), freeRoot);
-    EXPECT_EQ(countSpy->count(), 1);
-    EXPECT_EQ(freeSpy->count(), 1);
-    EXPECT_EQ(magneticSpy->count(), 0);
 
     // Slot numbers are unchanged by the refusals: the next one is 3.
     StickyFreeLine extra;

@@ -37,8 +37,6 @@ TEST_F(StickyGridTest, EmptyGrid)
 {
     grid.setOrigin(QPointF(3, 4));
     EXPECT_EQ(grid.direction(), StickyGrid::Rows);
-    EXPECT_EQ(int(StickyGrid::Rows), 1);
-    EXPECT_EQ(int(StickyGrid::Columns), 0);
     EXPECT_POINT(grid.findStickyPoint(QPointF(50, 50), nullptr), &grid, 3, 4, 0, 0);
     EXPECT_TRUE(grid.rect().isNull());
     EXPECT_TRUE(grid.size().isEmpty());
@@ -70,24 +68,18 @@ TEST_F(StickyGridTest, RowsWrapBeforeOverflowing)
     EXPECT_EQ(heightSpy->count(), 2);
 }
 
-TEST_F(StickyGridTest, DefaultSizeWrapsBeforeEveryItem)
+TEST_F(StickyGridTest, DefaultSizeOrAnItemWiderThanTheRowStillWraps)
 {
     grid.setOrigin(QPointF(7, 100));
     QGraphicsRectItem* a = append(40, 20);
     QGraphicsRectItem* b = append(10, 30);
     grid.setSpacing(QPointF(3, 5));
+    EXPECT_EQ(a->pos(), QPointF(7, 105)) << "unset width: wrapped although first of its row";
+    EXPECT_EQ(b->pos(), QPointF(7, 130));
+    a->setPos(0, 0);
+    grid.setWidth(30); // a is wider than the row
     EXPECT_EQ(a->pos(), QPointF(7, 105));
     EXPECT_EQ(b->pos(), QPointF(7, 130));
-}
-
-TEST_F(StickyGridTest, AnItemWiderThanTheRowStillWraps)
-{
-    grid.setWidth(100);
-    QGraphicsRectItem* wide = append(150, 20);
-    QGraphicsRectItem* next = append(30, 10);
-    grid.setSpacing(QPointF(10, 4));
-    EXPECT_EQ(wide->pos(), QPointF(0, 4)) << "wrapped although it is the first of its row";
-    EXPECT_EQ(next->pos(), QPointF(0, 28));
 }
 
 TEST_F(StickyGridTest, ColumnsFillDownwards)
@@ -160,7 +152,7 @@ class GridNearestTest : public StickyGridTest, public ::testing::WithParamInterf
 {
 };
 
-// Origin (0, 0); items at (100, 0), (200, 0), (100, 100); the second is the dragged one.
+// Origin (0, 0), which competes first; items at (100, 0), (200, 0), (100, 100); the second is dragged.
 TEST_P(GridNearestTest, PicksTheNearestPlaceByManhattanLength)
 {
     for (int i = 0; i < 3; ++i)
@@ -178,16 +170,10 @@ INSTANTIATE_TEST_SUITE_P(
                       NearestRow{"on_the_dragged_item", {200, 0}, 200, 0, 1},
                       NearestRow{"tie_keeps_the_earlier", {150, 0}, 100, 0, 0},
                       NearestRow{"second_place", {160, 0}, 200, 0, 1},
-                      NearestRow{"lower_item", {100, 95}, 100, 100, 2}),
+                      NearestRow{"lower_item", {100, 95}, 100, 100, 2},
+                      NearestRow{"tie_with_the_origin_goes_to_it", {50, 0}, 0, 0, 0},
+                      NearestRow{"just_past_the_origin_tie", {51, 0}, 100, 0, 0}),
     [](const auto& info) { return std::string(info.param.name); });
-
-TEST_F(StickyGridTest, TheOriginCompetesFirstAndWinsTies)
-{
-    QGraphicsRectItem* a = append(10, 10);
-    a->setPos(20, 0);
-    EXPECT_POINT(grid.findStickyPoint(QPointF(10, 0), nullptr), &grid, 0, 0, 0, 0);
-    EXPECT_POINT(grid.findStickyPoint(QPointF(11, 0), nullptr), &grid, 20, 0, 0, 0);
-}
 
 TEST_F(StickyGridTest, GroupDropSnapsTheGroupsTopLeft)
 {
