@@ -11,11 +11,12 @@ using MediaSamples::Sample;
 
 namespace {
 
-// Lossy codecs and scaling shift colours a little; a colour is recognised by being near.
+// Lossy codecs and scaling shift colours a little; a colour is recognised by being near, with
+// its very opacity.
 bool near(QRgb actual, QColor expected, int tolerance = 48)
 {
     return qAbs(qRed(actual) - expected.red()) <= tolerance && qAbs(qGreen(actual) - expected.green()) <= tolerance
-        && qAbs(qBlue(actual) - expected.blue()) <= tolerance && qAbs(qAlpha(actual) - expected.alpha()) <= tolerance;
+        && qAbs(qBlue(actual) - expected.blue()) <= tolerance && qAlpha(actual) == expected.alpha();
 }
 
 std::string describe(QRgb colour)
@@ -43,9 +44,7 @@ struct TimeCase
     qint64 frameTime; // the frame expected, within half a frame
 };
 
-class DecodeAtTime : public testing::TestWithParam<TimeCase>
-{
-};
+class DecodeAtTime : public testing::TestWithParam<TimeCase> {};
 
 TEST_P(DecodeAtTime, givesTheFrameNearestTheTime)
 {
@@ -70,35 +69,45 @@ INSTANTIATE_TEST_SUITE_P(
                     TimeCase{"pastTheEnd", 60'000'000, Qt::blue, 1'960'000}),
     [](const testing::TestParamInfo<TimeCase>& info) { return std::string(info.param.name); });
 
-struct ContainerCase
+struct SampleCase
 {
     const char* name;
     Sample sample;
     qint64 time;
-    qint64 frameTime;
+    qint64 frameTime; // -1: a still, the same picture at any time
+    QColor colour;    // in the middle, when given
 };
 
-class DecodeContainer : public testing::TestWithParam<ContainerCase>
-{
-};
+class DecodeSample : public testing::TestWithParam<SampleCase> {};
 
-TEST_P(DecodeContainer, landsOnTheFrameOfTheTime)
+TEST_P(DecodeSample, landsOnTheFrameOfTheTime)
 {
-    const FrameResult result = decodeFrame(requestOf(GetParam().sample, GetParam().time, QSize(96, 54)));
+    const SampleCase& c = GetParam();
+    const FrameResult result = decodeFrame(requestOf(c.sample, c.time, QSize(96, 54)));
 
     ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
     EXPECT_EQ(result.image.size(), QSize(96, 54));
-    EXPECT_NEAR(double(result.frameTime), double(GetParam().frameTime), 2'000.0);
+    if (c.frameTime >= 0) {
+        EXPECT_NEAR(double(result.frameTime), double(c.frameTime), 2'000.0);
+    }
+    if (c.colour.isValid()) {
+        EXPECT_TRUE(near(result.image.pixel(48, 27), c.colour)) << describe(result.image.pixel(48, 27));
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Containers, DecodeContainer,
-    testing::Values(ContainerCase{"mp4WithAudio", Sample::Mp4VideoAudio, 1'000'000, 1'000'000},
-                    ContainerCase{"mkvNtscRate", Sample::MkvVideo, 1'000'000, 1'001'000},
-                    ContainerCase{"aviWithAudio", Sample::AviVideoAudio, 1'010'000, 1'000'000},
-                    ContainerCase{"mkvAnamorphic", Sample::MkvAnamorphic, 520'000, 520'000},
-                    ContainerCase{"animatedGif", Sample::GifAnimation, 610'000, 600'000}),
-    [](const testing::TestParamInfo<ContainerCase>& info) { return std::string(info.param.name); });
+    ContainersAndStills, DecodeSample,
+    testing::Values(SampleCase{"mp4WithAudio", Sample::Mp4VideoAudio, 1'000'000, 1'000'000, QColor()},
+                    SampleCase{"mkvNtscRate", Sample::MkvVideo, 1'000'000, 1'001'000, QColor()},
+                    SampleCase{"aviWithAudio", Sample::AviVideoAudio, 1'010'000, 1'000'000, QColor()},
+                    SampleCase{"mkvAnamorphic", Sample::MkvAnamorphic, 520'000, 520'000, Qt::white},
+                    SampleCase{"animatedGif", Sample::GifAnimation, 610'000, 600'000, QColor()},
+                    SampleCase{"pngAtTheStart", Sample::PngImage, 0, -1, Qt::red},
+                    SampleCase{"png", Sample::PngImage, 3'000'000, -1, Qt::red},
+                    SampleCase{"jpeg", Sample::JpegImage, 3'000'000, -1, Qt::green},
+                    SampleCase{"bmp", Sample::BmpImage, 3'000'000, -1, Qt::blue},
+                    SampleCase{"webp", Sample::WebpImage, 3'000'000, -1, Qt::yellow}),
+    [](const testing::TestParamInfo<SampleCase>& info) { return std::string(info.param.name); });
 
 // How far two pictures of one size are apart: the mean difference of their channels.
 double distance(const QImage& a, const QImage& b)
@@ -113,9 +122,7 @@ double distance(const QImage& a, const QImage& b)
     return sum / (3.0 * a.width() * a.height());
 }
 
-class DecodeReordered : public testing::TestWithParam<qint64>
-{
-};
+class DecodeReordered : public testing::TestWithParam<qint64> {};
 
 // Frames stored out of order (b-frames referring to b-frames) still give the very frame of
 // the time: the same picture and time as the file where every frame stands alone, and not
@@ -145,130 +152,109 @@ INSTANTIATE_TEST_SUITE_P(FramesOfAGroup, DecodeReordered,
                          testing::Values(1'000'000, 40'000, 120'000, 160'000, 200'000, 440'000, 480'000, 520'000,
                                          560'000, 600'000, 655'000, 870'000, 960'000, 1'230'000, 1'515'000));
 
-// The colours sample is 16:9; asked for a square it is fitted, cut or stretched.
-TEST(DecodeResize, keepingTheAspectPadsTopAndBottomWithThePaddingColour)
+struct Spot
 {
-    const FrameResult result =
-        decodeFrame(requestOf(Sample::Mp4Colours, 0, QSize(100, 100), ResizeMode::KeepAspectRatio, Qt::green));
+    QPoint point;
+    QColor colour;
+    int tolerance = 48; // 8 for a padding colour, which no codec touched
+};
 
-    ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
-    ASSERT_EQ(result.image.size(), QSize(100, 100));
-    // 100x56 of picture in the middle, 22 rows of padding above and below.
-    for (const QPoint border : {QPoint(0, 0), QPoint(50, 10), QPoint(99, 99), QPoint(50, 90)})
-        EXPECT_TRUE(near(result.image.pixel(border), Qt::green, 8)) << border.y() << ": " << describe(result.image.pixel(border));
-    for (const QPoint inside : {QPoint(50, 50), QPoint(2, 30), QPoint(97, 70)})
-        EXPECT_TRUE(near(result.image.pixel(inside), Qt::red)) << inside.y() << ": " << describe(result.image.pixel(inside));
-}
-
-TEST(DecodeResize, keepingTheAspectWithoutAPaddingColourLeavesTransparentBands)
-{
-    const FrameResult result = decodeFrame(requestOf(Sample::Mp4Colours, 0, QSize(100, 100), ResizeMode::KeepAspectRatio));
-
-    ASSERT_TRUE(result.ok());
-    EXPECT_EQ(qAlpha(result.image.pixel(50, 5)), 0);
-    EXPECT_EQ(qAlpha(result.image.pixel(50, 50)), 255);
-}
-
-TEST(DecodeResize, expandingAndIgnoringTheAspectFillTheWholeSize)
-{
-    for (const ResizeMode mode : {ResizeMode::KeepAspectRatioByExpanding, ResizeMode::IgnoreAspectRatio}) {
-        const FrameResult result = decodeFrame(requestOf(Sample::Mp4Colours, 0, QSize(100, 100), mode, Qt::green));
-
-        ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
-        ASSERT_EQ(result.image.size(), QSize(100, 100));
-        for (const QPoint point : {QPoint(0, 0), QPoint(99, 0), QPoint(50, 50), QPoint(0, 99), QPoint(99, 99)})
-            EXPECT_TRUE(near(result.image.pixel(point), Qt::red)) << int(mode) << ": " << describe(result.image.pixel(point));
-    }
-}
-
-TEST(DecodeResize, expandingAVeryWideFrameKeepsItsMiddle)
-{
-    const FrameResult result = decodeFrame(requestOf(Sample::PngStrip, 0, QSize(90, 90)));
-
-    ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
-    ASSERT_EQ(result.image.size(), QSize(90, 90));
-    for (const QPoint point : {QPoint(0, 0), QPoint(45, 45), QPoint(89, 89)})
-        EXPECT_TRUE(near(result.image.pixel(point), Qt::green)) << describe(result.image.pixel(point));
-}
-
-TEST(DecodeResize, fittingAVeryWideFrameShowsItWhole)
-{
-    const FrameResult result =
-        decodeFrame(requestOf(Sample::PngStrip, 0, QSize(300, 90), ResizeMode::KeepAspectRatio, Qt::black));
-
-    ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
-    ASSERT_EQ(result.image.size(), QSize(300, 90));
-    // 300x2 of picture across the middle rows.
-    EXPECT_TRUE(near(result.image.pixel(50, 44), Qt::red)) << describe(result.image.pixel(50, 44));
-    EXPECT_TRUE(near(result.image.pixel(150, 44), Qt::green)) << describe(result.image.pixel(150, 44));
-    EXPECT_TRUE(near(result.image.pixel(250, 45), Qt::blue)) << describe(result.image.pixel(250, 45));
-    EXPECT_TRUE(near(result.image.pixel(150, 10), Qt::black, 8));
-}
-
-TEST(DecodeResize, theShapeOfAPixelCountsWhenKeepingTheAspect)
-{
-    // 720x576 with 16:15 pixels shows as 768x576 (4:3): 120x90 of picture in 160x90,
-    // where square pixels would give 113x90.
-    const FrameResult result =
-        decodeFrame(requestOf(Sample::MkvAnamorphic, 0, QSize(160, 90), ResizeMode::KeepAspectRatio, Qt::black));
-
-    ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
-    for (const int x : {0, 18, 141, 159})
-        EXPECT_TRUE(near(result.image.pixel(x, 45), Qt::black, 8)) << x << ": " << describe(result.image.pixel(x, 45));
-    for (const int x : {21, 80, 138})
-        EXPECT_TRUE(near(result.image.pixel(x, 45), Qt::white)) << x << ": " << describe(result.image.pixel(x, 45));
-}
-
-struct StillCase
+struct ResizeCase
 {
     const char* name;
     Sample sample;
-    Qt::GlobalColor colour;
+    QSize size;
+    ResizeMode mode;
+    QColor padding;
+    std::vector<Spot> spots;
 };
 
-class DecodeStill : public testing::TestWithParam<StillCase>
-{
-};
+class DecodeResize : public testing::TestWithParam<ResizeCase> {};
 
-TEST_P(DecodeStill, givesThePictureAtAnyTime)
+TEST_P(DecodeResize, fitsCutsOrStretchesTheFrameIntoTheSize)
 {
-    for (const qint64 time : {qint64(0), qint64(3'000'000)}) {
-        const FrameResult result = decodeFrame(requestOf(GetParam().sample, time, QSize(40, 30)));
+    const ResizeCase& c = GetParam();
+    const FrameResult result = decodeFrame(requestOf(c.sample, 0, c.size, c.mode, c.padding));
 
-        ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
-        EXPECT_EQ(result.image.size(), QSize(40, 30));
-        EXPECT_TRUE(near(result.image.pixel(20, 15), GetParam().colour)) << describe(result.image.pixel(20, 15));
+    ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
+    ASSERT_EQ(result.image.size(), c.size);
+    for (const Spot& spot : c.spots) {
+        const QRgb pixel = result.image.pixel(spot.point);
+        EXPECT_TRUE(near(pixel, spot.colour, spot.tolerance))
+            << spot.point.x() << "," << spot.point.y() << ": " << describe(pixel);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, DecodeStill,
-                         testing::Values(StillCase{"png", Sample::PngImage, Qt::red},
-                                         StillCase{"jpeg", Sample::JpegImage, Qt::green},
-                                         StillCase{"bmp", Sample::BmpImage, Qt::blue},
-                                         StillCase{"webp", Sample::WebpImage, Qt::yellow}),
-                         [](const testing::TestParamInfo<StillCase>& info) { return std::string(info.param.name); });
+const QColor transparent(0, 0, 0, 0);
+
+// The colours sample is 16:9 and red at first; the strip is 3000x20, red, green and blue thirds;
+// the anamorphic one is white, 720x576 with 16:15 pixels.
+INSTANTIATE_TEST_SUITE_P(
+    Modes, DecodeResize,
+    testing::Values(
+        // 100x56 of picture in the middle, 22 rows of padding above and below.
+        ResizeCase{"keepingTheAspectPadsWithThePaddingColour", Sample::Mp4Colours, QSize(100, 100), ResizeMode::KeepAspectRatio, Qt::green,
+                   {{{0, 0}, Qt::green, 8}, {{50, 10}, Qt::green, 8}, {{99, 99}, Qt::green, 8}, {{50, 90}, Qt::green, 8},
+                    {{50, 50}, Qt::red}, {{2, 30}, Qt::red}, {{97, 70}, Qt::red}}},
+        ResizeCase{"keepingTheAspectWithoutAPaddingColourLeavesTransparentBands", Sample::Mp4Colours, QSize(100, 100),
+                   ResizeMode::KeepAspectRatio, QColor(), {{{50, 5}, transparent, 0}, {{50, 50}, Qt::red}}},
+        ResizeCase{"expandingFillsTheWholeSize", Sample::Mp4Colours, QSize(100, 100), ResizeMode::KeepAspectRatioByExpanding, Qt::green,
+                   {{{0, 0}, Qt::red}, {{99, 0}, Qt::red}, {{50, 50}, Qt::red}, {{0, 99}, Qt::red}, {{99, 99}, Qt::red}}},
+        ResizeCase{"ignoringTheAspectFillsTheWholeSize", Sample::Mp4Colours, QSize(100, 100), ResizeMode::IgnoreAspectRatio, Qt::green,
+                   {{{0, 0}, Qt::red}, {{99, 0}, Qt::red}, {{50, 50}, Qt::red}, {{0, 99}, Qt::red}, {{99, 99}, Qt::red}}},
+        ResizeCase{"expandingAVeryWideFrameKeepsItsMiddle", Sample::PngStrip, QSize(90, 90), ResizeMode::KeepAspectRatioByExpanding, QColor(),
+                   {{{0, 0}, Qt::green}, {{45, 45}, Qt::green}, {{89, 89}, Qt::green}}},
+        // 300x2 of picture across the middle rows.
+        ResizeCase{"fittingAVeryWideFrameShowsItWhole", Sample::PngStrip, QSize(300, 90), ResizeMode::KeepAspectRatio, Qt::black,
+                   {{{50, 44}, Qt::red}, {{150, 44}, Qt::green}, {{250, 45}, Qt::blue}, {{150, 10}, Qt::black, 8}}},
+        // Shown as 768x576 (4:3): 120x90 of picture in 160x90, where square pixels would give 113x90.
+        ResizeCase{"theShapeOfAPixelCountsWhenKeepingTheAspect", Sample::MkvAnamorphic, QSize(160, 90), ResizeMode::KeepAspectRatio, Qt::black,
+                   {{{0, 45}, Qt::black, 8}, {{18, 45}, Qt::black, 8}, {{141, 45}, Qt::black, 8}, {{159, 45}, Qt::black, 8},
+                    {{21, 45}, Qt::white}, {{80, 45}, Qt::white}, {{138, 45}, Qt::white}}}),
+    [](const testing::TestParamInfo<ResizeCase>& info) { return std::string(info.param.name); });
 
 struct DecodeFailureCase
 {
     const char* name;
     Sample sample;
-    int code;
+    int code; // -1: any failure
+    QSize size = QSize(64, 36);
+    const char* logLine = nullptr; // the caller's mistake is logged
+    int streamIndex = -1;
+    Limits limits = {};
+    bool cancelled = false;
 };
 
-class DecodeFailure : public testing::TestWithParam<DecodeFailureCase>
-{
-};
+class DecodeFailure : public testing::TestWithParam<DecodeFailureCase> {};
 
 TEST_P(DecodeFailure, failsWithTheCodeAndNoImage)
 {
-    const FrameResult result = decodeFrame(requestOf(GetParam().sample, 500'000, QSize(64, 36)));
+    const DecodeFailureCase& c = GetParam();
+    TestSupport::LogCapture log;
+    FrameRequest request = requestOf(c.sample, 500'000, c.size);
+    request.streamIndex = c.streamIndex;
+    const std::atomic_bool cancelled{c.cancelled};
+    const FrameResult result = decodeFrame(request, c.limits, &cancelled);
 
-    EXPECT_EQ(result.errorCode, GetParam().code) << result.errorMessage.toStdString();
+    EXPECT_FALSE(result.ok());
+    if (c.code >= 0) {
+        EXPECT_EQ(result.errorCode, c.code) << result.errorMessage.toStdString();
+    }
     EXPECT_TRUE(result.image.isNull());
+    if (c.logLine) {
+        EXPECT_TRUE(log.containsError(c.logLine));
+    }
+}
+
+Limits noTimeToDecode()
+{
+    Limits limits;
+    limits.decodeTimeoutMs = 0;
+    return limits;
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    BrokenFiles, DecodeFailure,
+    BrokenFilesAndMistakes, DecodeFailure,
     testing::Values(DecodeFailureCase{"missing", Sample::Missing, ErrorCode::FileCorrupted},
                     DecodeFailureCase{"folder", Sample::Folder, ErrorCode::FileCorrupted},
                     DecodeFailureCase{"pipeWithoutWriter", Sample::Pipe, ErrorCode::FileCorrupted},
@@ -277,32 +263,17 @@ INSTANTIATE_TEST_SUITE_P(
                     DecodeFailureCase{"mp4CutBeforeItsIndex", Sample::TruncatedMp4, ErrorCode::FileCorrupted},
                     DecodeFailureCase{"absurdFrameSize", Sample::HugePng, ErrorCode::FileCorrupted},
                     DecodeFailureCase{"codecWithoutDecoder", Sample::NoDecoder, ErrorCode::CodecNotAvailable},
-                    DecodeFailureCase{"audioOnly", Sample::WavAudio, ErrorCode::Unknown}),
+                    DecodeFailureCase{"audioOnly", Sample::WavAudio, ErrorCode::Unknown},
+                    DecodeFailureCase{"emptyWidth", Sample::Mp4Colours, -1, QSize(0, 90), "invalid frame size"},
+                    DecodeFailureCase{"negativeHeight", Sample::Mp4Colours, -1, QSize(160, -1), "invalid frame size"},
+                    DecodeFailureCase{"hugeSize", Sample::Mp4Colours, -1, QSize(100000, 90), "invalid frame size"},
+                    // the aac stream
+                    DecodeFailureCase{"audioStreamIndex", Sample::Mp4VideoAudio, ErrorCode::Unknown, QSize(32, 24),
+                                      "is not a video stream", 1},
+                    DecodeFailureCase{"pastItsDeadline", Sample::Mp4Colours, ErrorCode::FileCorrupted, QSize(32, 24),
+                                      nullptr, -1, noTimeToDecode()},
+                    DecodeFailureCase{"cancelled", Sample::Mp4Colours, -1, QSize(32, 24), nullptr, -1, Limits(), true}),
     [](const testing::TestParamInfo<DecodeFailureCase>& info) { return std::string(info.param.name); });
-
-TEST(DecodeMistakes, anEmptyOrHugeSizeIsRefusedWithALogLine)
-{
-    for (const QSize size : {QSize(0, 90), QSize(160, -1), QSize(100000, 90)}) {
-        TestSupport::LogCapture log;
-        const FrameResult result = decodeFrame(requestOf(Sample::Mp4Colours, 0, size));
-
-        EXPECT_FALSE(result.ok());
-        EXPECT_TRUE(result.image.isNull());
-        EXPECT_TRUE(log.containsError("invalid frame size")) << size.width() << "x" << size.height();
-    }
-}
-
-TEST(DecodeMistakes, anAudioStreamIndexIsRefusedWithALogLine)
-{
-    TestSupport::LogCapture log;
-    FrameRequest request = requestOf(Sample::Mp4VideoAudio, 0, QSize(32, 24));
-    request.streamIndex = 1; // the aac stream
-
-    const FrameResult result = decodeFrame(request);
-
-    EXPECT_EQ(result.errorCode, ErrorCode::Unknown);
-    EXPECT_TRUE(log.containsError("is not a video stream"));
-}
 
 TEST(DecodeMistakes, aCorrectRequestLogsNothing)
 {
@@ -312,25 +283,6 @@ TEST(DecodeMistakes, aCorrectRequestLogsNothing)
 
     EXPECT_TRUE(decodeFrame(request).ok());
     EXPECT_TRUE(log.errors().empty());
-}
-
-TEST(DecodeLimits, aDecodePastItsDeadlineGivesNoImage)
-{
-    Limits limits;
-    limits.decodeTimeoutMs = 0;
-    const FrameResult result = decodeFrame(requestOf(Sample::Mp4Colours, 1'500'000, QSize(32, 24)), limits);
-
-    EXPECT_EQ(result.errorCode, ErrorCode::FileCorrupted);
-    EXPECT_TRUE(result.image.isNull());
-}
-
-TEST(DecodeCancellation, aCancelledDecodeGivesNoImage)
-{
-    const std::atomic_bool cancelled{true};
-    const FrameResult result = decodeFrame(requestOf(Sample::Mp4Colours, 1'500'000, QSize(32, 24)), Limits(), &cancelled);
-
-    EXPECT_FALSE(result.ok());
-    EXPECT_TRUE(result.image.isNull());
 }
 
 } // namespace

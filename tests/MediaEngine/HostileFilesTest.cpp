@@ -20,9 +20,7 @@ struct HostileCase
     Sample source;
 };
 
-class DamagedFiles : public testing::TestWithParam<HostileCase>
-{
-};
+class DamagedFiles : public testing::TestWithParam<HostileCase> {};
 
 // Copies of a good file with bytes overwritten or the tail cut at places chosen by a fixed
 // seed: every one probes and decodes to an answer with a known code, and a frame, when

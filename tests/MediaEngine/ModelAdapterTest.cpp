@@ -106,18 +106,6 @@ TEST_F(ModelAdapterTest, anOpenedFileGetsTheStreamsTheEngineFound)
     EXPECT_EQ(audio->channelLayout, Types::String("stereo"));
 }
 
-TEST_F(ModelAdapterTest, aStillImageOpensAsOneStillVideoStream)
-{
-    const Media::File* file = host.addFile(Types::String(MediaSamples::path(Sample::JpegImage)));
-
-    ASSERT_TRUE(QTest::qWaitFor([file] { return file->isFinished(); }, 30000));
-    ASSERT_TRUE(file->isOpened());
-    ASSERT_EQ(file->videos().size(), 1u);
-    EXPECT_TRUE(file->audios().empty());
-    EXPECT_TRUE(file->mainVideo()->stillImage);
-    EXPECT_EQ(file->mainVideo()->width, 80);
-}
-
 struct FailedFileCase
 {
     const char* name;
@@ -125,9 +113,7 @@ struct FailedFileCase
     const char* notification;
 };
 
-class ModelAdapterFailure : public ModelAdapterTest, public testing::WithParamInterface<FailedFileCase>
-{
-};
+class ModelAdapterFailure : public ModelAdapterTest, public testing::WithParamInterface<FailedFileCase> {};
 
 TEST_P(ModelAdapterFailure, theFailureNotificationCarriesTheCodeBeforeTheFileFails)
 {
@@ -148,15 +134,17 @@ INSTANTIATE_TEST_SUITE_P(Files, ModelAdapterFailure,
                                          FailedFileCase{"codecWithoutDecoder", Sample::NoDecoder, "notification 20"}),
                          [](const testing::TestParamInfo<FailedFileCase>& info) { return std::string(info.param.name); });
 
-TEST_F(ModelAdapterTest, aThumbnailRecordIsAnsweredWithTheFrameAtItsTime)
+TEST_F(ModelAdapterTest, aThumbnailRecordIsAnsweredWithTheFrameAtItsTimeModeAndPadding)
 {
     ThumbnailOwner owner;
     const Thumbnail::Object* red = owner.ask(videoOf(Sample::Mp4Colours), second / 2, QSize(64, 36));
     const Thumbnail::Object* blue = owner.ask(videoOf(Sample::Mp4Colours), 3 * second / 2, QSize(64, 36));
+    const Thumbnail::Object* padded =
+        owner.ask(videoOf(Sample::Mp4Colours), 0, QSize(100, 100), int(ResizeMode::KeepAspectRatio), 0xff00ff00u);
     EXPECT_FALSE(red->isAnswered()); // never inside the request
 
-    ASSERT_TRUE(QTest::qWaitFor([&] { return red->isAnswered() && blue->isAnswered(); }, 30000));
-    EXPECT_EQ(owner.answers, 2);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return red->isAnswered() && blue->isAnswered() && padded->isAnswered(); }, 30000));
+    EXPECT_EQ(owner.answers, 3);
     for (const auto& [thumbnail, colour] : {std::pair{red, QColor(Qt::red)}, std::pair{blue, QColor(Qt::blue)}}) {
         EXPECT_FALSE(thumbnail->isFailed());
         ASSERT_EQ(thumbnail->image().size(), QSize(64, 36));
@@ -164,17 +152,8 @@ TEST_F(ModelAdapterTest, aThumbnailRecordIsAnsweredWithTheFrameAtItsTime)
         EXPECT_LT(qAbs(centre.red() - colour.red()) + qAbs(centre.blue() - colour.blue()), 96)
             << centre.name().toStdString();
     }
-}
-
-TEST_F(ModelAdapterTest, aThumbnailKeepsItsResizeModeAndPaddingColour)
-{
-    ThumbnailOwner owner;
-    const Thumbnail::Object* thumbnail =
-        owner.ask(videoOf(Sample::Mp4Colours), 0, QSize(100, 100), int(ResizeMode::KeepAspectRatio), 0xff00ff00u);
-
-    ASSERT_TRUE(QTest::qWaitFor([&] { return thumbnail->isAnswered(); }, 30000));
-    ASSERT_EQ(thumbnail->image().size(), QSize(100, 100));
-    EXPECT_EQ(thumbnail->image().pixel(50, 2), 0xff00ff00u);
+    ASSERT_EQ(padded->image().size(), QSize(100, 100));
+    EXPECT_EQ(padded->image().pixel(50, 2), 0xff00ff00u);
 }
 
 TEST_F(ModelAdapterTest, unreadableFilesAndAudioResourcesGetAFailedAnswer)
@@ -215,9 +194,7 @@ struct ResourceCase
     int index;
 };
 
-class FrameRequestOf : public testing::TestWithParam<ResourceCase>
-{
-};
+class FrameRequestOf : public testing::TestWithParam<ResourceCase> {};
 
 TEST_P(FrameRequestOf, readsTheFileAndStreamOfAVideoResource)
 {
@@ -259,21 +236,6 @@ TEST(FrameRequestOfThumbnail, convertsTimeSizeModeAndPadding)
 
     thumbnail.setResizeMode(7); // unknown: the requester's default
     EXPECT_EQ(frameRequestOf(thumbnail)->resizeMode, ResizeMode::KeepAspectRatioByExpanding);
-}
-
-TEST(ToOpenResult, aFailedProbeBecomesOneErrorWithItsCode)
-{
-    ProbeResult probe;
-    probe.errorCode = ErrorCode::CodecNotAvailable;
-    probe.errorMessage = QStringLiteral("No decoder");
-
-    const Media::OpenResult result = toOpenResult(probe);
-
-    EXPECT_FALSE(result.ok);
-    ASSERT_EQ(result.errors.size(), 1u);
-    EXPECT_EQ(result.errors[0].code, 20);
-    EXPECT_EQ(result.errors[0].text, "No decoder");
-    EXPECT_TRUE(result.metadata.videos.empty());
 }
 
 TEST(ToOpenResult, timesBecomeModelUnits)

@@ -11,33 +11,44 @@
 
 using namespace MediaEngine;
 using MediaSamples::Sample;
+using Dravik::Conf::IFormatFile;
 
 namespace {
 
 // Durations are compared within a frame or an audio packet or two.
-constexpr qint64 durationTolerance = 100'000;
+constexpr double durationTolerance = 100'000;
+
+QStringList formatGroup(int group)
+{
+    return QString::fromStdString(Dravik::Conf::GetSupportedFormatExtensions(group))
+        .split(QLatin1Char(';'), Qt::SkipEmptyParts);
+}
 
 struct MediaCase
 {
     const char* name;
     Sample sample;
+    int group;                             // the file dialogs' format group offering its extension
     QSize frameSize;                       // empty: no video stream
-    boost::rational<long long> frameRate;
+    boost::rational<long long> frameRate;  // 0: a still picture
     qint64 videoDuration;
     int sampleRate;                        // 0: no audio stream
     int channels;
     const char* layout;
     qint64 audioDuration;
+    boost::rational<long long> pixelAspect = 1;
 };
 
-class ProbeMedia : public testing::TestWithParam<MediaCase>
-{
-};
+class ProbeMedia : public testing::TestWithParam<MediaCase> {};
 
+// Each sample is listed in the format group of its kind, and the engine reports its streams.
 TEST_P(ProbeMedia, reportsTheStreamsOfTheFile)
 {
     const MediaCase& expected = GetParam();
     const QString file = MediaSamples::path(expected.sample);
+    if (expected.group >= 0) {
+        EXPECT_TRUE(formatGroup(expected.group).contains(QFileInfo(file).suffix().toLower()));
+    }
     const ProbeResult result = probeFile(file);
 
     ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
@@ -48,13 +59,15 @@ TEST_P(ProbeMedia, reportsTheStreamsOfTheFile)
     } else {
         ASSERT_EQ(result.video.size(), 1u);
         const VideoStream& video = result.video.front();
+        const bool still = expected.frameRate == 0;
         EXPECT_EQ(video.frameSize, expected.frameSize);
         EXPECT_EQ(video.frameRate, expected.frameRate);
-        EXPECT_NEAR(double(video.duration), double(expected.videoDuration), double(durationTolerance));
-        EXPECT_EQ(video.pixelAspect, boost::rational<long long>(1));
-        EXPECT_FALSE(video.stillImage);
+        EXPECT_NEAR(double(video.duration), double(expected.videoDuration), still ? 0.0 : durationTolerance);
+        EXPECT_EQ(video.pixelAspect, expected.pixelAspect);
+        EXPECT_EQ(video.stillImage, still);
         EXPECT_NEAR(double(video.frameCount),
-                    boost::rational_cast<double>(expected.frameRate) * double(expected.videoDuration) / 1e6, 2.0);
+                    still ? 1.0 : boost::rational_cast<double>(expected.frameRate) * double(expected.videoDuration) / 1e6,
+                    still ? 0.0 : 2.0);
     }
     if (expected.sampleRate == 0) {
         EXPECT_TRUE(result.audio.empty());
@@ -64,104 +77,67 @@ TEST_P(ProbeMedia, reportsTheStreamsOfTheFile)
         EXPECT_EQ(audio.sampleRate, expected.sampleRate);
         EXPECT_EQ(audio.channelCount, expected.channels);
         EXPECT_EQ(audio.channelLayout.toStdString(), expected.layout);
-        EXPECT_NEAR(double(audio.duration), double(expected.audioDuration), double(durationTolerance));
+        EXPECT_NEAR(double(audio.duration), double(expected.audioDuration), durationTolerance);
         EXPECT_GE(audio.index, 0);
     }
     EXPECT_NEAR(double(result.duration), double(std::max(expected.videoDuration, expected.audioDuration)),
-                double(durationTolerance));
+                durationTolerance);
 }
+
+constexpr int videoGroup = IFormatFile::GROUP_ALL_VIDEO, audioGroup = IFormatFile::GROUP_ALL_AUDIO,
+              imageGroup = IFormatFile::GROUP_ALL_IMAGES;
 
 INSTANTIATE_TEST_SUITE_P(
-    Containers, ProbeMedia,
+    Files, ProbeMedia,
     testing::Values(
-        MediaCase{"mp4VideoWithStereoAudio", Sample::Mp4VideoAudio, QSize(320, 240), 25, 2'000'000, 48000, 2, "stereo", 2'000'000},
-        MediaCase{"mkvVideoOnly", Sample::MkvVideo, QSize(640, 360), {30000, 1001}, 1'500'000, 0, 0, "", 0},
-        MediaCase{"aviVideoWithMonoAudio", Sample::AviVideoAudio, QSize(176, 144), 15, 2'000'000, 44100, 1, "mono", 2'000'000},
-        MediaCase{"wavStereo", Sample::WavAudio, QSize(), 0, 0, 44100, 2, "stereo", 1'500'000},
-        MediaCase{"oggMono", Sample::OggAudio, QSize(), 0, 0, 48000, 1, "mono", 1'000'000}),
+        MediaCase{"mp4VideoWithStereoAudio", Sample::Mp4VideoAudio, videoGroup, QSize(320, 240), 25, 2'000'000, 48000, 2, "stereo", 2'000'000},
+        MediaCase{"mkvVideoOnly", Sample::MkvVideo, videoGroup, QSize(640, 360), {30000, 1001}, 1'500'000, 0, 0, "", 0},
+        MediaCase{"aviVideoWithMonoAudio", Sample::AviVideoAudio, videoGroup, QSize(176, 144), 15, 2'000'000, 44100, 1, "mono", 2'000'000},
+        MediaCase{"mkvAnamorphic", Sample::MkvAnamorphic, videoGroup, QSize(720, 576), 25, 1'000'000, 0, 0, "", 0, {16, 15}},
+        MediaCase{"animatedGifIsAVideo", Sample::GifAnimation, imageGroup, QSize(64, 48), 10, 1'000'000, 0, 0, "", 0},
+        MediaCase{"wavStereo", Sample::WavAudio, audioGroup, QSize(), 0, 0, 44100, 2, "stereo", 1'500'000},
+        MediaCase{"oggMono", Sample::OggAudio, audioGroup, QSize(), 0, 0, 48000, 1, "mono", 1'000'000},
+        MediaCase{"png", Sample::PngImage, imageGroup, QSize(64, 48), 0, 0, 0, 0, "", 0},
+        MediaCase{"jpeg", Sample::JpegImage, imageGroup, QSize(80, 60), 0, 0, 0, 0, "", 0},
+        MediaCase{"bmp", Sample::BmpImage, imageGroup, QSize(50, 40), 0, 0, 0, 0, "", 0},
+        MediaCase{"webp", Sample::WebpImage, imageGroup, QSize(32, 24), 0, 0, 0, 0, "", 0},
+        MediaCase{"pngUnderAVideoExtension", Sample::PngNamedMov, -1, QSize(64, 48), 0, 0, 0, 0, "", 0}),
     [](const testing::TestParamInfo<MediaCase>& info) { return std::string(info.param.name); });
-
-struct ImageCase
-{
-    const char* name;
-    Sample sample;
-    QSize frameSize;
-};
-
-class ProbeImage : public testing::TestWithParam<ImageCase>
-{
-};
-
-TEST_P(ProbeImage, isOneStillFrame)
-{
-    const ProbeResult result = probeFile(MediaSamples::path(GetParam().sample));
-
-    ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
-    ASSERT_EQ(result.video.size(), 1u);
-    EXPECT_TRUE(result.audio.empty());
-    const VideoStream& video = result.video.front();
-    EXPECT_EQ(video.frameSize, GetParam().frameSize);
-    EXPECT_TRUE(video.stillImage);
-    EXPECT_EQ(video.frameCount, 1);
-    EXPECT_EQ(video.duration, 0);
-    EXPECT_EQ(video.frameRate, boost::rational<long long>(0));
-}
-
-INSTANTIATE_TEST_SUITE_P(Formats, ProbeImage,
-                         testing::Values(ImageCase{"png", Sample::PngImage, QSize(64, 48)},
-                                         ImageCase{"jpeg", Sample::JpegImage, QSize(80, 60)},
-                                         ImageCase{"bmp", Sample::BmpImage, QSize(50, 40)},
-                                         ImageCase{"webp", Sample::WebpImage, QSize(32, 24)},
-                                         ImageCase{"pngUnderAVideoExtension", Sample::PngNamedMov, QSize(64, 48)}),
-                         [](const testing::TestParamInfo<ImageCase>& info) { return std::string(info.param.name); });
-
-TEST(ProbeAnimatedPicture, isAVideoOfItsFrames)
-{
-    const ProbeResult result = probeFile(MediaSamples::path(Sample::GifAnimation));
-
-    ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
-    ASSERT_EQ(result.video.size(), 1u);
-    const VideoStream& video = result.video.front();
-    EXPECT_FALSE(video.stillImage);
-    EXPECT_EQ(video.frameSize, QSize(64, 48));
-    EXPECT_EQ(video.frameRate, boost::rational<long long>(10));
-    EXPECT_NEAR(double(video.duration), 1e6, 100'000.0);
-}
-
-TEST(ProbeAnamorphic, reportsThePixelAspect)
-{
-    const ProbeResult result = probeFile(MediaSamples::path(Sample::MkvAnamorphic));
-
-    ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
-    ASSERT_EQ(result.video.size(), 1u);
-    EXPECT_EQ(result.video.front().frameSize, QSize(720, 576));
-    EXPECT_EQ(result.video.front().pixelAspect, boost::rational<long long>(16, 15));
-}
 
 struct FailureCase
 {
     const char* name;
     Sample sample;
     int code;
+    Limits limits = {};
+    bool cancelled = false;
 };
 
-class ProbeFailure : public testing::TestWithParam<FailureCase>
+Limits limitsWith(int Limits::*field, int value)
 {
-};
+    Limits limits;
+    limits.*field = value;
+    return limits;
+}
+
+class ProbeFailure : public testing::TestWithParam<FailureCase> {};
 
 TEST_P(ProbeFailure, failsWithTheCodeAndNoStreams)
 {
-    const ProbeResult result = probeFile(MediaSamples::path(GetParam().sample));
+    const std::atomic_bool cancelled{GetParam().cancelled};
+    const ProbeResult result = probeFile(MediaSamples::path(GetParam().sample), GetParam().limits, &cancelled);
 
     EXPECT_FALSE(result.ok());
-    EXPECT_EQ(result.errorCode, GetParam().code) << result.errorMessage.toStdString();
-    EXPECT_FALSE(result.errorMessage.isEmpty());
+    if (!GetParam().cancelled) {
+        EXPECT_EQ(result.errorCode, GetParam().code) << result.errorMessage.toStdString();
+        EXPECT_FALSE(result.errorMessage.isEmpty());
+    }
     EXPECT_TRUE(result.video.empty());
     EXPECT_TRUE(result.audio.empty());
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    BrokenFiles, ProbeFailure,
+    BrokenFilesAndLimits, ProbeFailure,
     testing::Values(FailureCase{"missing", Sample::Missing, ErrorCode::FileCorrupted},
                     FailureCase{"folderNamedLikeAVideo", Sample::Folder, ErrorCode::FileCorrupted},
                     FailureCase{"pipeWithoutWriter", Sample::Pipe, ErrorCode::FileCorrupted},
@@ -171,54 +147,17 @@ INSTANTIATE_TEST_SUITE_P(
                     FailureCase{"mp4CutBeforeItsIndex", Sample::TruncatedMp4, ErrorCode::FileCorrupted},
                     FailureCase{"mkvCutInItsHeader", Sample::TruncatedMkv, ErrorCode::FileCorrupted},
                     FailureCase{"absurdFrameSize", Sample::HugePng, ErrorCode::FileCorrupted},
-                    FailureCase{"codecWithoutDecoder", Sample::NoDecoder, ErrorCode::CodecNotAvailable}),
+                    FailureCase{"codecWithoutDecoder", Sample::NoDecoder, ErrorCode::CodecNotAvailable},
+                    FailureCase{"pastItsDeadline", Sample::Mp4VideoAudio, ErrorCode::FileCorrupted,
+                                limitsWith(&Limits::probeTimeoutMs, 0)},
+                    FailureCase{"frameLargerThanTheLimit", Sample::Mp4VideoAudio, ErrorCode::OutOfMemory,
+                                limitsWith(&Limits::maxFrameSide, 200)},
+                    FailureCase{"cancelled", Sample::Mp4VideoAudio, ErrorCode::Unknown, Limits(), true}),
     [](const testing::TestParamInfo<FailureCase>& info) { return std::string(info.param.name); });
 
-TEST(ProbeCancellation, aCancelledProbeFailsWithoutStreams)
-{
-    const std::atomic_bool cancelled{true};
-    const ProbeResult result = probeFile(MediaSamples::path(Sample::Mp4VideoAudio), Limits(), &cancelled);
-
-    EXPECT_FALSE(result.ok());
-    EXPECT_TRUE(result.video.empty());
-    EXPECT_TRUE(result.audio.empty());
-}
-
-TEST(ProbeLimits, aProbePastItsDeadlineFailsAsUnreadable)
-{
-    Limits limits;
-    limits.probeTimeoutMs = 0;
-    const ProbeResult result = probeFile(MediaSamples::path(Sample::Mp4VideoAudio), limits);
-
-    EXPECT_EQ(result.errorCode, ErrorCode::FileCorrupted);
-    EXPECT_TRUE(result.video.empty());
-}
-
-TEST(ProbeLimits, aFrameLargerThanTheLimitFailsAsOutOfMemory)
-{
-    Limits limits;
-    limits.maxFrameSide = 200;
-    const ProbeResult result = probeFile(MediaSamples::path(Sample::Mp4VideoAudio), limits);
-
-    EXPECT_EQ(result.errorCode, ErrorCode::OutOfMemory);
-}
-
-TEST(SupportedExtensions, listTheCommonFormatsOfEachGroup)
-{
-    const QStringList video = supportedExtensions(ExtensionGroup::Video);
-    const QStringList audio = supportedExtensions(ExtensionGroup::Audio);
-    const QStringList image = supportedExtensions(ExtensionGroup::Image);
-    for (const char* extension : {"mp4", "mov", "mkv", "avi", "webm", "mpg", "ts"})
-        EXPECT_TRUE(video.contains(QLatin1String(extension))) << extension;
-    for (const char* extension : {"wav", "mp3", "ogg", "flac", "m4a"})
-        EXPECT_TRUE(audio.contains(QLatin1String(extension))) << extension;
-    for (const char* extension : {"png", "jpg", "jpeg", "bmp", "webp", "gif"})
-        EXPECT_TRUE(image.contains(QLatin1String(extension))) << extension;
-    EXPECT_FALSE(video.contains(QStringLiteral("txt")));
-    EXPECT_FALSE(video.contains(QStringLiteral("png")));
-}
-
-TEST(SupportedExtensions, allAreSortedLowerCaseWithoutRepeatsOrDots)
+// The file dialogs' filters list exactly what the engine opens, sorted lower case without
+// dots, the familiar extension of each group leading, and the common formats among them.
+TEST(SupportedExtensions, areTheFormatGroupsOfTheFileDialogs)
 {
     const QStringList all = supportedExtensions();
     QStringList sorted = all;
@@ -229,73 +168,30 @@ TEST(SupportedExtensions, allAreSortedLowerCaseWithoutRepeatsOrDots)
         EXPECT_EQ(extension, extension.toLower());
         EXPECT_FALSE(extension.contains(QLatin1Char('.')));
     }
-    EXPECT_EQ(all.size(), supportedExtensions(ExtensionGroup::Video).size()
-                              + supportedExtensions(ExtensionGroup::Audio).size()
-                              + supportedExtensions(ExtensionGroup::Image).size());
-}
-
-} // namespace
-
-namespace {
-
-QStringList formatGroup(int group)
-{
-    return QString::fromStdString(Dravik::Conf::GetSupportedFormatExtensions(group))
-        .split(QLatin1Char(';'), Qt::SkipEmptyParts);
-}
-
-struct GroupSample
-{
-    const char* name;
-    Sample sample;
-    int group;
-};
-
-class FormatGroupsOpen : public ::testing::TestWithParam<GroupSample>
-{
-};
-
-} // namespace
-
-// The file dialogs' filters come from the format groups: each generated sample's extension
-// is offered in the group of its kind, and the engine opens it.
-TEST_P(FormatGroupsOpen, aSampleOfTheGroupIsListedAndOpens)
-{
-    const GroupSample& param = GetParam();
-    const QString file = MediaSamples::path(param.sample);
-    ASSERT_FALSE(file.isEmpty());
-    const QString extension = QFileInfo(file).suffix().toLower();
-
-    EXPECT_TRUE(formatGroup(param.group).contains(extension)) << extension.toStdString();
-    const ProbeResult result = probeFile(file);
-    EXPECT_EQ(result.errorCode, ErrorCode::None) << extension.toStdString();
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Samples, FormatGroupsOpen,
-    ::testing::Values(GroupSample{"mp4", Sample::Mp4VideoAudio, Dravik::Conf::IFormatFile::GROUP_ALL_VIDEO},
-                      GroupSample{"mkv", Sample::MkvVideo, Dravik::Conf::IFormatFile::GROUP_ALL_VIDEO},
-                      GroupSample{"avi", Sample::AviVideoAudio, Dravik::Conf::IFormatFile::GROUP_ALL_VIDEO},
-                      GroupSample{"wav", Sample::WavAudio, Dravik::Conf::IFormatFile::GROUP_ALL_AUDIO},
-                      GroupSample{"ogg", Sample::OggAudio, Dravik::Conf::IFormatFile::GROUP_ALL_AUDIO},
-                      GroupSample{"png", Sample::PngImage, Dravik::Conf::IFormatFile::GROUP_ALL_IMAGES},
-                      GroupSample{"jpeg", Sample::JpegImage, Dravik::Conf::IFormatFile::GROUP_ALL_IMAGES},
-                      GroupSample{"bmp", Sample::BmpImage, Dravik::Conf::IFormatFile::GROUP_ALL_IMAGES},
-                      GroupSample{"webp", Sample::WebpImage, Dravik::Conf::IFormatFile::GROUP_ALL_IMAGES}),
-    [](const ::testing::TestParamInfo<GroupSample>& info) { return std::string(info.param.name); });
-
-TEST(FormatGroups, listExactlyTheEnginesExtensions)
-{
-    using Dravik::Conf::IFormatFile;
-    auto sorted = [](QStringList list) {
-        list.sort();
-        return list;
+    struct Group
+    {
+        ExtensionGroup kind;
+        int group;
+        const char* leading;
+        std::vector<const char*> common;
     };
-    EXPECT_EQ(sorted(formatGroup(IFormatFile::GROUP_ALL_VIDEO)), sorted(supportedExtensions(ExtensionGroup::Video)));
-    EXPECT_EQ(sorted(formatGroup(IFormatFile::GROUP_ALL_AUDIO)), sorted(supportedExtensions(ExtensionGroup::Audio)));
-    EXPECT_EQ(sorted(formatGroup(IFormatFile::GROUP_ALL_IMAGES)), sorted(supportedExtensions(ExtensionGroup::Image)));
-    // The familiar extension of each group leads, as file dialogs summarise it.
-    EXPECT_EQ(formatGroup(IFormatFile::GROUP_ALL_VIDEO).value(0), QStringLiteral("mp4"));
-    EXPECT_EQ(formatGroup(IFormatFile::GROUP_ALL_AUDIO).value(0), QStringLiteral("mp3"));
-    EXPECT_EQ(formatGroup(IFormatFile::GROUP_ALL_IMAGES).value(0), QStringLiteral("jpg"));
+    int total = 0;
+    for (const Group& g : {Group{ExtensionGroup::Video, videoGroup, "mp4", {"mp4", "mov", "mkv", "avi", "webm", "mpg", "ts"}},
+                           Group{ExtensionGroup::Audio, audioGroup, "mp3", {"wav", "mp3", "ogg", "flac", "m4a"}},
+                           Group{ExtensionGroup::Image, imageGroup, "jpg", {"png", "jpg", "jpeg", "bmp", "webp", "gif"}}}) {
+        SCOPED_TRACE(g.leading);
+        const QStringList engine = supportedExtensions(g.kind);
+        QStringList dialog = formatGroup(g.group);
+        EXPECT_EQ(dialog.value(0), QLatin1String(g.leading));
+        dialog.sort();
+        EXPECT_EQ(dialog, engine);
+        for (const char* extension : g.common)
+            EXPECT_TRUE(engine.contains(QLatin1String(extension))) << extension;
+        total += engine.size();
+    }
+    EXPECT_EQ(all.size(), total);
+    EXPECT_FALSE(supportedExtensions(ExtensionGroup::Video).contains(QStringLiteral("txt")));
+    EXPECT_FALSE(supportedExtensions(ExtensionGroup::Video).contains(QStringLiteral("png")));
 }
+
+} // namespace
