@@ -35,12 +35,10 @@ Media::OpenResult opened()
     video.index = 0;
     video.width = 1280;
     video.height = 720;
-    video.frameRate = boost::rational<long long>(30000, 1001);
     result.metadata.videos.push_back(video);
     Media::Audio audio;
     audio.index = 1;
     audio.sampleRate = 48000;
-    audio.channels = 2;
     result.metadata.audios.push_back(audio);
     return result;
 }
@@ -270,30 +268,23 @@ TEST(HostSessionTest, SessionReachesTheWorkerAttachedToTheEditorObject)
         std::set<const Timeline::Clip*> clips{video, title};
         host.filterClips(clips);
         EXPECT_THAT(clips, ElementsAre(video));
+        EXPECT_EQ(Timeline::ownerOf(video), timeline);
         EXPECT_TRUE(host.applySession());
         EXPECT_FALSE(host.editor()->canEdit());
         EXPECT_THAT(panel.log, ElementsAre("changed idle -> active", "load", "apply", "changed active -> idle"));
 
+        ASSERT_TRUE(host.beginSession(timeline, video));
+        EXPECT_TRUE(host.setEditPosition(40));
+        EXPECT_EQ(Editor::editPosition(video), 40);
+        EXPECT_TRUE(host.applySession());
         EXPECT_TRUE(host.setEditPosition(40));
         EXPECT_FALSE(Editor::editPosition(video)); // the session ended: no clip is edited
+        TestSupport::LogCapture log;
+        EXPECT_FALSE(host.beginSession(timeline, host.addClip(Timeline::Clip())));
+        EXPECT_TRUE(log.containsError("not on the timeline"));
     }
     EXPECT_EQ(host.editor()->worker, nullptr); // the panel detached itself
     EXPECT_FALSE(host.canAcceptClips({video}));
-}
-
-TEST(HostSessionTest, EditPositionIsFoundForTheEditedClip)
-{
-    Model::Host host;
-    const Timeline::Object* timeline = host.addTimeline();
-    const Timeline::Clip* video = host.addClip(Timeline::Clip(Timeline::Clip::Video));
-    host.edit(timeline)->addClip(video, Timeline::ClipTiming(timeline->primaryTrack(), 0, 100));
-    host.beginSession(timeline, video);
-    host.setEditPosition(40);
-    EXPECT_EQ(Editor::editPosition(video), 40);
-    EXPECT_EQ(Timeline::ownerOf(video), timeline);
-    TestSupport::LogCapture log;
-    EXPECT_FALSE(host.beginSession(timeline, host.addClip(Timeline::Clip())));
-    EXPECT_TRUE(log.containsError("not on the timeline"));
 }
 
 class PlayerWatcher : public Playback::View

@@ -23,15 +23,6 @@ TEST(TypesTest, TransformRoundTripsThroughQTransformRowByRow)
     EXPECT_TRUE(Types::Transform().toQTransform().isIdentity());
 }
 
-TEST(TypesTest, StringConvertsFromAndToQStringAsUtf8)
-{
-    const Types::String s(QStringLiteral("Caf\u00e9"));
-    EXPECT_EQ(s.str(), "Caf\xc3\xa9");
-    EXPECT_EQ(s.toQString(), QStringLiteral("Caf\u00e9"));
-    EXPECT_TRUE(Types::String().empty());
-    EXPECT_EQ(Translator::translate("Untranslated").str(), "Untranslated");
-}
-
 TEST(AnimationTest, ValuesBetweenKeysAreBlendedAndHeldOutside)
 {
     Animation::TransformationItem item;
@@ -50,18 +41,6 @@ TEST(AnimationTest, ValuesBetweenKeysAreBlendedAndHeldOutside)
     item.setKey(100, start); // same time: replaced
     EXPECT_EQ(item.keys().size(), 2u);
     EXPECT_STREQ(Animation::KeyValue<Transformation::Object>::NameInArchive(), "TransformationKeyValue");
-}
-
-TEST(PresetsTest, MimeTypesAreDistinctAndNamed)
-{
-    EXPECT_FALSE(Overlay::Preset::mimeType->empty());
-    EXPECT_NE(*Overlay::Preset::mimeType, *Quiz::Preset::mimeType);
-    EXPECT_NE(*Quiz::Preset::mimeType, *Import::Object::mimeType);
-    Overlay::Preset preset;
-    preset.appendItem(Overlay::Item().setText("<svg/>").setTransform(Types::Transform(2, 0, 0, 0, 2, 0, 0, 0, 1))).setTag("DroppedSVG");
-    ASSERT_EQ(preset.items().size(), 1u);
-    EXPECT_EQ(preset.items()[0].text(), "<svg/>");
-    EXPECT_EQ(preset.items()[0].transform().at(0, 0), 2);
 }
 
 class CommandLog : public PubSub::Subscriber<Command::AddFile>,

@@ -77,6 +77,13 @@ TEST_F(ClonerTest, CopyHasNewClipsWithTheSameTimingsAndLinks)
     EXPECT_EQ(copy->findNativeAudio(cloner.copyOf(&video)), cloner.copyOf(&audio));
     EXPECT_EQ(copy->masterOf(cloner.copyOf(&title)), cloner.copyOf(&video));
     EXPECT_EQ(storage.clips().size(), 6u) << "five clips and the nested timeline's clip";
+
+    Serialize::ObjectStorage clipStorage;
+    Timeline::Clip* copyOfVideo = Serialize::Cloner(clipStorage).clone(video);
+    copyOfVideo->setName("Renamed").setBroken(true).removeEffect("blur");
+    EXPECT_EQ(video.name(), Types::String("Video")) << "copies are independent values";
+    EXPECT_FALSE(video.isBroken());
+    EXPECT_NE(video.findEffect("blur"), nullptr);
 }
 
 TEST_F(ClonerTest, NestedTimelineIsCopiedOnceForAllClipsShowingIt)
@@ -91,17 +98,6 @@ TEST_F(ClonerTest, NestedTimelineIsCopiedOnceForAllClipsShowingIt)
     EXPECT_EQ(cloner.copyOf(&nestedB)->nestedTimeline(), innerCopy);
     EXPECT_EQ(describe(*innerCopy), describe(inner));
     EXPECT_NE(innerCopy->clips().front(), &innerClip);
-}
-
-TEST_F(ClonerTest, CopiedClipsAreIndependentValues)
-{
-    Serialize::ObjectStorage storage;
-    Serialize::Cloner cloner(storage);
-    Timeline::Clip* copy = cloner.clone(video);
-    copy->setName("Renamed").setBroken(true).removeEffect("blur");
-    EXPECT_EQ(video.name(), Types::String("Video"));
-    EXPECT_FALSE(video.isBroken());
-    EXPECT_NE(video.findEffect("blur"), nullptr);
 }
 
 TEST_F(ClonerTest, TimelineShownInsideItselfStopsWithALogLine)
@@ -119,8 +115,14 @@ TEST_F(ClonerTest, TimelineShownInsideItselfStopsWithALogLine)
     EXPECT_TRUE(log.containsError("Serialize::Cloner"));
 }
 
-TEST_F(ClonerTest, ReleasedCopiesBecomeRecordsOfTheModel)
+TEST_F(ClonerTest, ReleasedCopiesBecomeRecordsOfTheModelIfThereIsOne)
 {
+    Serialize::ObjectStorage orphanStorage;
+    Serialize::Cloner(orphanStorage).clone(scene);
+    TestSupport::LogCapture log;
+    EXPECT_TRUE(orphanStorage.releaseToModel().clips.empty());
+    EXPECT_TRUE(log.containsError("nobody serves add requests"));
+
     Model::Host host;
     Serialize::ObjectStorage storage;
     Serialize::Cloner cloner(storage);
@@ -135,15 +137,4 @@ TEST_F(ClonerTest, ReleasedCopiesBecomeRecordsOfTheModel)
     ASSERT_NE(root, nullptr);
     EXPECT_EQ(storage.root(), nullptr);
     EXPECT_EQ(root->clips().size(), 5u);
-}
-
-TEST_F(ClonerTest, ReleaseWithoutAModelFreesTheCopiesAndSaysSo)
-{
-    Serialize::ObjectStorage storage;
-    Serialize::Cloner cloner(storage);
-    cloner.clone(scene);
-    TestSupport::LogCapture log;
-    const Serialize::ObjectStorage::Released released = storage.releaseToModel();
-    EXPECT_TRUE(released.clips.empty());
-    EXPECT_TRUE(log.containsError("nobody serves add requests"));
 }

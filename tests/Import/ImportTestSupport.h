@@ -97,7 +97,7 @@ private:
 
 // Records each failure question and answers "Remove" (true) or "Keep" (false). Everything else
 // is answered as the silent strategy does.
-class RecordingStrategy : public Dialog::IDialogStrategy
+class RecordingStrategy : public Dialog::DialogStrategyEmpty
 {
 public:
     struct Question
@@ -112,17 +112,6 @@ public:
     std::function<void()> whileAsking;
 
 private:
-    bool alertModifiedProject(bool& save) override
-    {
-        save = false;
-        return true;
-    }
-    bool alertOverwrite(const QString&) override { return true; }
-    bool alertOverwriteFolder(const QString&) override { return true; }
-    bool alertRestoreSession() override { return false; }
-    void showFileInfo(const Media::File*) override {}
-    void showWarning(const QString&, const QString&) override {}
-    Dialog::MissingFileAction alertMissingFile(const QString&, const QString&) override { return Dialog::Skip; }
     bool showHasFailedFiles(bool allowKeep, const QString& message) override
     {
         questions.push_back({allowKeep, message});
@@ -130,13 +119,6 @@ private:
             whileAsking();
         return remove;
     }
-    void showCriticalError(const QApplication&, const QString&) override {}
-    bool alertAction(const QString&, const QString&, const QString&, const QString&) override { return false; }
-    QString showValidationInputDialog(const QString&, const QString&, const QString&, Dialog::Validator) override
-    {
-        return {};
-    }
-    void showMessageAlert(const QString&, const QString&, const QString&) override {}
 };
 
 // Installs a recording strategy for the lifetime of the object, then the silent one.

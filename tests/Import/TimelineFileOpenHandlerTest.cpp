@@ -61,10 +61,12 @@ TEST_F(TimelineFileOpenHandlerTest, KeepMarksEveryClipOfAFailedFileBroken)
     TimelineFileOpenHandler handler(timeline);
     const auto twins = add(QStringLiteral("/m/twice.mp4"), 2);
     const auto good = add(QStringLiteral("/m/good.mp4"));
+    const auto broken = add(QStringLiteral("/m/broken.mp4"), 1, true);
     dialog->remove = false;
 
     opener->answer(QStringLiteral("/m/twice.mp4"), failed({36}));
     opener->answer(QStringLiteral("/m/good.mp4"), opened());
+    opener->answer(QStringLiteral("/m/broken.mp4"), failed({36}));
     spinTurns();
 
     ASSERT_EQ(dialog->questions.size(), 1u);
@@ -72,9 +74,11 @@ TEST_F(TimelineFileOpenHandlerTest, KeepMarksEveryClipOfAFailedFileBroken)
     EXPECT_TRUE(twins[0]->isBroken());
     EXPECT_TRUE(twins[1]->isBroken());
     EXPECT_FALSE(good[0]->isBroken());
-    EXPECT_EQ(timeline->clips().size(), 3u) << "kept clips stay on the timeline";
+    EXPECT_EQ(timeline->clips().size(), 4u) << "kept clips stay on the timeline";
     EXPECT_EQ(changes.count[twins[0]], 1);
     EXPECT_EQ(changes.count[good[0]], 0);
+    EXPECT_EQ(changes.count[broken[0]], 0) << "no edit for a clip already broken";
+    EXPECT_TRUE(broken[0]->isBroken());
 }
 
 TEST_F(TimelineFileOpenHandlerTest, RemoveTakesTheClipsOffInOneTimelineEdit)
@@ -103,17 +107,6 @@ TEST_F(TimelineFileOpenHandlerTest, RemoveTakesTheClipsOffInOneTimelineEdit)
     EXPECT_TRUE(twins[1]->isBroken());
 }
 
-TEST_F(TimelineFileOpenHandlerTest, AlreadyBrokenClipIsLeftAloneWhenKept)
-{
-    TimelineFileOpenHandler handler(timeline);
-    const auto broken = add(QStringLiteral("/m/broken.mp4"), 1, true);
-    opener->answer(QStringLiteral("/m/broken.mp4"), failed({36}));
-    spinTurns();
-    ASSERT_EQ(dialog->questions.size(), 1u);
-    EXPECT_EQ(changes.count[broken[0]], 0) << "no edit for a clip already broken";
-    EXPECT_TRUE(broken[0]->isBroken());
-}
-
 TEST_F(TimelineFileOpenHandlerTest, FailedFileWithoutClipsOnTheTimelineChangesNothing)
 {
     TimelineFileOpenHandler handler(timeline);
@@ -130,23 +123,7 @@ TEST_F(TimelineFileOpenHandlerTest, FailedFileWithoutClipsOnTheTimelineChangesNo
     EXPECT_EQ(changes.count[good[0]], 0);
 }
 
-TEST_F(TimelineFileOpenHandlerTest, UnboundHandlerStillProcessesWithoutChanges)
-{
-    TimelineFileOpenHandler handler(timeline);
-    const auto clips = add(QStringLiteral("/m/a.mp4"));
-    handler.setTimeline(nullptr);
-    EXPECT_EQ(handler.timeline(), nullptr);
-    add(QStringLiteral("/m/unheard.mp4")); // announced on a timeline the handler left
-
-    opener->answer(QStringLiteral("/m/a.mp4"), failed({36}));
-    spinTurns();
-    ASSERT_EQ(dialog->questions.size(), 1u) << "the pending batch still completes";
-    EXPECT_FALSE(dialog->questions[0].allowKeep);
-    EXPECT_FALSE(clips[0]->isBroken());
-    EXPECT_EQ(timeline->clips().size(), 2u);
-}
-
-TEST_F(TimelineFileOpenHandlerTest, RebindingListensToTheNewTimelineOnly)
+TEST_F(TimelineFileOpenHandlerTest, HandlerListensToTheTimelineItIsBoundTo)
 {
     TimelineFileOpenHandler handler(nullptr);
     const Timeline::Object* other = host.addTimeline("Other");
@@ -163,6 +140,17 @@ TEST_F(TimelineFileOpenHandlerTest, RebindingListensToTheNewTimelineOnly)
     ASSERT_EQ(dialog->questions.size(), 1u);
     EXPECT_TRUE(heard[0]->isBroken());
     EXPECT_FALSE(ignored[0]->isBroken());
+
+    const auto pending = add(QStringLiteral("/m/pending.mp4"));
+    handler.setTimeline(nullptr);
+    EXPECT_EQ(handler.timeline(), nullptr);
+    add(QStringLiteral("/m/unheard.mp4")); // announced on a timeline the handler left
+    opener->answer(QStringLiteral("/m/pending.mp4"), failed({36}));
+    spinTurns();
+    ASSERT_EQ(dialog->questions.size(), 2u) << "the pending batch still completes";
+    EXPECT_FALSE(dialog->questions[1].allowKeep);
+    EXPECT_FALSE(pending[0]->isBroken());
+    EXPECT_EQ(timeline->clips().size(), 4u);
 }
 
 TEST_F(TimelineFileOpenHandlerTest, ClearStopsListeningToTheFinishedBatch)

@@ -43,9 +43,10 @@ protected:
 
 } // namespace
 
-TEST_F(TimelineShadowChangeTest, ShadowIsADeepCopyAndTheSourceIsNeverTouched)
+TEST_F(TimelineShadowChangeTest, ShadowIsADeepCopyAndAQuizMakesItReadyInTheNextTurn)
 {
     TimelineShadowChange change(source, Timeline::Object::Project);
+    QSignalSpy ready(&change, &TimelineShadowChange::shadowReady);
     const Timeline::Object* shadow = change.shadowTimeline();
     EXPECT_EQ(change.sourceTimeline(), source);
     ASSERT_NE(shadow, source);
@@ -56,22 +57,13 @@ TEST_F(TimelineShadowChangeTest, ShadowIsADeepCopyAndTheSourceIsNeverTouched)
     EXPECT_EQ(shadow->clipTiming(copy), source->clipTiming(first));
 
     change.addQuiz(std::make_unique<Quiz::Preset>());
-    spinTurns();
-    EXPECT_EQ(shadow->clips().size(), 2u);
-    EXPECT_EQ(source->clips(), std::vector<const Timeline::Clip*>{first});
-}
-
-TEST_F(TimelineShadowChangeTest, QuizAloneGivesExactlyOneReadyInTheNextTurn)
-{
-    TimelineShadowChange change(source, Timeline::Object::Project);
-    QSignalSpy ready(&change, &TimelineShadowChange::shadowReady);
-    change.addQuiz(std::make_unique<Quiz::Preset>());
     EXPECT_EQ(ready.count(), 0) << "readiness comes from the event loop";
-    const auto quizzes = change.shadowTimeline()->clipsByType(Timeline::Clip::Quiz);
+    const auto quizzes = shadow->clipsByType(Timeline::Clip::Quiz);
     ASSERT_EQ(quizzes.size(), 1u) << "the request is served at once";
-    EXPECT_EQ(change.shadowTimeline()->clipTiming(*quizzes.begin()).position, 4 * second) << "(-1, 0) appends";
+    EXPECT_EQ(shadow->clipTiming(*quizzes.begin()).position, 4 * second) << "(-1, 0) appends";
     spinTurns();
     EXPECT_EQ(ready.count(), 1);
+    EXPECT_EQ(source->clips(), std::vector<const Timeline::Clip*>{first}) << "the source is never touched";
 }
 
 TEST_F(TimelineShadowChangeTest, OverlayThenFilesWaitsForTheFiles)
@@ -171,48 +163,32 @@ TEST_F(TimelineShadowChangeTest, CopiesNobodyMergedGoWithTheChange)
     EXPECT_TRUE(host.owns(first));
 }
 
-struct NameCase
+TEST(ReplaceNestedTimelineTest, MarksTheNameOnceAndKeepsThePosition)
 {
-    const char* name;
-    const char* oldName;
-    const char* expected;
-};
-
-void PrintTo(const NameCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
-class ReplaceNestedNameTest : public ::testing::TestWithParam<NameCase>
-{
-};
-
-TEST_P(ReplaceNestedNameTest, MarksTheNameOnce)
-{
+    const struct
+    {
+        const char* oldName;
+        const char* expected;
+    } cases[] = {{"Scene", "* Scene"}, {"*Scene", "*Scene"}, {"* Scene", "* Scene"}, {"", "* "}, {"Scene*", "* Scene*"}};
     Model::Host host;
     const Timeline::Object* nested = host.addTimeline("Nested");
     const Timeline::Object* empty = host.addTimeline("Empty replacement");
-    const Timeline::Object* container = host.addTimeline("Container");
-    const Timeline::Clip* clip =
-        host.addClip(Timeline::Clip(Timeline::Clip::Nested).setNestedTimeline(nested).setName(GetParam().oldName));
-    host.edit(container)->addClip(clip, {container->primaryTrack(), 7 * second, 2 * second});
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.oldName);
+        const Timeline::Object* container = host.addTimeline("Container");
+        const Timeline::Clip* clip =
+            host.addClip(Timeline::Clip(Timeline::Clip::Nested).setNestedTimeline(nested).setName(c.oldName));
+        host.edit(container)->addClip(clip, {container->primaryTrack(), 7 * second, 2 * second});
 
-    ASSERT_EQ(replaceNestedTimeline(container, nested, empty), 1);
-    ASSERT_EQ(container->clips().size(), 1u);
-    const Timeline::Clip* replaced = container->clips().front();
-    EXPECT_EQ(replaced->name().str(), GetParam().expected);
-    EXPECT_EQ(container->clipTiming(replaced).position, 7 * second);
-    EXPECT_EQ(container->clipTiming(replaced).length, Timeline::Clip::DEFAULT_TITLE_CLIP_DURATION)
-        << "an empty replacement lasts as long as a title";
+        ASSERT_EQ(replaceNestedTimeline(container, nested, empty), 1);
+        ASSERT_EQ(container->clips().size(), 1u);
+        const Timeline::Clip* replaced = container->clips().front();
+        EXPECT_EQ(replaced->name().str(), c.expected);
+        EXPECT_EQ(container->clipTiming(replaced).position, 7 * second);
+        EXPECT_EQ(container->clipTiming(replaced).length, Timeline::Clip::DEFAULT_TITLE_CLIP_DURATION)
+            << "an empty replacement lasts as long as a title";
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Names, ReplaceNestedNameTest,
-                         ::testing::Values(NameCase{"plain", "Scene", "* Scene"},
-                                           NameCase{"already_marked", "*Scene", "*Scene"},
-                                           NameCase{"marked_with_space", "* Scene", "* Scene"},
-                                           NameCase{"empty", "", "* "},
-                                           NameCase{"inner_asterisk", "Scene*", "* Scene*"}),
-                         [](const ::testing::TestParamInfo<NameCase>& info) { return std::string(info.param.name); });
 
 TEST(ReplaceNestedTimelineTest, RefusesMissingTimelines)
 {
