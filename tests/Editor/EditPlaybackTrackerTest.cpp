@@ -10,7 +10,11 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -72,69 +76,52 @@ protected:
     std::unique_ptr<EditPlaybackTracker> tracker;
 };
 
-TEST_F(PlayerHoldTest, AtTheClipsEndTheHoldIsKept)
+// A move of the model's playback while the clip (1000 to 3000) holds the player.
+struct HoldCase
+{
+    const char* name;
+    std::function<void(Model::Host&)> move;
+    std::vector<std::string> journal;
+    bool held;
+    bool playing;
+};
+
+void PrintTo(const HoldCase& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class PlayerHoldMoveTest : public PlayerHoldTest, public testing::WithParamInterface<HoldCase>
+{
+};
+
+TEST_P(PlayerHoldMoveTest, KeepsTheHoldOnlyWhilePausedInsideTheClip)
 {
     takePlayer();
 
-    host.setPlaybackPosition(ClipEnd);
+    GetParam().move(host);
 
-    EXPECT_THAT(journal, ElementsAre("position changed", "edit position changed"));
-    EXPECT_TRUE(playerClient()->isInUse());
-    EXPECT_TRUE(panelClient.isInUse());
+    EXPECT_EQ(journal, GetParam().journal);
+    EXPECT_EQ(playerClient()->isInUse(), GetParam().held);
+    EXPECT_EQ(panelClient.isInUse(), GetParam().held);
+    EXPECT_EQ(editorPlayer.isFree(), !GetParam().held);
+    EXPECT_EQ(tracker->playing(), GetParam().playing);
 }
 
-TEST_F(PlayerHoldTest, AtTheClipsStartTheHoldIsKept)
-{
-    takePlayer();
+const std::vector<std::string> Kept { "position changed", "edit position changed" };
+const std::vector<std::string> GivenBack { "position changed", "panel gives the player back",
+    "player editor lets go" };
 
-    host.setPlaybackPosition(ClipStart);
-
-    EXPECT_THAT(journal, ElementsAre("position changed", "edit position changed"));
-    EXPECT_TRUE(playerClient()->isInUse());
-}
-
-TEST_F(PlayerHoldTest, OneUnitPastTheEndTheHoldEndsAndThePlayerGoesBack)
-{
-    takePlayer();
-
-    host.setPlaybackPosition(ClipEnd + 1);
-
-    EXPECT_THAT(
-        journal, ElementsAre("position changed", "panel gives the player back", "player editor lets go"));
-    EXPECT_FALSE(playerClient()->isInUse());
-    EXPECT_TRUE(editorPlayer.isFree());
-}
-
-TEST_F(PlayerHoldTest, OneUnitBeforeTheStartTheHoldEnds)
-{
-    takePlayer();
-
-    host.setPlaybackPosition(ClipStart - 1);
-
-    EXPECT_THAT(
-        journal, ElementsAre("position changed", "panel gives the player back", "player editor lets go"));
-}
-
-TEST_F(PlayerHoldTest, StartingPlaybackAlwaysEndsTheHold)
-{
-    takePlayer();
-
-    host.setPlaybackCode(Playback::State::Playing);
-
-    EXPECT_THAT(
-        journal, ElementsAre("state changed", "panel gives the player back", "player editor lets go"));
-    EXPECT_TRUE(tracker->playing());
-}
-
-TEST_F(PlayerHoldTest, StoppingIsAnnouncedAndKeepsTheHold)
-{
-    takePlayer();
-
-    host.setPlaybackCode(Playback::State::Stopped);
-
-    EXPECT_THAT(journal, ElementsAre("state changed"));
-    EXPECT_TRUE(playerClient()->isInUse());
-}
+INSTANTIATE_TEST_SUITE_P(Moves, PlayerHoldMoveTest,
+    testing::Values(HoldCase { "at_end", [](Model::Host& h) { h.setPlaybackPosition(3000); }, Kept, true, false },
+        HoldCase { "at_start", [](Model::Host& h) { h.setPlaybackPosition(1000); }, Kept, true, false },
+        HoldCase { "past_end", [](Model::Host& h) { h.setPlaybackPosition(3001); }, GivenBack, false, false },
+        HoldCase { "before_start", [](Model::Host& h) { h.setPlaybackPosition(999); }, GivenBack, false, false },
+        HoldCase { "playing", [](Model::Host& h) { h.setPlaybackCode(Playback::State::Playing); },
+            { "state changed", "panel gives the player back", "player editor lets go" }, false, true },
+        HoldCase { "stopped", [](Model::Host& h) { h.setPlaybackCode(Playback::State::Stopped); },
+            { "state changed" }, true, false }),
+    [](const testing::TestParamInfo<HoldCase>& info) { return std::string(info.param.name); });
 
 TEST_F(PlayerHoldTest, WhileStoppedAMoveOutsideTheClipDoesNothing)
 {

@@ -46,12 +46,6 @@ protected:
     std::unique_ptr<NotingEditor> previewPart;
 };
 
-TEST_F(EditSessionTest, TheModelFindsThePanelAsTheWorkerOfItsSession)
-{
-    EXPECT_EQ(host.editor()->worker, static_cast<Editor::Worker*>(root.get()));
-    EXPECT_EQ(root->editorObject(), host.editor());
-}
-
 TEST_F(EditSessionTest, BeginningASessionChangesTheStateThenLoadsTheTreeTopDown)
 {
     ASSERT_TRUE(host.beginSession(timeline, clip));
@@ -61,19 +55,14 @@ TEST_F(EditSessionTest, BeginningASessionChangesTheStateThenLoadsTheTreeTopDown)
             "preview part loads, editing a clip"));
 }
 
-TEST_F(EditSessionTest, ApplyingRunsTheTreeBeforeTheSessionEnds)
+TEST_F(EditSessionTest, ApplyingOrResettingRunsTheTreeBeforeTheSessionEnds)
 {
     host.beginSession(timeline, clip);
     journal.clear();
-
     host.applySession();
-
     EXPECT_THAT(journal,
         ElementsAre("settings applies", "preview applies", "preview part applies", "state active -> idle"));
-}
 
-TEST_F(EditSessionTest, ResettingRunsTheTreeBeforeTheSessionEnds)
-{
     host.beginSession(timeline, clip);
     journal.clear();
 
@@ -139,6 +128,9 @@ TEST_F(EditSessionTest, TheFilterNarrowsTheClipsInPlace)
 
 TEST_F(EditSessionTest, APanelThatIsGoneIsNoLongerTheWorker)
 {
+    EXPECT_EQ(host.editor()->worker, static_cast<Editor::Worker*>(root.get()));
+    EXPECT_EQ(root->editorObject(), host.editor());
+
     previewPart.reset();
     preview.reset();
     settings.reset();
@@ -146,16 +138,6 @@ TEST_F(EditSessionTest, APanelThatIsGoneIsNoLongerTheWorker)
 
     EXPECT_EQ(host.editor()->worker, nullptr);
     EXPECT_FALSE(host.loadSession());
-}
-
-TEST_F(EditSessionTest, ItIsKnownAsAWorkerViewAndAnAbstractEditor)
-{
-    EXPECT_STREQ(root->metaObject()->className(), "ModelEditor");
-    EXPECT_EQ(root->qt_metacast("Editor::WorkerView"),
-        static_cast<void*>(static_cast<Editor::WorkerView*>(root.get())));
-    EXPECT_EQ(
-        root->qt_metacast("AbstractEditor"), static_cast<void*>(static_cast<AbstractEditor*>(root.get())));
-    EXPECT_EQ(root->parent(), nullptr);
 }
 
 class ModelEditorFunctionsTest : public SessionFixture
@@ -181,21 +163,6 @@ TEST_F(ModelEditorFunctionsTest, WithoutAFilterTheClipsStayExactlyAsGiven)
     editor.filterClips(clips);
 
     EXPECT_THAT(clips, testing::UnorderedElementsAre(clip, other));
-}
-
-TEST_F(ModelEditorFunctionsTest, TheFunctionsAreMovedIn)
-{
-    int calls = 0;
-    ModelEditor::Acceptor acceptor = [&calls](const auto&, const auto*) { return ++calls > 0; };
-    ModelEditor::Filter filter = [&calls](auto&, const auto*) { ++calls; };
-
-    ModelEditor editor(std::move(acceptor), std::move(filter));
-    host.beginSession(timeline, clip);
-    std::set<const Timeline::Clip*> clips;
-    editor.filterClips(clips);
-
-    EXPECT_TRUE(editor.canAccept(clips));
-    EXPECT_EQ(calls, 2);
 }
 
 } // namespace

@@ -77,16 +77,6 @@ using PreviewKinds = ::testing::Types<Effect::Object, Transition::Object, Overla
                                       Animation::TransformationItem>;
 TYPED_TEST_SUITE(PreviewViewTest, PreviewKinds);
 
-TYPED_TEST(PreviewViewTest, NewPreviewHasTheDefaultSizeAndNoTargetOrComposition)
-{
-    const Preview::Object<TypeParam> preview;
-    EXPECT_EQ(preview.width, 800);
-    EXPECT_EQ(preview.height, 450);
-    EXPECT_EQ(preview.position, 0);
-    EXPECT_EQ(preview.target, nullptr);
-    EXPECT_EQ(preview.composition, nullptr);
-}
-
 TYPED_TEST(PreviewViewTest, FirstChangeAddsThePreviewThenChangesReportTargetBeforeComposition)
 {
     RecordingPreviewView<TypeParam> view(this->makeView("view"));

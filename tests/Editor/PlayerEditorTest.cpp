@@ -60,13 +60,6 @@ protected:
     std::unique_ptr<PlayerEditor> editorPtr;
 };
 
-TEST_F(PlayerEditorTest, ItsClientIsAQtChildWithTheServiceGiven)
-{
-    EXPECT_EQ(editorPtr->playerClient()->parent(), editorPtr.get());
-    EXPECT_EQ(editorPtr->playerClient()->service(), &panelPlayer);
-    EXPECT_FALSE(editorPtr->playerClient()->isInUse());
-}
-
 TEST_F(PlayerEditorTest, TakingThePlayerFromThePanelEndsTheEditorsUseFirst)
 {
     startSession();

@@ -7,7 +7,6 @@
 #include <vector>
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
@@ -41,40 +40,18 @@ TEST_F(CompositionProviderTest, SettingACompositionActivatesEveryTimeEvenTheSame
     EXPECT_EQ(provider.composition(), second);
 }
 
-TEST_F(CompositionProviderTest, ClearingDeactivatesEvenWhenNothingWasSet)
+TEST_F(CompositionProviderTest, ClearingDeactivatesEvenWhenNothingWasSetAndAnnouncingKeepsTheComposition)
 {
     provider.setComposition(nullptr);
     EXPECT_THAT(journal, ElementsAre("deactivated"));
 
     provider.setComposition(first);
-    provider.setComposition(nullptr);
-    EXPECT_THAT(journal, ElementsAre("deactivated", "activated", "deactivated"));
-    EXPECT_EQ(provider.composition(), nullptr);
-}
-
-TEST_F(CompositionProviderTest, ActivateAndDeactivateOnlyAnnounce)
-{
-    provider.setComposition(first);
-    journal.clear();
-
     provider.deactivate();
     provider.activate();
-
-    EXPECT_THAT(journal, ElementsAre("deactivated", "activated"));
     EXPECT_EQ(provider.composition(), first);
-}
-
-TEST_F(CompositionProviderTest, FlagsAreStoredSilently)
-{
-    EXPECT_FALSE(provider.isPrimary());
-    EXPECT_FALSE(provider.isUsing());
-
-    provider.setPrimary(true);
-    provider.setUsing(true);
-
-    EXPECT_TRUE(provider.isPrimary());
-    EXPECT_TRUE(provider.isUsing());
-    EXPECT_THAT(journal, IsEmpty());
+    provider.setComposition(nullptr);
+    EXPECT_THAT(journal, ElementsAre("deactivated", "activated", "deactivated", "activated", "deactivated"));
+    EXPECT_EQ(provider.composition(), nullptr);
 }
 
 } // namespace

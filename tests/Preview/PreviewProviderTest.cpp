@@ -207,52 +207,28 @@ TEST_F(EffectPreviewTest, ANewPreviewHasTheDefaultSizeAndNothingToShow)
     EXPECT_EQ(provider.composition(), nullptr);
 }
 
-TEST_F(EffectPreviewTest, ATargetWithoutCompositionDeactivatesAndAsksForNoRestart)
+// Each step of a preview's life, in order: what the player and the provider's signals see.
+TEST_F(EffectPreviewTest, RunsOnlyWhileThePlayerDrawsAndRestartsOnEachTarget)
 {
-    provider.setTarget(&blur);
+    const auto step = [this](const char* what, const std::function<void()>& act) {
+        SCOPED_TRACE(what);
+        journal.clear();
+        act();
+        return journal;
+    };
 
-    EXPECT_THAT(journal, ElementsAre("deactivated", "target set"));
+    EXPECT_THAT(step("target without composition", [this] { provider.setTarget(&blur); }),
+        ElementsAre("deactivated", "target set"));
     EXPECT_EQ(provider.preview()->target, &blur);
-}
-
-TEST_F(EffectPreviewTest, ThePlayerSettingACompositionActivatesAndRestarts)
-{
-    player.drawIn(&composition);
-
-    EXPECT_THAT(journal, ElementsAre("activated", "restart", "composition set"));
+    EXPECT_THAT(step("player draws", [this] { player.drawIn(&composition); }),
+        ElementsAre("activated", "restart", "composition set"));
     EXPECT_EQ(provider.composition(), &composition);
-}
-
-TEST_F(EffectPreviewTest, ANewTargetRestartsARunningPreview)
-{
-    player.drawIn(&composition);
-    provider.setTarget(&blur);
-    journal.clear();
-
-    provider.setTarget(&sepia);
-
-    EXPECT_THAT(journal, ElementsAre("activated", "restart", "target replaced"));
-}
-
-TEST_F(EffectPreviewTest, ClearingTheTargetStillRestartsWhileACompositionIsSet)
-{
-    player.drawIn(&composition);
-    provider.setTarget(&blur);
-    journal.clear();
-
-    provider.setTarget(nullptr);
-
-    EXPECT_THAT(journal, ElementsAre("activated", "restart", "target replaced to none"));
-}
-
-TEST_F(EffectPreviewTest, ThePlayerLeavingDeactivates)
-{
-    player.drawIn(&composition);
-    journal.clear();
-
-    player.drawIn(nullptr);
-
-    EXPECT_THAT(journal, ElementsAre("deactivated", "composition replaced"));
+    EXPECT_THAT(step("new target", [this] { provider.setTarget(&sepia); }),
+        ElementsAre("activated", "restart", "target replaced"));
+    EXPECT_THAT(step("target cleared", [this] { provider.setTarget(nullptr); }),
+        ElementsAre("activated", "restart", "target replaced to none"));
+    EXPECT_THAT(step("player leaves", [this] { player.drawIn(nullptr); }),
+        ElementsAre("deactivated", "composition replaced"));
     EXPECT_EQ(provider.composition(), nullptr);
 }
 
@@ -294,20 +270,6 @@ TEST(AnimationPreviewTest, PositionAndTargetChangeInTwoSteps)
     EXPECT_THAT(player.seen,
         ElementsAre(std::make_pair(std::int64_t(250), &first), std::make_pair(std::int64_t(250), &second)));
     EXPECT_THAT(journal, ElementsAre("target replaced"));
-}
-
-TEST(PanZoomPreviewTest, ShowsTheGivenItem)
-{
-    StockPictures stock;
-    PanZoomPreviewProvider provider(nullptr);
-    Animation::TransformationItem zoom;
-    QSignalSpy restart(&provider, &CompositionProvider::restartRequested);
-
-    provider.setTarget(&zoom);
-
-    EXPECT_EQ(provider.preview()->target, &zoom);
-    EXPECT_EQ(provider.preview()->position, 0);
-    EXPECT_EQ(restart.count(), 0);
 }
 
 TEST(TransitionPreviewTest, ShowsTheGivenTransition)

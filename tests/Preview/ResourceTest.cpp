@@ -124,36 +124,24 @@ TEST_F(ResourceOfModelTest, NullInputGivesAnEmptyKeyAndAnError)
     EXPECT_TRUE(log.containsError("Resource::registerFile: null file"));
 }
 
-TEST_F(ResourceOfModelTest, ARegisteredFileIsFoundUnderEachOfItsStreams)
+TEST_F(ResourceOfModelTest, ARegisteredFileIsFoundUnderEachOfItsStreamsUntilItLeavesTheModel)
 {
+    const Id videoKey("/media/holiday.mp4:v:0", Resource::Video);
+    const Id audioKey("/media/holiday.mp4:a:1", Resource::Audio);
     Resource::registerFile(file, metadata);
-
-    EXPECT_EQ(Resource::registeredFile(Id("/media/holiday.mp4:v:0", Resource::Video)), file);
-    EXPECT_EQ(Resource::registeredFile(Id("/media/holiday.mp4:a:1", Resource::Audio)), file);
+    EXPECT_EQ(Resource::registeredFile(videoKey), file);
+    EXPECT_EQ(Resource::registeredFile(audioKey), file);
     EXPECT_EQ(Resource::registeredFile(Id("/media/holiday.mp4:a:0", Resource::Audio)), nullptr);
     EXPECT_EQ(Resource::registeredFile(Id("/media/holiday.mp4:v:0", Resource::Audio)), nullptr);
-}
 
-TEST_F(ResourceOfModelTest, RegisteringAgainReplacesTheStreams)
-{
-    Resource::registerFile(file, metadata);
     Media::Metadata videoOnly;
     videoOnly.videos.push_back(video);
-
     Resource::registerFile(file, videoOnly);
-
-    EXPECT_EQ(Resource::registeredFile(Id("/media/holiday.mp4:v:0", Resource::Video)), file);
-    EXPECT_EQ(Resource::registeredFile(Id("/media/holiday.mp4:a:1", Resource::Audio)), nullptr);
-}
-
-TEST_F(ResourceOfModelTest, AFileThatLeavesTheModelIsNoLongerRegistered)
-{
-    Resource::registerFile(file, metadata);
+    EXPECT_EQ(Resource::registeredFile(videoKey), file) << "registering again replaces the streams";
+    EXPECT_EQ(Resource::registeredFile(audioKey), nullptr);
 
     host.remove(file);
-
-    EXPECT_EQ(Resource::registeredFile(Id("/media/holiday.mp4:v:0", Resource::Video)), nullptr);
-    EXPECT_EQ(Resource::registeredFile(Id("/media/holiday.mp4:a:1", Resource::Audio)), nullptr);
+    EXPECT_EQ(Resource::registeredFile(videoKey), nullptr);
 }
 
 } // namespace
