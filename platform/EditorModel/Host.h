@@ -20,9 +20,13 @@
 
 namespace Model {
 
-// Where the host hands the timeline requests published on the bus (to any timeline). The
-// services that add files, overlays and quizzes implement the operations they serve; the base
-// versions ignore a request.
+// Where the host hands the timeline requests published on the bus (to any timeline, its own or a
+// private copy). The services that add files, overlays and quizzes implement the operations they
+// serve; the base versions ignore a request. Serving a FileAddRequest, for one: for each path,
+// Host::addFile (the record, announced and being opened), a Timeline::FileAddingNotification on
+// the timeline, a clip (Host::addClip) placed by an edit of the timeline (through any view: the
+// timeline's owner applies it); then Host::watchFiles(timeline, files), which publishes
+// Timeline::AllFilesProcessedNotification once they have all finished opening.
 class TimelineRequestHandler
 {
 public:

@@ -107,6 +107,18 @@ private:
     const T* m_object;
 };
 
+// A subscriber of the six messages of T and a publisher of them: the base of every view of T.
+template <class T>
+class Participant : public PubSub::Subscriber<Add<T>>,
+                    public PubSub::Subscriber<Added<T>>,
+                    public PubSub::Subscriber<Change<T>>,
+                    public PubSub::Subscriber<Changed<T>>,
+                    public PubSub::Subscriber<Remove<T>>,
+                    public PubSub::Subscriber<Removed<T>>,
+                    public PubSub::Publisher<Add<T>, Added<T>, Change<T>, Changed<T>, Remove<T>, Removed<T>>
+{
+};
+
 } // namespace Message::Types
 
 namespace Model {

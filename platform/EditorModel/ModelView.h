@@ -65,14 +65,7 @@ private:
 // added, changed or removed, whether it owns it or another owner announced it. A subscriber
 // that subscribes to a record directly (without observe()) gets the hooks for it too.
 template <class T>
-class View : public PubSub::Subscriber<Message::Types::Add<T>>,
-             public PubSub::Subscriber<Message::Types::Added<T>>,
-             public PubSub::Subscriber<Message::Types::Change<T>>,
-             public PubSub::Subscriber<Message::Types::Changed<T>>,
-             public PubSub::Subscriber<Message::Types::Remove<T>>,
-             public PubSub::Subscriber<Message::Types::Removed<T>>,
-             public PubSub::Publisher<Message::Types::Add<T>, Message::Types::Added<T>, Message::Types::Change<T>,
-                                      Message::Types::Changed<T>, Message::Types::Remove<T>, Message::Types::Removed<T>>
+class View : public Message::Types::Participant<T>
 {
 public:
     using Add = Message::Types::Add<T>;

@@ -19,14 +19,7 @@ namespace Message {
 // the owner announces them. Changes are made through a SetterChain: a working copy the caller
 // writes, committed when the chain is destroyed.
 template <class T>
-class View : public PubSub::Subscriber<Message::Types::Add<T>>,
-             public PubSub::Subscriber<Message::Types::Added<T>>,
-             public PubSub::Subscriber<Message::Types::Change<T>>,
-             public PubSub::Subscriber<Message::Types::Changed<T>>,
-             public PubSub::Subscriber<Message::Types::Remove<T>>,
-             public PubSub::Subscriber<Message::Types::Removed<T>>,
-             public PubSub::Publisher<Message::Types::Add<T>, Message::Types::Added<T>, Message::Types::Change<T>,
-                                      Message::Types::Changed<T>, Message::Types::Remove<T>, Message::Types::Removed<T>>
+class View : public Message::Types::Participant<T>
 {
 public:
     // A short-lived edit: the view, the record (null for a new one) and a working copy of its
