@@ -10,17 +10,6 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-// Receives the URLs the desktop services would open, instead of a file manager.
-class UrlCatcher : public QObject
-{
-    Q_OBJECT
-public:
-    QList<QUrl> urls;
-public Q_SLOTS:
-    void open(const QUrl& url) { urls << url; }
-};
-} // namespace
 
 TEST(Desktop, StandardPathsAreCleanAndNeverEmpty)
 {
@@ -37,7 +26,7 @@ TEST(Desktop, ExploreSingleFileOpensTheFolderOfTheFile)
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.close();
 
-    UrlCatcher catcher;
+    TestSupport::UrlCatcher catcher;
     QDesktopServices::setUrlHandler(QStringLiteral("file"), &catcher, "open");
     EXPECT_TRUE(Dravik::Util::ExploreSingleFile(file.fileName()));
     ASSERT_EQ(catcher.urls.size(), 1);
@@ -51,4 +40,3 @@ TEST(Desktop, ExploreSingleFileOpensTheFolderOfTheFile)
     QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
 }
 
-#include "DesktopTest.moc"

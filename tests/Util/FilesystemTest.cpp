@@ -240,22 +240,11 @@ TEST_F(FilesystemDisk, ReadableAndWritable)
     EXPECT_FALSE(Filesystem::isPathWritable(path("a.mp4")));
 }
 
-namespace {
-// Receives the folders the desktop would open.
-class UrlCatcher : public QObject
-{
-    Q_OBJECT
-public:
-    QList<QUrl> urls;
-public Q_SLOTS:
-    void open(const QUrl& url) { urls << url; }
-};
-} // namespace
 
 TEST_F(FilesystemDisk, ShowFileOpensItsFolder)
 {
     writeFile(path("shown/clip.mp4"));
-    UrlCatcher catcher;
+    TestSupport::UrlCatcher catcher;
     QDesktopServices::setUrlHandler(S("file"), &catcher, "open");
     Filesystem::showFile(S(" ") + path("shown/./clip.mp4"));
     Filesystem::showFile(path("shown/gone.mp4"));
@@ -475,4 +464,3 @@ TEST_F(RecentLists, PreviewsRoundTripAndSurviveGarbage)
     EXPECT_TRUE(log.containsError("unreadable"));
 }
 
-#include "FilesystemTest.moc"

@@ -2,6 +2,10 @@
 
 #include <glog/logging.h>
 
+#include <QList>
+#include <QObject>
+#include <QUrl>
+
 #include <mutex>
 #include <string>
 #include <vector>
@@ -28,6 +32,17 @@ public:
 private:
     mutable std::mutex m_mutex;
     std::vector<std::string> m_errors;
+};
+
+// Receives the URLs the desktop services would open (install it with
+// QDesktopServices::setUrlHandler), instead of a file manager.
+class UrlCatcher : public QObject
+{
+    Q_OBJECT
+public:
+    QList<QUrl> urls;
+public Q_SLOTS:
+    void open(const QUrl& url) { urls << url; }
 };
 
 } // namespace TestSupport
