@@ -85,7 +85,9 @@ struct ReferencePass
             return;
         QString message;
         if (!analysis.code20Files.empty())
-            message += Error::describeTranscodingError(Dravik::Proc::ProcessingError(20, {}, {}, {}, {}, 0), Error::Analyze).toQString();
+            message +=
+                Error::describeTranscodingError(Dravik::Proc::ProcessingError(20, {}, {}, {}, {}, 0), Error::Analyze)
+                    .toQString();
         Dialog::showHasFailedFiles(false, message);
     }
 };
@@ -182,7 +184,7 @@ QByteArray smallMp4(int i)
         return be32(quint32(8 + payload.size())) + QByteArray(type, 4) + payload;
     };
     return box("ftyp", QByteArray("isom", 4) + be32(0) + QByteArray("isomavc1", 8)) + box("moov", QByteArray(64, 'm'))
-        + box("mdat", QByteArray(512 + i % 64, 'd'));
+           + box("mdat", QByteArray(512 + i % 64, 'd'));
 }
 
 // 1,000 files: 800 small MP4 files, 150 small PNG pictures and 50 files that fail (truncated).
@@ -199,7 +201,8 @@ const QStringList& importFiles()
         image.save(&buffer, "PNG");
         for (int i = 0; i < 1000; ++i) {
             QByteArray content = i % 20 == 7 ? smallMp4(i).left(40) : i % 20 < 3 ? picture : smallMp4(i);
-            const QString path = dir.filePath(QStringLiteral("f%1.%2").arg(i).arg(i % 20 < 3 && i % 20 != 7 ? QStringLiteral("png") : QStringLiteral("mp4")));
+            const QString path = dir.filePath(QStringLiteral("f%1.%2").arg(i).arg(
+                i % 20 < 3 && i % 20 != 7 ? QStringLiteral("png") : QStringLiteral("mp4")));
             QFile file(path);
             if (file.open(QIODevice::WriteOnly))
                 file.write(content);

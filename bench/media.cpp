@@ -68,7 +68,9 @@ struct Media
                    + QStringList{QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-preset"),
                                  QStringLiteral("ultrafast"), QStringLiteral("-c:a"), QStringLiteral("aac")},
                mp4);
-        ffmpeg(lavfi("testsrc=size=320x240:rate=25:duration=1") + QStringList{QStringLiteral("-c:v"), QStringLiteral("mpeg4")}, mkv);
+        ffmpeg(lavfi("testsrc=size=320x240:rate=25:duration=1")
+                   + QStringList{QStringLiteral("-c:v"), QStringLiteral("mpeg4")},
+               mkv);
         ffmpeg(lavfi("sine=duration=1"), wav);
         ffmpeg(lavfi("testsrc=size=320x240") + QStringList{QStringLiteral("-frames:v"), QStringLiteral("1")}, png);
         const QStringList sources = {mp4, mkv, wav, png};
@@ -99,7 +101,8 @@ double processCpuMs()
 {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
-    return (usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1e3 + (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e3;
+    return (usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1e3
+           + (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e3;
 }
 
 // What a developer writes without the engine: open, read the streams, close.
@@ -174,7 +177,7 @@ QImage thumbnailByHand(const QString& path, qint64 thumbnailTime)
     avcodec_parameters_to_context(codec, stream->codecpar);
     avcodec_open2(codec, codec->codec, nullptr);
     const int64_t target = av_rescale_q(thumbnailTime, AV_TIME_BASE_Q, stream->time_base)
-        + (stream->start_time == AV_NOPTS_VALUE ? 0 : stream->start_time);
+                           + (stream->start_time == AV_NOPTS_VALUE ? 0 : stream->start_time);
     av_seek_frame(format, index, target, AVSEEK_FLAG_BACKWARD);
     AVPacket* packet = av_packet_alloc();
     AVFrame* frame = av_frame_alloc();
@@ -271,9 +274,10 @@ void BM_ThumbnailFfmpegProcess(benchmark::State& state)
     for (auto _ : state) {
         QProcess process;
         process.start(QStringLiteral("ffmpeg"),
-                      {QStringLiteral("-loglevel"), QStringLiteral("error"), QStringLiteral("-ss"), QString::number(state.range(0) / 1000.0),
-                       QStringLiteral("-i"), file, QStringLiteral("-frames:v"), QStringLiteral("1"), QStringLiteral("-s"),
-                       QStringLiteral("160x90"), QStringLiteral("-f"), QStringLiteral("image2pipe"), QStringLiteral("-c:v"),
+                      {QStringLiteral("-loglevel"), QStringLiteral("error"), QStringLiteral("-ss"),
+                       QString::number(state.range(0) / 1000.0), QStringLiteral("-i"), file,
+                       QStringLiteral("-frames:v"), QStringLiteral("1"), QStringLiteral("-s"), QStringLiteral("160x90"),
+                       QStringLiteral("-f"), QStringLiteral("image2pipe"), QStringLiteral("-c:v"),
                        QStringLiteral("bmp"), QStringLiteral("-")});
         process.waitForFinished(60000);
         image = QImage::fromData(process.readAllStandardOutput(), "BMP");

@@ -121,7 +121,8 @@ void BM_StdFilesystemWalk(benchmark::State& state)
             if (suffix.empty())
                 continue;
             suffix.erase(0, 1);
-            std::transform(suffix.begin(), suffix.end(), suffix.begin(), [](unsigned char ch) { return std::tolower(ch); });
+            std::transform(suffix.begin(), suffix.end(), suffix.begin(),
+                           [](unsigned char ch) { return std::tolower(ch); });
             if (suffixes.count(suffix))
                 files.push_back(entry.path().string());
         }

@@ -76,8 +76,7 @@ void appendAll(Area& area, const QList<QGraphicsItem*>& items, int placeholderEv
 
 struct MagneticWorld
 {
-    explicit MagneticWorld(int n)
-        : items(n)
+    explicit MagneticWorld(int n) : items(n)
     {
         appendAll(line, items.all, 97);
         appendAll(reference, items.all, 97);
@@ -98,8 +97,7 @@ struct MagneticPair : MagneticWorld
 template <typename Line>
 struct FreeWorld
 {
-    explicit FreeWorld(int n)
-        : items(n)
+    explicit FreeWorld(int n) : items(n)
     {
         std::mt19937 random(7);
         std::vector<double> xs(static_cast<size_t>(n));
@@ -118,8 +116,7 @@ struct FreeWorld
 
 struct GridWorld
 {
-    explicit GridWorld(int n)
-        : items(n)
+    explicit GridWorld(int n) : items(n)
     {
         grid.setWidth(4000);
         grid.setSpacing(QPointF(4, 4));
@@ -289,10 +286,7 @@ void BM_GridDragStep(benchmark::State& state)
 
 using Clock = std::chrono::steady_clock;
 
-double secondsSince(Clock::time_point start)
-{
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
+double secondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
 
 // Times the same random drops on the magnetic line and on the reference, and checks that
 // every answer is identical (a tenth of the drops land exactly on an item's edge).

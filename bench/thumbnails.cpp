@@ -43,7 +43,7 @@ const QString& picturePath(const char* format)
         QRandomGenerator random(7);
         for (int i = 0; i < 4000; ++i)
             painter.fillRect(int(random.bounded(1920)), int(random.bounded(1080)), 12, 12,
-                QColor::fromRgb(random.generate()));
+                             QColor::fromRgb(random.generate()));
         painter.end();
         path = dir.filePath(QString::fromLatin1("picture.") + QString::fromLatin1(format));
         image.save(path, nullptr, 90);
@@ -51,10 +51,7 @@ const QString& picturePath(const char* format)
     return path;
 }
 
-const char* formatOf(const benchmark::State& state)
-{
-    return state.range(0) == 0 ? "jpg" : "png";
-}
+const char* formatOf(const benchmark::State& state) { return state.range(0) == 0 ? "jpg" : "png"; }
 
 // The baseline: what a program without the service does for each thumbnail.
 void DirectDecodeAndScale(benchmark::State& state)
@@ -63,8 +60,8 @@ void DirectDecodeAndScale(benchmark::State& state)
     for (auto _ : state) {
         for (int i = 0; i < Thumbnails; ++i) {
             QImageReader reader(path);
-            const QImage thumbnail = reader.read().scaled(
-                ThumbnailSize, Qt::KeepAspectRatioByExpanding, Qt::SmoothTransformation);
+            const QImage thumbnail =
+                reader.read().scaled(ThumbnailSize, Qt::KeepAspectRatioByExpanding, Qt::SmoothTransformation);
             benchmark::DoNotOptimize(thumbnail.constBits());
         }
     }
@@ -73,7 +70,8 @@ void DirectDecodeAndScale(benchmark::State& state)
 
 // The requester asks for `times(i)` for i in 0..99, at the size `sizes(i)`, and waits for
 // the last frame.
-template <class Times, class Sizes> void Requester(benchmark::State& state, Times times, Sizes sizes)
+template <class Times, class Sizes>
+void Requester(benchmark::State& state, Times times, Sizes sizes)
 {
     const QString path = picturePath(formatOf(state));
     Model::Host host;
@@ -89,11 +87,10 @@ template <class Times, class Sizes> void Requester(benchmark::State& state, Time
         host.setThumbnailProvider(service);
         Util::ThumbnailRequester requester(resource, nullptr);
         int received = 0;
-        QObject::connect(
-            &requester, &Util::ThumbnailRequester::thumbnailReady, [&](Types::Time, const QPixmap& frame) {
-                ++received;
-                benchmark::DoNotOptimize(frame.cacheKey());
-            });
+        QObject::connect(&requester, &Util::ThumbnailRequester::thumbnailReady, [&](Types::Time, const QPixmap& frame) {
+            ++received;
+            benchmark::DoNotOptimize(frame.cacheKey());
+        });
         state.ResumeTiming();
 
         for (int i = 0; i < requested.size(); ++i) {
@@ -111,10 +108,7 @@ template <class Times, class Sizes> void Requester(benchmark::State& state, Time
     state.counters["decodes"] = benchmark::Counter(decodes, benchmark::Counter::kAvgIterations);
 }
 
-QSize sameSize(int)
-{
-    return ThumbnailSize;
-}
+QSize sameSize(int) { return ThumbnailSize; }
 
 void RequesterSeveralTimes(benchmark::State& state)
 {

@@ -92,7 +92,8 @@ int main(int argc, char** argv)
                      [](double h) { print(QStringLiteral("  (grid height is now %1)").arg(h)); });
 
     const std::vector<Lane> lanes{
-        {&magnetic, QStringLiteral("magnetic line"), makeLane(scene, QStringLiteral("magnetic line"), {10, 0, 580, 50})},
+        {&magnetic, QStringLiteral("magnetic line"),
+         makeLane(scene, QStringLiteral("magnetic line"), {10, 0, 580, 50})},
         {&freeLine, QStringLiteral("free line"), makeLane(scene, QStringLiteral("free line"), {10, 80, 580, 50})},
         {&grid, QStringLiteral("grid"), makeLane(scene, QStringLiteral("grid"), {10, 160, 580, 200})}};
 
@@ -105,7 +106,8 @@ int main(int argc, char** argv)
 
     print(QStringLiteral("EditorUtil %1 sticky layout demo").arg(EditorUtil::version()));
     for (size_t slot = 0; slot < lanes.size(); ++slot)
-        print(QStringLiteral("slot %1: %2, origin %3").arg(slot).arg(lanes[slot].name, text(lanes[slot].area->origin())));
+        print(
+            QStringLiteral("slot %1: %2, origin %3").arg(slot).arg(lanes[slot].name, text(lanes[slot].area->origin())));
 
     struct Drop
     {
@@ -175,7 +177,10 @@ int main(int argc, char** argv)
 
     print(QStringLiteral("final positions:"));
     for (const Lane& lane : lanes) {
-        print(QStringLiteral("  %1 (%2 items, height %3):").arg(lane.name).arg(lane.area->count()).arg(lane.area->height()));
+        print(QStringLiteral("  %1 (%2 items, height %3):")
+                  .arg(lane.name)
+                  .arg(lane.area->count())
+                  .arg(lane.area->height()));
         for (auto it = static_cast<const StickyArea*>(lane.area)->begin();
              it != static_cast<const StickyArea*>(lane.area)->end(); ++it) {
             const QGraphicsItem* item = *it;

@@ -28,23 +28,24 @@ std::string ordered(MediaEngine::ExtensionGroup group, const QStringList& famili
     return result.join(QLatin1Char(';')).toStdString();
 }
 
-QStringList split(const char* list)
-{
-    return QString::fromLatin1(list).split(QLatin1Char(';'));
-}
+QStringList split(const char* list) { return QString::fromLatin1(list).split(QLatin1Char(';')); }
 
 std::string engineExtensions(MediaEngine::ExtensionGroup group)
 {
-    static const std::string video = ordered(MediaEngine::ExtensionGroup::Video,
-        split("mp4;m4v;mov;avi;mkv;webm;wmv;asf;flv;f4v;mpg;mpeg;mpe;m2v;ts;mts;m2ts;3gp;3g2;ogv;mxf;dv"));
+    static const std::string video =
+        ordered(MediaEngine::ExtensionGroup::Video,
+                split("mp4;m4v;mov;avi;mkv;webm;wmv;asf;flv;f4v;mpg;mpeg;mpe;m2v;ts;mts;m2ts;3gp;3g2;ogv;mxf;dv"));
     static const std::string audio = ordered(MediaEngine::ExtensionGroup::Audio,
-        split("mp3;wav;aac;m4a;flac;ogg;oga;opus;wma;aif;aiff;ac3;mka;amr"));
+                                             split("mp3;wav;aac;m4a;flac;ogg;oga;opus;wma;aif;aiff;ac3;mka;amr"));
     static const std::string images =
         ordered(MediaEngine::ExtensionGroup::Image, split("jpg;jpeg;png;bmp;gif;tif;tiff;webp"));
     switch (group) {
-    case MediaEngine::ExtensionGroup::Video: return video;
-    case MediaEngine::ExtensionGroup::Audio: return audio;
-    case MediaEngine::ExtensionGroup::Image: return images;
+    case MediaEngine::ExtensionGroup::Video:
+        return video;
+    case MediaEngine::ExtensionGroup::Audio:
+        return audio;
+    case MediaEngine::ExtensionGroup::Image:
+        return images;
     }
     return {};
 }
@@ -71,26 +72,40 @@ std::string GetSupportedFormatExtensions(int group)
 std::string GetFormatExtentionTip(int group)
 {
     switch (group) {
-    case IFormatFile::GROUP_ALL_VIDEO: return "Video Files";
-    case IFormatFile::GROUP_ALL_AUDIO: return "Audio Files";
-    case IFormatFile::GROUP_ALL_IMAGES: return "Image Files";
-    case IFormatFile::GROUP_ALL_FILES: return "All Files";
-    case IFormatFile::GROUP_DVD: return "DVD Files";
-    default: return {};
+    case IFormatFile::GROUP_ALL_VIDEO:
+        return "Video Files";
+    case IFormatFile::GROUP_ALL_AUDIO:
+        return "Audio Files";
+    case IFormatFile::GROUP_ALL_IMAGES:
+        return "Image Files";
+    case IFormatFile::GROUP_ALL_FILES:
+        return "All Files";
+    case IFormatFile::GROUP_DVD:
+        return "DVD Files";
+    default:
+        return {};
     }
 }
 
 std::string GetChannelLayoutName(ChannelLayout layout)
 {
     switch (layout) {
-    case ChannelLayout::Mono: return "Mono";
-    case ChannelLayout::Stereo: return "Stereo";
-    case ChannelLayout::Surround21: return "2.1";
-    case ChannelLayout::Quad: return "Quad";
-    case ChannelLayout::Surround50: return "5.0";
-    case ChannelLayout::Surround51: return "5.1";
-    case ChannelLayout::Surround71: return "7.1";
-    case ChannelLayout::Unknown: break;
+    case ChannelLayout::Mono:
+        return "Mono";
+    case ChannelLayout::Stereo:
+        return "Stereo";
+    case ChannelLayout::Surround21:
+        return "2.1";
+    case ChannelLayout::Quad:
+        return "Quad";
+    case ChannelLayout::Surround50:
+        return "5.0";
+    case ChannelLayout::Surround51:
+        return "5.1";
+    case ChannelLayout::Surround71:
+        return "7.1";
+    case ChannelLayout::Unknown:
+        break;
     }
     return "Unknown";
 }
@@ -98,14 +113,22 @@ std::string GetChannelLayoutName(ChannelLayout layout)
 ChannelLayout ChannelLayoutFromCount(int channels)
 {
     switch (channels) {
-    case 1: return ChannelLayout::Mono;
-    case 2: return ChannelLayout::Stereo;
-    case 3: return ChannelLayout::Surround21;
-    case 4: return ChannelLayout::Quad;
-    case 5: return ChannelLayout::Surround50;
-    case 6: return ChannelLayout::Surround51;
-    case 8: return ChannelLayout::Surround71;
-    default: return ChannelLayout::Unknown;
+    case 1:
+        return ChannelLayout::Mono;
+    case 2:
+        return ChannelLayout::Stereo;
+    case 3:
+        return ChannelLayout::Surround21;
+    case 4:
+        return ChannelLayout::Quad;
+    case 5:
+        return ChannelLayout::Surround50;
+    case 6:
+        return ChannelLayout::Surround51;
+    case 8:
+        return ChannelLayout::Surround71;
+    default:
+        return ChannelLayout::Unknown;
     }
 }
 

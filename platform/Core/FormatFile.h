@@ -10,7 +10,8 @@ namespace Conf {
 class IFormatFile
 {
 public:
-    enum Group : int {
+    enum Group : int
+    {
         GROUP_ALL_VIDEO = 1,
         GROUP_ALL_AUDIO = 2,
         GROUP_ALL_IMAGES = 3,
@@ -29,7 +30,17 @@ std::string GetSupportedFormatExtensions(int group);
 std::string GetFormatExtentionTip(int group);
 
 // Speaker arrangement of an audio stream.
-enum class ChannelLayout : std::int32_t { Unknown, Mono, Stereo, Surround21, Quad, Surround50, Surround51, Surround71 };
+enum class ChannelLayout : std::int32_t
+{
+    Unknown,
+    Mono,
+    Stereo,
+    Surround21,
+    Quad,
+    Surround50,
+    Surround51,
+    Surround71
+};
 
 // Untranslated name of a layout ("Stereo", "5.1"); translate it in the "core" context.
 std::string GetChannelLayoutName(ChannelLayout layout);

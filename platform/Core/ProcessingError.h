@@ -12,9 +12,10 @@ namespace Proc {
 class ProcessingError : public std::runtime_error
 {
 public:
-    enum Code : std::int32_t {
+    enum Code : std::int32_t
+    {
         NoError = 0,
-        InvalidPresetCodec = 6,       // the preset's codec does not fit its container
+        InvalidPresetCodec = 6, // the preset's codec does not fit its container
         // Also a file that holds no video or audio stream.
         InternalError = 8,
         VideoCodecUnavailable = 10,

@@ -39,25 +39,13 @@ const std::string& Property::GetString() const
     return m_type == Type::String ? m_string : empty;
 }
 
-void Property::SetBool(bool value)
-{
-    *this = MakeBool(std::move(m_name), value);
-}
+void Property::SetBool(bool value) { *this = MakeBool(std::move(m_name), value); }
 
-void Property::SetInt(std::int64_t value)
-{
-    *this = MakeInt(std::move(m_name), value);
-}
+void Property::SetInt(std::int64_t value) { *this = MakeInt(std::move(m_name), value); }
 
-void Property::SetDouble(double value)
-{
-    *this = MakeDouble(std::move(m_name), value);
-}
+void Property::SetDouble(double value) { *this = MakeDouble(std::move(m_name), value); }
 
-void Property::SetString(std::string value)
-{
-    *this = MakeString(std::move(m_name), std::move(value));
-}
+void Property::SetString(std::string value) { *this = MakeString(std::move(m_name), std::move(value)); }
 
 Property& Property::Append(Property child)
 {
@@ -81,8 +69,8 @@ const Property* Property::Find(const std::string& name) const
 
 bool Property::operator==(const Property& other) const
 {
-    return m_name == other.m_name && m_type == other.m_type && m_int == other.m_int
-        && m_double == other.m_double && m_string == other.m_string && m_children == other.m_children;
+    return m_name == other.m_name && m_type == other.m_type && m_int == other.m_int && m_double == other.m_double
+           && m_string == other.m_string && m_children == other.m_children;
 }
 
 } // namespace Core

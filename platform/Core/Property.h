@@ -13,7 +13,16 @@ namespace Core {
 class Property
 {
 public:
-    enum class Type : std::uint8_t { Null, Bool, Int, Double, String, Array, Object };
+    enum class Type : std::uint8_t
+    {
+        Null,
+        Bool,
+        Int,
+        Double,
+        String,
+        Array,
+        Object
+    };
 
     Property() = default;
     explicit Property(std::string name, Type type = Type::Null);

@@ -27,13 +27,20 @@ constexpr int kMaxDepth = 64;
 char tagOf(Property::Type type)
 {
     switch (type) {
-    case Property::Type::Null: return 'N';
-    case Property::Type::Bool: return 'B';
-    case Property::Type::Int: return 'I';
-    case Property::Type::Double: return 'D';
-    case Property::Type::String: return 'S';
-    case Property::Type::Array: return 'A';
-    case Property::Type::Object: return 'O';
+    case Property::Type::Null:
+        return 'N';
+    case Property::Type::Bool:
+        return 'B';
+    case Property::Type::Int:
+        return 'I';
+    case Property::Type::Double:
+        return 'D';
+    case Property::Type::String:
+        return 'S';
+    case Property::Type::Array:
+        return 'A';
+    case Property::Type::Object:
+        return 'O';
     }
     return 'N';
 }
@@ -253,8 +260,8 @@ bool PropertySerializer::Deserialize(Property& property, DataInput& input)
     Reader reader(std::move(text));
     Property result;
     if (!reader.readDocument(result)) {
-        LOG(ERROR) << "PropertySerializer::Deserialize: corrupted property data (" << reader.error()
-                   << " at byte " << reader.position() << ")";
+        LOG(ERROR) << "PropertySerializer::Deserialize: corrupted property data (" << reader.error() << " at byte "
+                   << reader.position() << ")";
         property = Property();
         return false;
     }

@@ -13,17 +13,19 @@ namespace {
 QMessageBox::Icon iconOf(int level)
 {
     switch (level) {
-    case AlertBox::LevelInformation: return QMessageBox::Information;
-    case AlertBox::LevelQuestion: return QMessageBox::Question;
-    default: return QMessageBox::Warning;
+    case AlertBox::LevelInformation:
+        return QMessageBox::Information;
+    case AlertBox::LevelQuestion:
+        return QMessageBox::Question;
+    default:
+        return QMessageBox::Warning;
     }
 }
 } // namespace
 
 AlertBox::AlertBox(int level, const QString& title, const QString& text, QMessageBox::StandardButtons buttons,
                    QWidget* parent, Qt::WindowFlags flags)
-    : QMessageBox(iconOf(level), title, text, buttons, parent, flags)
-    , m_level(level)
+    : QMessageBox(iconOf(level), title, text, buttons, parent, flags), m_level(level)
 {
     if (level < LevelInformation || level > LevelQuestion) {
         LOG(ERROR) << "AlertBox: unknown level " << level << ", shown as a warning";

@@ -12,7 +12,12 @@ class AlertBox : public QMessageBox
 {
     Q_OBJECT
 public:
-    enum Level { LevelInformation = 0, LevelWarning = 1, LevelQuestion = 2 };
+    enum Level
+    {
+        LevelInformation = 0,
+        LevelWarning = 1,
+        LevelQuestion = 2
+    };
 
     // A level outside 0..2 is logged and shown as a warning.
     AlertBox(int level, const QString& title, const QString& text,

@@ -4,9 +4,7 @@
 
 #include <algorithm>
 
-ExclusiveService::ExclusiveService(QObject* parent)
-    : QObject(parent)
-{ }
+ExclusiveService::ExclusiveService(QObject* parent) : QObject(parent) {}
 
 ExclusiveService::~ExclusiveService()
 {
@@ -17,15 +15,9 @@ ExclusiveService::~ExclusiveService()
         client->m_service = nullptr;
 }
 
-ExclusiveClient* ExclusiveService::holder() const
-{
-    return m_holder;
-}
+ExclusiveClient* ExclusiveService::holder() const { return m_holder; }
 
-bool ExclusiveService::isFree() const
-{
-    return m_holder == nullptr;
-}
+bool ExclusiveService::isFree() const { return m_holder == nullptr; }
 
 QList<ExclusiveClient*> ExclusiveService::clients() const
 {
@@ -99,11 +91,7 @@ void ExclusiveService::release(ExclusiveClient* client)
         emit freed();
 }
 
-ExclusiveClient::ExclusiveClient(ExclusiveService* service, QObject* parent)
-    : QObject(parent)
-{
-    setService(service);
-}
+ExclusiveClient::ExclusiveClient(ExclusiveService* service, QObject* parent) : QObject(parent) { setService(service); }
 
 ExclusiveClient::~ExclusiveClient()
 {
@@ -112,10 +100,7 @@ ExclusiveClient::~ExclusiveClient()
         m_service->detach(this);
 }
 
-ExclusiveService* ExclusiveClient::service() const
-{
-    return m_service;
-}
+ExclusiveService* ExclusiveClient::service() const { return m_service; }
 
 void ExclusiveClient::setService(ExclusiveService* service)
 {
@@ -128,10 +113,7 @@ void ExclusiveClient::setService(ExclusiveService* service)
         m_service->attach(this);
 }
 
-bool ExclusiveClient::isInUse() const
-{
-    return m_inUse && m_service;
-}
+bool ExclusiveClient::isInUse() const { return m_inUse && m_service; }
 
 bool ExclusiveClient::acquire()
 {

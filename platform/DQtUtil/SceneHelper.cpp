@@ -22,27 +22,16 @@ protected:
 };
 
 SceneHelper::SceneHelper(QObject* parent)
-    : QObject(parent)
-    , m_scene(new Scene(this))
-    , m_service(new ExclusiveService(this))
-{ }
+    : QObject(parent), m_scene(new Scene(this)), m_service(new ExclusiveService(this))
+{}
 
 SceneHelper::~SceneHelper() = default;
 
-QGraphicsScene* SceneHelper::scene() const
-{
-    return m_scene;
-}
+QGraphicsScene* SceneHelper::scene() const { return m_scene; }
 
-ExclusiveService* SceneHelper::service() const
-{
-    return m_service;
-}
+ExclusiveService* SceneHelper::service() const { return m_service; }
 
-QPixmap SceneHelper::sceneBackground() const
-{
-    return m_scene->background;
-}
+QPixmap SceneHelper::sceneBackground() const { return m_scene->background; }
 
 void SceneHelper::setSceneBackground(const QPixmap& pixmap)
 {

@@ -85,7 +85,8 @@ public:
     // Adds a key, replacing one at the same time.
     Item& setKey(Types::Time time, const ValueType& value)
     {
-        auto it = std::lower_bound(m_keys.begin(), m_keys.end(), time, [](const Key& k, Types::Time t) { return k.time < t; });
+        auto it = std::lower_bound(m_keys.begin(), m_keys.end(), time,
+                                   [](const Key& k, Types::Time t) { return k.time < t; });
         if (it != m_keys.end() && it->time == time)
             it->value = value;
         else
@@ -101,7 +102,8 @@ public:
             return m_keys.front().value;
         if (time >= m_keys.back().time)
             return m_keys.back().value;
-        const auto next = std::upper_bound(m_keys.begin(), m_keys.end(), time, [](Types::Time t, const Key& k) { return t < k.time; });
+        const auto next = std::upper_bound(m_keys.begin(), m_keys.end(), time,
+                                           [](Types::Time t, const Key& k) { return t < k.time; });
         const auto prev = next - 1;
         const double t = double(time - prev->time) / double(next->time - prev->time);
         return Interpolator()(prev->value, next->value, t);

@@ -15,7 +15,15 @@ class Worker;
 class Object : public virtual PubSub::Object
 {
 public:
-    enum Mode { None = 0, ClipSettings = 1, OverlaySettings = 2, TransitionSettings = 3, AnimationSettings = 4, SceneEditing = 5 };
+    enum Mode
+    {
+        None = 0,
+        ClipSettings = 1,
+        OverlaySettings = 2,
+        TransitionSettings = 3,
+        AnimationSettings = 4,
+        SceneEditing = 5
+    };
 
     // True while a session edits a clip.
     bool canEdit() const noexcept { return active && clip != nullptr; }

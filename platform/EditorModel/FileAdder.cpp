@@ -127,9 +127,9 @@ AddedResult addMediaFiles(const QStringList& paths, Asrc origin, const Context& 
         Timeline::Clip clip(type, file, 0);
         clip.setName(Types::String(QFileInfo(path).fileName()));
         const Timeline::Clip* record = host->addClip(std::move(clip));
-        const Timeline::Track* track = context.track ? context.track
-            : type == Timeline::Clip::Audio             ? audioTrackOf(timeline)
-                                                        : timeline.primaryTrack();
+        const Timeline::Track* track = context.track                   ? context.track
+                                       : type == Timeline::Clip::Audio ? audioTrackOf(timeline)
+                                                                       : timeline.primaryTrack();
         placements.push_back(Placement{record, track});
         result.clips.push_back(record);
     }

@@ -15,7 +15,8 @@
 namespace FileAdder {
 
 // Where the files come from.
-enum Asrc : int {
+enum Asrc : int
+{
     Unknown = 0,
     DragAndDrop = 1,
     ImportPanel = 2,
@@ -34,8 +35,7 @@ public:
     explicit Context(const Timeline::Object* timeline, Types::Time position = -1,
                      const Timeline::Track* track = nullptr)
         : timeline(timeline), position(position), track(track)
-    {
-    }
+    {}
 
     const Timeline::Object* timeline;
     Types::Time position;

@@ -104,10 +104,7 @@ Host::~Host()
         g_instance = nullptr;
 }
 
-Host* Host::instance()
-{
-    return g_instance;
-}
+Host* Host::instance() { return g_instance; }
 
 const Timeline::Object* Host::addTimeline(const Types::String& name)
 {
@@ -123,10 +120,7 @@ const Timeline::Clip* Host::addClip(Timeline::Clip clip)
 
 // --- edit sessions --------------------------------------------------------------------------------
 
-Editor::Worker* Host::worker() const
-{
-    return m_editor ? m_editor->worker : nullptr;
-}
+Editor::Worker* Host::worker() const { return m_editor ? m_editor->worker : nullptr; }
 
 bool Host::beginSession(const Timeline::Object* timeline, const Timeline::Clip* clip, Editor::Object::Mode mode)
 {
@@ -228,7 +222,8 @@ bool Host::setPlaybackPosition(Types::Time position)
 
 bool Host::setPlaybackUnavailable(bool unavailable)
 {
-    return editPlaybackState("setPlaybackUnavailable", [unavailable](Playback::State& state) { state.unavailable = unavailable; });
+    return editPlaybackState("setPlaybackUnavailable",
+                             [unavailable](Playback::State& state) { state.unavailable = unavailable; });
 }
 
 void Host::notify(const Playback::FrameSeekRequest& r)
@@ -242,10 +237,7 @@ void Host::notify(const Playback::FrameSeekRequest& r)
 
 // --- media files ----------------------------------------------------------------------------------
 
-void Host::setOpener(std::shared_ptr<Media::Opener> opener)
-{
-    m_opener = std::move(opener);
-}
+void Host::setOpener(std::shared_ptr<Media::Opener> opener) { m_opener = std::move(opener); }
 
 const Media::File* Host::addFile(const Types::String& path)
 {
@@ -433,10 +425,7 @@ void Host::announceBatches()
 
 // --- thumbnails -----------------------------------------------------------------------------------
 
-void Host::setThumbnailProvider(std::shared_ptr<Thumbnail::Provider> provider)
-{
-    m_thumbnails = std::move(provider);
-}
+void Host::setThumbnailProvider(std::shared_ptr<Thumbnail::Provider> provider) { m_thumbnails = std::move(provider); }
 
 bool Host::answerThumbnail(const Thumbnail::Object* thumbnail, const QImage& image)
 {
@@ -458,7 +447,7 @@ void Host::setTimelineRequestHandler(std::shared_ptr<TimelineRequestHandler> han
 }
 
 #define EDITORMODEL_FORWARD(Request, operation)                                                                        \
-    void Host::notify(const Timeline::Request& r)                                                                     \
+    void Host::notify(const Timeline::Request& r)                                                                      \
     {                                                                                                                  \
         if (m_requests)                                                                                                \
             m_requests->operation(r);                                                                                  \

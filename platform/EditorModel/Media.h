@@ -144,8 +144,7 @@ class FileOpenFailedNotification : public PubSub::Details::MessageBase
 public:
     FileOpenFailedNotification(const File* file, std::vector<OpenError> errors)
         : MessageBase(file), file(file), errors(std::move(errors))
-    {
-    }
+    {}
     const File* file;
     std::vector<OpenError> errors;
 };

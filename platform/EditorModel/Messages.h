@@ -51,8 +51,7 @@ public:
     // pointer is never converted, only compared).
     Change(const T* object, T* requested, const PubSub::Object* source)
         : MessageBase(source), m_object(object), m_requested(requested)
-    {
-    }
+    {}
     const T* object() const noexcept { return m_object; }
     T* requested() const noexcept { return m_requested; }
     // Set by the owner that applied the change; a change nobody applied was lost.

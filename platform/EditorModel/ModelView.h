@@ -27,13 +27,13 @@ class Edit
 public:
     Edit(View<T>* view, const T* object)
         : m_view(object ? view : nullptr), m_object(object), m_source(object), m_copy(object ? new T(*object) : new T())
-    {
-    }
+    {}
     Edit(Edit&& other) noexcept
-        : m_view(std::exchange(other.m_view, nullptr)), m_object(other.m_object), m_source(other.m_source),
+        : m_view(std::exchange(other.m_view, nullptr)),
+          m_object(other.m_object),
+          m_source(other.m_source),
           m_copy(std::move(other.m_copy))
-    {
-    }
+    {}
     Edit(const Edit&) = delete;
     Edit& operator=(const Edit&) = delete;
     Edit& operator=(Edit&&) = delete;
@@ -127,7 +127,8 @@ public:
     {
         const auto it = m_records.find(object);
         if (it == m_records.end() || it->second) {
-            LOG(ERROR) << "Model::View::forget: " << (it == m_records.end() ? "object not observed" : "object is owned");
+            LOG(ERROR) << "Model::View::forget: "
+                       << (it == m_records.end() ? "object not observed" : "object is owned");
             return false;
         }
         m_records.erase(it);
@@ -199,7 +200,8 @@ public:
         const Change message(object, &requested, source);
         this->publish(message);
         if (!message.applied())
-            LOG(ERROR) << "Model::View: the change of a " << typeid(T).name() << " reached no owner (removed or never added)";
+            LOG(ERROR) << "Model::View: the change of a " << typeid(T).name()
+                       << " reached no owner (removed or never added)";
         return message.applied();
     }
 

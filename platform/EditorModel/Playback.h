@@ -12,7 +12,12 @@ namespace Playback {
 // What the player is doing.
 struct State
 {
-    enum Code { Stopped = 0, Playing = 1, Paused = 2 };
+    enum Code
+    {
+        Stopped = 0,
+        Playing = 1,
+        Paused = 2
+    };
 
     Types::Time position = 0;
     int code = Stopped;
@@ -44,7 +49,9 @@ private:
 class FrameSeekRequest : public PubSub::Details::MessageBase
 {
 public:
-    FrameSeekRequest(const Object* playback, Types::Time position) : MessageBase(playback), playback(playback), position(position) {}
+    FrameSeekRequest(const Object* playback, Types::Time position)
+        : MessageBase(playback), playback(playback), position(position)
+    {}
     const Object* playback;
     Types::Time position;
 };
@@ -60,7 +67,10 @@ protected:
     virtual void positionChanged(const Object* /*object*/) {}
 
 private:
-    void recordChanged(const Object* object, const Object* previous) override { playbackChanged(object, previous, object); }
+    void recordChanged(const Object* object, const Object* previous) override
+    {
+        playbackChanged(object, previous, object);
+    }
 };
 
 } // namespace Playback

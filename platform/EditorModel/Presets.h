@@ -50,8 +50,7 @@ public:
     Object() = default;
     Object(std::string collectionId, std::string effectId)
         : m_collection(std::move(collectionId)), m_id(std::move(effectId))
-    {
-    }
+    {}
 
     const std::string& collectionId() const noexcept { return m_collection; }
     const std::string& id() const noexcept { return m_id; }
@@ -88,8 +87,7 @@ public:
     Object() = default;
     explicit Object(std::string id, Types::Time duration = Types::TimeUnitsPerSecond)
         : id(std::move(id)), duration(duration)
-    {
-    }
+    {}
     std::string id;
     Types::String name;
     Types::Time duration = Types::TimeUnitsPerSecond;

@@ -14,10 +14,7 @@
 
 namespace Types {
 
-std::ostream& operator<<(std::ostream& out, const String& text)
-{
-    return out << text.str();
-}
+std::ostream& operator<<(std::ostream& out, const String& text) { return out << text.str(); }
 
 } // namespace Types
 
@@ -83,15 +80,9 @@ const Stream* streamWithIndex(const std::vector<const Stream*>& streams, int ind
 }
 } // namespace
 
-const Video* File::videoStream(int index) const
-{
-    return streamWithIndex(m_videos, index);
-}
+const Video* File::videoStream(int index) const { return streamWithIndex(m_videos, index); }
 
-const Audio* File::audioStream(int index) const
-{
-    return streamWithIndex(m_audios, index);
-}
+const Audio* File::audioStream(int index) const { return streamWithIndex(m_audios, index); }
 
 } // namespace Media
 
@@ -130,20 +121,11 @@ const PubSub::Object* applicationObject()
 }
 } // namespace
 
-const PubSub::Object* Command::globalObject()
-{
-    return applicationObject<0>();
-}
+const PubSub::Object* Command::globalObject() { return applicationObject<0>(); }
 
-const PubSub::Object* Statistics::globalObject()
-{
-    return applicationObject<1>();
-}
+const PubSub::Object* Statistics::globalObject() { return applicationObject<1>(); }
 
-const PubSub::Object* AppEvents::globalObject()
-{
-    return applicationObject<2>();
-}
+const PubSub::Object* AppEvents::globalObject() { return applicationObject<2>(); }
 
 namespace Editor {
 

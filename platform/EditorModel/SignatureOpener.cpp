@@ -2,9 +2,9 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QFutureInterface>
 #include <QFutureWatcher>
 #include <QImageReader>
-#include <QFutureInterface>
 #include <QtEndian>
 
 #include <glog/logging.h>
@@ -82,15 +82,15 @@ bool isoBoxesFit(QFile& file)
 OpenResult failure(const QString& path, const char* why)
 {
     OpenResult result;
-    result.errors.push_back(OpenError{SignatureOpener::CorruptOrMissingCode,
-                                      std::string(why) + ": " + path.toStdString()});
+    result.errors.push_back(
+        OpenError{SignatureOpener::CorruptOrMissingCode, std::string(why) + ": " + path.toStdString()});
     return result;
 }
 
 bool isAudioContainer(const QString& container)
 {
     static const QStringList audio{QStringLiteral("wave"), QStringLiteral("aiff"), QStringLiteral("mp3"),
-                                   QStringLiteral("flac"), QStringLiteral("ogg"), QStringLiteral("aac")};
+                                   QStringLiteral("flac"), QStringLiteral("ogg"),  QStringLiteral("aac")};
     return audio.contains(container);
 }
 
@@ -194,9 +194,7 @@ OpenResult SignatureOpener::probe(const QString& path)
     return result;
 }
 
-SignatureOpener::SignatureOpener() : m_context(std::make_unique<QObject>())
-{
-}
+SignatureOpener::SignatureOpener() : m_context(std::make_unique<QObject>()) {}
 
 SignatureOpener::~SignatureOpener()
 {
@@ -227,10 +225,7 @@ void SignatureOpener::open(const Types::String& path, Done done)
     });
 }
 
-int SignatureOpener::maxThreadCount() const
-{
-    return m_pool.maxThreadCount();
-}
+int SignatureOpener::maxThreadCount() const { return m_pool.maxThreadCount(); }
 
 void SignatureOpener::setMaxThreadCount(int count)
 {

@@ -23,8 +23,8 @@ QImage fitFrame(const QImage& frame, QSize size, int resizeMode, QColor padding)
         return frame.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     if (resizeMode == Qt::KeepAspectRatioByExpanding) {
         const QImage scaled = frame.scaled(size, Qt::KeepAspectRatioByExpanding, Qt::SmoothTransformation);
-        return scaled.copy((scaled.width() - size.width()) / 2, (scaled.height() - size.height()) / 2,
-            size.width(), size.height());
+        return scaled.copy((scaled.width() - size.width()) / 2, (scaled.height() - size.height()) / 2, size.width(),
+                           size.height());
     }
     const QImage scaled = frame.scaled(size, Qt::KeepAspectRatio, Qt::SmoothTransformation);
     if (padding.alpha() == 0 || scaled.size() == size)
@@ -89,9 +89,7 @@ struct StillImageProvider::Channel
 };
 
 StillImageProvider::StillImageProvider(Model::Host& host, qint64 cacheBytes)
-    : m_host(&host)
-    , m_channel(std::make_shared<Channel>())
-    , m_cache(int(qBound<qint64>(1, cacheBytes / 1024, INT_MAX)))
+    : m_host(&host), m_channel(std::make_shared<Channel>()), m_cache(int(qBound<qint64>(1, cacheBytes / 1024, INT_MAX)))
 {
     m_channel->receiver = &m_context;
 }
@@ -106,15 +104,9 @@ StillImageProvider::~StillImageProvider()
     m_pool.waitForDone();
 }
 
-int StillImageProvider::pendingCount() const
-{
-    return int(m_pending.size());
-}
+int StillImageProvider::pendingCount() const { return int(m_pending.size()); }
 
-int StillImageProvider::decodeCount() const
-{
-    return m_decodes;
-}
+int StillImageProvider::decodeCount() const { return m_decodes; }
 
 void StillImageProvider::request(const Object* thumbnail)
 {

@@ -63,10 +63,10 @@ private:
     QObject m_context; // queued work for this provider dies with it
     QThreadPool m_pool;
     QCache<Key, QImage> m_cache;
-    std::unordered_map<const Object*, Key> m_pending; // record -> what it waits for
+    std::unordered_map<const Object*, Key> m_pending;               // record -> what it waits for
     std::unordered_map<Key, std::vector<const Object*>> m_decoding; // decode -> records waiting
-    std::deque<const Object*> m_order; // records in request order
-    std::unordered_map<const Object*, QImage> m_ready; // frames not handed over yet
+    std::deque<const Object*> m_order;                              // records in request order
+    std::unordered_map<const Object*, QImage> m_ready;              // frames not handed over yet
     bool m_flushQueued = false;
     int m_decodes = 0;
 };

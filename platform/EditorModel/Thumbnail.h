@@ -12,7 +12,12 @@
 namespace Resource {
 
 // Kind of stream a resource identifier names.
-enum Type { Unknown = 0, Video = 1, Audio = 2 };
+enum Type
+{
+    Unknown = 0,
+    Video = 1,
+    Audio = 2
+};
 
 // A resource identifier: a text key ("<path>:v:<index>") and the kind of stream.
 using Id = std::tuple<std::string, Type>;
@@ -116,7 +121,13 @@ namespace Task {
 class Object : public virtual PubSub::Object
 {
 public:
-    enum State { Waiting = 0, Running = 1, Finished = 2, Failed = 3 };
+    enum State
+    {
+        Waiting = 0,
+        Running = 1,
+        Finished = 2,
+        Failed = 3
+    };
     Types::String title;
     double progress = 0; // 0 to 1
     State state = Waiting;

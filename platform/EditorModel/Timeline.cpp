@@ -17,7 +17,8 @@ std::vector<const Effect::Object*> Clip::effects() const
 
 const Effect::Object* Clip::findEffect(const std::string& id) const
 {
-    const auto it = std::find_if(m_effects.begin(), m_effects.end(), [&id](const Effect::Object& e) { return e.id() == id; });
+    const auto it =
+        std::find_if(m_effects.begin(), m_effects.end(), [&id](const Effect::Object& e) { return e.id() == id; });
     return it == m_effects.end() ? nullptr : &*it;
 }
 
@@ -27,7 +28,8 @@ Clip& Clip::replaceEffect(const Effect::Object* effect)
         LOG(ERROR) << "Timeline::Clip::replaceEffect: null effect";
         return *this;
     }
-    const auto it = std::find_if(m_effects.begin(), m_effects.end(), [effect](const Effect::Object& e) { return e.id() == effect->id(); });
+    const auto it = std::find_if(m_effects.begin(), m_effects.end(),
+                                 [effect](const Effect::Object& e) { return e.id() == effect->id(); });
     if (it == m_effects.end())
         m_effects.push_back(*effect);
     else
@@ -95,10 +97,7 @@ std::set<const Clip*> Object::clipsByType(int type) const
     return result;
 }
 
-bool Object::contains(const Clip* clip) const
-{
-    return find(clip) != nullptr;
-}
+bool Object::contains(const Clip* clip) const { return find(clip) != nullptr; }
 
 const ClipTiming& Object::clipTiming(const Clip* clip) const
 {
@@ -115,10 +114,7 @@ Types::Time Object::duration() const
     return end;
 }
 
-bool Object::isSlave(const Clip* clip) const
-{
-    return m_links.count(clip) != 0;
-}
+bool Object::isSlave(const Clip* clip) const { return m_links.count(clip) != 0; }
 
 const Clip* Object::masterOf(const Clip* clip) const
 {

@@ -24,7 +24,14 @@ class Object;
 class Track : public virtual PubSub::Object
 {
 public:
-    enum Kind { Video = 0, Title = 1, ExtraVideo = 2, NativeAudio = 3, Audio = 4 };
+    enum Kind
+    {
+        Video = 0,
+        Title = 1,
+        ExtraVideo = 2,
+        NativeAudio = 3,
+        Audio = 4
+    };
 
     Track() = default;
     explicit Track(Kind kind, Types::String name = {}) : m_kind(kind), m_name(std::move(name)) {}
@@ -45,8 +52,7 @@ public:
     ClipTiming() = default;
     ClipTiming(const Track* track, Types::Time position, Types::Time length, Types::Time offset = 0)
         : track(track), position(position), length(length), offset(offset)
-    {
-    }
+    {}
 
     Types::Time start() const noexcept { return position; }
     Types::Time end() const noexcept { return position + length; }
@@ -91,7 +97,8 @@ public:
 class Clip : public virtual PubSub::Object
 {
 public:
-    enum Type {
+    enum Type
+    {
         Unknown = 0,
         Video = 1,
         Audio = 2,
@@ -111,8 +118,7 @@ public:
     Clip() = default;
     explicit Clip(Type type, const Media::File* file = nullptr, int streamIndex = -1)
         : m_type(type), m_file(file), m_stream(streamIndex)
-    {
-    }
+    {}
     Clip(const Clip&) = default;
     Clip(Clip&&) = default;
     Clip& operator=(const Clip&) = default;
@@ -200,7 +206,11 @@ class Object : public virtual PubSub::Object
 {
 public:
     // Whether a timeline is a project's own or one nested in another as a clip.
-    enum Scope { Project = 0, Nested = 1 };
+    enum Scope
+    {
+        Project = 0,
+        Nested = 1
+    };
 
     // A timeline with its four standard tracks: video, title, extra video, native audio.
     Object();

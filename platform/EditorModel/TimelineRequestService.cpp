@@ -34,19 +34,14 @@ bool checkClip(const Timeline::Object* timeline, const Timeline::Clip* clip, con
 
 } // namespace
 
-TimelineRequestService::TimelineRequestService(Host& host) : m_host(host)
-{
-}
+TimelineRequestService::TimelineRequestService(Host& host) : m_host(host) {}
 
 TimelineRequestService::~TimelineRequestService() = default;
 
-Types::String TimelineRequestService::introName()
-{
-    return Translator::translate("Intro");
-}
+Types::String TimelineRequestService::introName() { return Translator::translate("Intro"); }
 
-void TimelineRequestService::shiftTrack(Timeline::Object& timeline, const Timeline::Track* track,
-                                        Types::Time position, Types::Time by, const Timeline::Clip* except)
+void TimelineRequestService::shiftTrack(Timeline::Object& timeline, const Timeline::Track* track, Types::Time position,
+                                        Types::Time by, const Timeline::Clip* except)
 {
     for (const Timeline::Clip* clip : timeline.clipsOnTrack(track)) {
         if (clip == except)
@@ -110,8 +105,8 @@ void TimelineRequestService::timelineFileAdd(const Timeline::TimelineFileAddRequ
     const Timeline::Clip* titleClip = m_host.addClip(std::move(title));
     {
         Edit<Timeline::Object> edit(&m_timelines, nested);
-        edit->addClip(titleClip, Timeline::ClipTiming(nested->primaryTrack(), 0,
-                                                      Timeline::Clip::DEFAULT_TITLE_CLIP_DURATION));
+        edit->addClip(titleClip,
+                      Timeline::ClipTiming(nested->primaryTrack(), 0, Timeline::Clip::DEFAULT_TITLE_CLIP_DURATION));
     }
 
     Timeline::Clip intro(Timeline::Clip::Nested);
@@ -165,7 +160,8 @@ void TimelineRequestService::quizAdd(const Timeline::QuizAddRequest& r)
     clip.setQuiz(std::shared_ptr<const Quiz::Preset>(std::move(preset)));
     const Timeline::Clip* record = m_host.addClip(std::move(clip));
     Edit<Timeline::Object> edit(&m_timelines, r.timeline);
-    edit->addClip(record, Timeline::ClipTiming(edit->titleTrack(), position, Timeline::Clip::DEFAULT_QUIZ_CLIP_DURATION));
+    edit->addClip(record,
+                  Timeline::ClipTiming(edit->titleTrack(), position, Timeline::Clip::DEFAULT_QUIZ_CLIP_DURATION));
 }
 
 void TimelineRequestService::split(const Timeline::SplitRequest& r)
@@ -227,8 +223,8 @@ void TimelineRequestService::freezeFrame(const Timeline::FreezeFrameRequest& r)
     }
     const Types::Time elapsed = r.position - timing.start();
     const Types::Time mediaAt = timing.reversed
-        ? timing.offset + Types::Time(double(timing.length - elapsed) * timing.speed + 0.5)
-        : timing.offset + Types::Time(double(elapsed) * timing.speed + 0.5);
+                                    ? timing.offset + Types::Time(double(timing.length - elapsed) * timing.speed + 0.5)
+                                    : timing.offset + Types::Time(double(elapsed) * timing.speed + 0.5);
 
     Timeline::Clip still(Timeline::Clip::Image, r.clip->file(), r.clip->streamIndex());
     still.setName(r.clip->name());

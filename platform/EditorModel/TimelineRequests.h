@@ -29,8 +29,7 @@ public:
     FileAddRequest(const Object* timeline, std::vector<Types::String> paths, Types::Time position = -1,
                    const Track* track = nullptr)
         : Request(timeline), paths(std::move(paths)), position(position), track(track)
-    {
-    }
+    {}
     std::vector<Types::String> paths;
     Types::Time position;
     const Track* track;
@@ -43,8 +42,7 @@ class TimelineFileAddRequest : public Request
 public:
     TimelineFileAddRequest(const Object* timeline, Types::String first, Types::String second)
         : Request(timeline), first(std::move(first)), second(std::move(second))
-    {
-    }
+    {}
     Types::String first;
     Types::String second;
 };
@@ -56,8 +54,7 @@ public:
     OverlayAddRequest(const Object* timeline, std::unique_ptr<Overlay::Preset> preset, const Track* track,
                       const Clip* target, Types::Time position = -1)
         : Request(timeline), preset(std::move(preset)), track(track), target(target), position(position)
-    {
-    }
+    {}
     Model::Handover<Overlay::Preset> preset;
     const Track* track;
     const Clip* target; // the clip the overlay goes over, or null
@@ -71,8 +68,7 @@ public:
     QuizAddRequest(const Object* timeline, std::unique_ptr<Quiz::Preset> preset,
                    std::pair<Types::Time, Types::Time> position = {-1, 0})
         : Request(timeline), preset(std::move(preset)), position(position)
-    {
-    }
+    {}
     Model::Handover<Quiz::Preset> preset;
     std::pair<Types::Time, Types::Time> position;
 };
@@ -83,8 +79,7 @@ class SplitRequest : public Request
 public:
     SplitRequest(const Object* timeline, Types::Time position, std::set<const Clip*> clips = {})
         : Request(timeline), position(position), clips(std::move(clips))
-    {
-    }
+    {}
     Types::Time position;
     std::set<const Clip*> clips;
 };
@@ -95,8 +90,7 @@ class TransitionAddRequest : public Request
 public:
     TransitionAddRequest(const Object* timeline, Transition::Object transition, const Clip* clip)
         : Request(timeline), transition(std::move(transition)), clip(clip)
-    {
-    }
+    {}
     Transition::Object transition;
     const Clip* clip;
 };
@@ -107,8 +101,7 @@ class ClipAddRequest : public Request
 public:
     ClipAddRequest(const Object* timeline, std::unique_ptr<Clip> clip, const ClipTiming& timing)
         : Request(timeline), clip(std::move(clip)), timing(timing)
-    {
-    }
+    {}
     Model::Handover<Clip> clip;
     ClipTiming timing;
 };
@@ -119,8 +112,7 @@ class FreezeFrameRequest : public Request
 public:
     FreezeFrameRequest(const Object* timeline, const Clip* clip, Types::Time position, Types::Time duration)
         : Request(timeline), clip(clip), position(position), duration(duration)
-    {
-    }
+    {}
     const Clip* clip;
     Types::Time position;
     Types::Time duration;
@@ -130,10 +122,10 @@ public:
 class AnimationAddRequest : public Request
 {
 public:
-    AnimationAddRequest(const Object* timeline, const Clip* clip, Animation::TransformationItem item, Types::Time position = 0)
+    AnimationAddRequest(const Object* timeline, const Clip* clip, Animation::TransformationItem item,
+                        Types::Time position = 0)
         : Request(timeline), clip(clip), item(std::move(item)), position(position)
-    {
-    }
+    {}
     const Clip* clip;
     Animation::TransformationItem item;
     Types::Time position;
@@ -145,8 +137,7 @@ class PanAndZoomAddRequest : public Request
 public:
     PanAndZoomAddRequest(const Object* timeline, const Clip* clip, Animation::TransformationItem item)
         : Request(timeline), clip(clip), item(std::move(item))
-    {
-    }
+    {}
     const Clip* clip;
     Animation::TransformationItem item;
 };
@@ -155,7 +146,9 @@ public:
 class FileAddingNotification : public PubSub::Details::MessageBase
 {
 public:
-    FileAddingNotification(const Object* timeline, const Media::File* file) : MessageBase(timeline), timeline(timeline), file(file) {}
+    FileAddingNotification(const Object* timeline, const Media::File* file)
+        : MessageBase(timeline), timeline(timeline), file(file)
+    {}
     const Object* timeline;
     const Media::File* file;
 };

@@ -48,12 +48,10 @@ public:
     Transform(double m11, double m12, double m13, double m21, double m22, double m23, double m31, double m32,
               double m33) noexcept
         : m_values{m11, m12, m13, m21, m22, m23, m31, m32, m33}
-    {
-    }
+    {}
     explicit Transform(const QTransform& t) noexcept
         : Transform(t.m11(), t.m12(), t.m13(), t.m21(), t.m22(), t.m23(), t.m31(), t.m32(), t.m33())
-    {
-    }
+    {}
 
     QTransform toQTransform() const
     {

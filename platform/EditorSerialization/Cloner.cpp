@@ -13,10 +13,7 @@ constexpr int maxNestingDepth = 32;
 
 ObjectStorage::ObjectStorage() = default;
 
-ObjectStorage::~ObjectStorage()
-{
-    clear();
-}
+ObjectStorage::~ObjectStorage() { clear(); }
 
 void ObjectStorage::clear()
 {
@@ -42,9 +39,7 @@ ObjectStorage::Released ObjectStorage::releaseToModel()
     return released;
 }
 
-Cloner::Cloner(ObjectStorage& storage) : m_storage(storage)
-{
-}
+Cloner::Cloner(ObjectStorage& storage) : m_storage(storage) {}
 
 Timeline::Object* Cloner::clone(const Timeline::Object& source)
 {
@@ -53,10 +48,7 @@ Timeline::Object* Cloner::clone(const Timeline::Object& source)
     return m_storage.m_root.get();
 }
 
-Timeline::Clip* Cloner::clone(const Timeline::Clip& source)
-{
-    return const_cast<Timeline::Clip*>(clipCopy(&source));
-}
+Timeline::Clip* Cloner::clone(const Timeline::Clip& source) { return const_cast<Timeline::Clip*>(clipCopy(&source)); }
 
 const Timeline::Clip* Cloner::copyOf(const Timeline::Clip* source) const
 {

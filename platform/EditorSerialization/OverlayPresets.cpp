@@ -75,9 +75,8 @@ QByteArray writeOverlayPresets(const std::vector<const Overlay::Preset*>& preset
                 transform.append(v);
             items.append(QJsonObject{{textKey, QString::fromStdString(item.text())}, {transformKey, transform}});
         }
-        list.append(QJsonObject{{nameKey, preset->name.toQString()},
-                                {tagKey, QString::fromStdString(preset->tag())},
-                                {itemsKey, items}});
+        list.append(QJsonObject{
+            {nameKey, preset->name.toQString()}, {tagKey, QString::fromStdString(preset->tag())}, {itemsKey, items}});
     }
     const QJsonObject root{{formatKey, formatName}, {versionKey, version}, {presetsKey, list}};
     return QJsonDocument(root).toJson(QJsonDocument::Compact);

@@ -133,7 +133,10 @@ std::string Settings::targetHistory() { return readStd(kTargets); }
 void Settings::setTargetHistory(const std::string& serialized) { writeStd(kTargets, serialized); }
 
 QByteArray Settings::recentProjectPreviews() { return settings().value(QLatin1String(kRecentPreviews)).toByteArray(); }
-void Settings::setRecentProjectPreviews(const QByteArray& data) { settings().setValue(QLatin1String(kRecentPreviews), data); }
+void Settings::setRecentProjectPreviews(const QByteArray& data)
+{
+    settings().setValue(QLatin1String(kRecentPreviews), data);
+}
 
 QString Settings::previewImageFolder()
 {
@@ -147,9 +150,8 @@ QString Settings::previewImageFolder()
         QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../share/EditorUtil/preview"));
     if (QFileInfo(besideProgram).isDir())
         return besideProgram;
-    const QString installed = QStandardPaths::locate(QStandardPaths::GenericDataLocation,
-                                                     QStringLiteral("EditorUtil/preview"),
-                                                     QStandardPaths::LocateDirectory);
+    const QString installed = QStandardPaths::locate(
+        QStandardPaths::GenericDataLocation, QStringLiteral("EditorUtil/preview"), QStandardPaths::LocateDirectory);
     return installed.isEmpty() ? besideProgram : QDir::cleanPath(installed);
 }
 

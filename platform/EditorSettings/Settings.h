@@ -54,12 +54,12 @@ public:
     // Projects. The default folder is "<documents>/<application name>/Projects".
     static QString projectPath();
     static void setProjectPath(const QString& path);
-    static QString projectFileExtension();            // "dscproj"
+    static QString projectFileExtension(); // "dscproj"
     // Dialog filter patterns of project files, separated by spaces: "*.dscproj". The
     // suffix of each pattern is what follows "*.".
     static QString projectFileOpenFilter();
-    static QString projectFileSaveFilter();            // "*.dscproj"
-    static QString projectNameDefault();               // "New Project"
+    static QString projectFileSaveFilter();              // "*.dscproj"
+    static QString projectNameDefault();                 // "New Project"
     static QStringList supportedProjectFileExtensions(); // {"dscproj"}
     // Suffix of a portable project package: "dscpack".
     static QString packageExtenstion();

@@ -11,14 +11,9 @@
 
 namespace MediaEngine {
 
-Engine::Engine(QObject* parent)
-    : Engine(Limits(), parent)
-{
-}
+Engine::Engine(QObject* parent) : Engine(Limits(), parent) {}
 
-Engine::Engine(const Limits& limits, QObject* parent)
-    : QObject(parent)
-    , m_limits(limits)
+Engine::Engine(const Limits& limits, QObject* parent) : QObject(parent), m_limits(limits)
 {
     m_pool.setMaxThreadCount(std::max(1, QThread::idealThreadCount()));
 }
@@ -106,10 +101,7 @@ void Engine::startWork(std::shared_ptr<std::atomic_bool> cancelled, std::functio
     }));
 }
 
-QImage Engine::cachedFrame(const FrameRequest& request)
-{
-    return m_cache.find(request);
-}
+QImage Engine::cachedFrame(const FrameRequest& request) { return m_cache.find(request); }
 
 Engine::Jobs::iterator Engine::dropJob(Jobs::iterator job)
 {

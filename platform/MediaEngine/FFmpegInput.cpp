@@ -12,10 +12,7 @@ namespace MediaEngine::Detail {
 
 namespace {
 
-int interruptCallback(void* opaque)
-{
-    return static_cast<const Deadline*>(opaque)->interrupted() ? 1 : 0;
-}
+int interruptCallback(void* opaque) { return static_cast<const Deadline*>(opaque)->interrupted() ? 1 : 0; }
 
 struct DictionaryFree
 {
@@ -25,15 +22,10 @@ struct DictionaryFree
 } // namespace
 
 Deadline::Deadline(int timeoutMs, const std::atomic_bool* cancelled)
-    : m_until(std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs))
-    , m_cancelled(cancelled)
-{
-}
+    : m_until(std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs)), m_cancelled(cancelled)
+{}
 
-AVIOInterruptCB Deadline::callback()
-{
-    return AVIOInterruptCB{&interruptCallback, this};
-}
+AVIOInterruptCB Deadline::callback() { return AVIOInterruptCB{&interruptCallback, this}; }
 
 QString describeAVError(int averror)
 {
@@ -56,7 +48,7 @@ int errorCodeOf(int averror)
 bool frameTooLarge(int width, int height, const Limits& limits)
 {
     return width > limits.maxFrameSide || height > limits.maxFrameSide
-        || qint64(width) * qint64(height) > limits.maxFramePixels;
+           || qint64(width) * qint64(height) > limits.maxFramePixels;
 }
 
 bool hasUsableDecoder(AVCodecID codecId)
@@ -125,8 +117,7 @@ OpenedInput openInput(const QString& path, const Limits& limits, Deadline& deadl
     const QByteArray url = QByteArrayLiteral("file:") + QFile::encodeName(info.absoluteFilePath());
     int status = avformat_open_input(&context, url.constData(), nullptr, &options);
     if (status < 0) // FFmpeg freed the context
-        return fail(errorCodeOf(status),
-                    QStringLiteral("Cannot open the file: ") + describeAVError(status));
+        return fail(errorCodeOf(status), QStringLiteral("Cannot open the file: ") + describeAVError(status));
     result.format.reset(context);
     if (streamInfo == StreamInfo::HeaderIfEnough && headerNamesEveryVideo(context))
         return result;
@@ -140,8 +131,7 @@ OpenedInput openInput(const QString& path, const Limits& limits, Deadline& deadl
     for (AVDictionary*& streamOption : streamOptions)
         av_dict_free(&streamOption);
     if (status < 0)
-        return fail(errorCodeOf(status),
-                    QStringLiteral("Cannot read the streams: ") + describeAVError(status));
+        return fail(errorCodeOf(status), QStringLiteral("Cannot read the streams: ") + describeAVError(status));
     if (deadline.expired())
         return fail(ErrorCode::FileCorrupted, QStringLiteral("Reading the file took too long"));
     return result;

@@ -60,7 +60,8 @@ struct OpenedInput
     QString errorMessage;
 };
 
-enum class StreamInfo {
+enum class StreamInfo
+{
     Analyse,       // read and decode the start of the file until every stream is known
     HeaderIfEnough // trust the header when it names the codec and frame size of every video
 };

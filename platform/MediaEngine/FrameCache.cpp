@@ -7,8 +7,8 @@ namespace MediaEngine {
 bool FrameKey::operator==(const FrameKey& other) const
 {
     return time == other.time && streamIndex == other.streamIndex && size == other.size
-        && resizeMode == other.resizeMode && padding == other.padding && paddingValid == other.paddingValid
-        && path == other.path;
+           && resizeMode == other.resizeMode && padding == other.padding && paddingValid == other.paddingValid
+           && path == other.path;
 }
 
 size_t FrameKeyHash::operator()(const FrameKey& key) const
@@ -25,20 +25,17 @@ size_t FrameKeyHash::operator()(const FrameKey& key) const
     return seed;
 }
 
-FrameCache::FrameCache(int capacity)
-    : m_capacity(std::max(0, capacity))
-{
-}
+FrameCache::FrameCache(int capacity) : m_capacity(std::max(0, capacity)) {}
 
 FrameKey FrameKey::of(const FrameRequest& request)
 {
     return FrameKey{request.path,
-               request.streamIndex,
-               request.time,
-               request.size,
-               int(request.resizeMode),
-               request.paddingColor.isValid() ? request.paddingColor.rgba() : 0u,
-               request.paddingColor.isValid()};
+                    request.streamIndex,
+                    request.time,
+                    request.size,
+                    int(request.resizeMode),
+                    request.paddingColor.isValid() ? request.paddingColor.rgba() : 0u,
+                    request.paddingColor.isValid()};
 }
 
 QImage FrameCache::find(const FrameRequest& request)

@@ -30,8 +30,8 @@ constexpr int maxConsecutiveErrors = 32;
 
 struct Geometry
 {
-    QSize scaled;   // the frame scaled to this size...
-    QPoint offset;  // ...is drawn at this place of the result
+    QSize scaled;  // the frame scaled to this size...
+    QPoint offset; // ...is drawn at this place of the result
 };
 
 // Where the frame goes when it is stretched or fitted whole.
@@ -81,8 +81,8 @@ QImage scaleFrame(AVFrame* frame, double pixelAspect, const FrameRequest& reques
 {
     if (request.resizeMode == ResizeMode::KeepAspectRatioByExpanding)
         cropToShapeOf(frame, pixelAspect, request.size);
-    const Geometry geometry = geometryFor(QSize(frame->width, frame->height), pixelAspect, request.size,
-                                          request.resizeMode);
+    const Geometry geometry =
+        geometryFor(QSize(frame->width, frame->height), pixelAspect, request.size, request.resizeMode);
     QImage scaled(geometry.scaled, QImage::Format_ARGB32);
     if (scaled.isNull())
         return {};
@@ -133,8 +133,8 @@ FrameResult decodeFrame(const FrameRequest& request, const Limits& limits, const
             return fail(ErrorCode::Unknown, QStringLiteral("The file has no video stream"));
     } else if (streamIndex >= int(context->nb_streams)
                || context->streams[streamIndex]->codecpar->codec_type != AVMEDIA_TYPE_VIDEO) {
-        LOG(ERROR) << "MediaEngine::decodeFrame: stream " << streamIndex << " of "
-                   << request.path.toStdString() << " is not a video stream";
+        LOG(ERROR) << "MediaEngine::decodeFrame: stream " << streamIndex << " of " << request.path.toStdString()
+                   << " is not a video stream";
         return fail(ErrorCode::Unknown, QStringLiteral("Stream %1 is not a video stream").arg(streamIndex));
     }
     AVStream* stream = context->streams[streamIndex];
@@ -142,10 +142,12 @@ FrameResult decodeFrame(const FrameRequest& request, const Limits& limits, const
     for (unsigned i = 0; i < context->nb_streams; ++i)
         context->streams[i]->discard = int(i) == streamIndex ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
     if (!hasUsableDecoder(parameters->codec_id))
-        return fail(ErrorCode::CodecNotAvailable,
-                    QStringLiteral("No decoder for the %1 video").arg(QLatin1String(avcodec_get_name(parameters->codec_id))));
+        return fail(
+            ErrorCode::CodecNotAvailable,
+            QStringLiteral("No decoder for the %1 video").arg(QLatin1String(avcodec_get_name(parameters->codec_id))));
     if (frameTooLarge(parameters->width, parameters->height, limits))
-        return fail(ErrorCode::OutOfMemory, QStringLiteral("Frames of %1x%2 are too large").arg(parameters->width).arg(parameters->height));
+        return fail(ErrorCode::OutOfMemory,
+                    QStringLiteral("Frames of %1x%2 are too large").arg(parameters->width).arg(parameters->height));
 
     CodecPtr decoder(avcodec_alloc_context3(avcodec_find_decoder(parameters->codec_id)));
     if (!decoder || avcodec_parameters_to_context(decoder.get(), parameters) < 0)
@@ -162,7 +164,8 @@ FrameResult decodeFrame(const FrameRequest& request, const Limits& limits, const
         return fail(errorCodeOf(status), QStringLiteral("Cannot open the decoder: ") + describeAVError(status));
 
     const int64_t startTime = stream->start_time != AV_NOPTS_VALUE ? stream->start_time : 0;
-    const int64_t target = startTime + av_rescale_q(std::max<qint64>(request.time, 0), AV_TIME_BASE_Q, stream->time_base);
+    const int64_t target =
+        startTime + av_rescale_q(std::max<qint64>(request.time, 0), AV_TIME_BASE_Q, stream->time_base);
     // Jump to the key frame at or before the time, then decode forward to it.
     if (request.time > 0 && av_seek_frame(context, streamIndex, target, AVSEEK_FLAG_BACKWARD) >= 0)
         avcodec_flush_buffers(decoder.get());
@@ -205,8 +208,8 @@ FrameResult decodeFrame(const FrameRequest& request, const Limits& limits, const
 
     while (!done) {
         if (deadline.interrupted())
-            return fail(ErrorCode::FileCorrupted, deadline.cancelled() ? QStringLiteral("Cancelled")
-                                                                     : QStringLiteral("Decoding took too long"));
+            return fail(ErrorCode::FileCorrupted,
+                        deadline.cancelled() ? QStringLiteral("Cancelled") : QStringLiteral("Decoding took too long"));
         status = av_read_frame(context, packet.get());
         if (status >= 0 && packet->stream_index == streamIndex && firstSentAtOrAfter != INT64_MAX
             && (firstSentAtOrAfter == target || (packet->dts != AV_NOPTS_VALUE && packet->dts >= firstSentAtOrAfter))) {
@@ -221,7 +224,8 @@ FrameResult decodeFrame(const FrameRequest& request, const Limits& limits, const
             avcodec_send_packet(decoder.get(), nullptr);
             const int drained = receiveFrames();
             if (drained < 0 && !haveBest)
-                return fail(ErrorCode::FileCorrupted, QStringLiteral("Cannot decode a frame: ") + describeAVError(drained));
+                return fail(ErrorCode::FileCorrupted,
+                            QStringLiteral("Cannot decode a frame: ") + describeAVError(drained));
             break;
         }
         if (packet->stream_index != streamIndex) {
@@ -230,8 +234,8 @@ FrameResult decodeFrame(const FrameRequest& request, const Limits& limits, const
         }
         // Frames well before the target that no other frame refers to need not be decoded.
         const int64_t margin = 2 * std::max<int64_t>(packet->duration, 1);
-        decoder->skip_frame = packet->pts != AV_NOPTS_VALUE && packet->pts < target - margin ? AVDISCARD_NONREF
-                                                                                           : AVDISCARD_DEFAULT;
+        decoder->skip_frame =
+            packet->pts != AV_NOPTS_VALUE && packet->pts < target - margin ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
         if (packet->pts != AV_NOPTS_VALUE && packet->pts >= target)
             firstSentAtOrAfter = std::min(firstSentAtOrAfter, packet->pts);
         status = avcodec_send_packet(decoder.get(), packet.get());

@@ -33,7 +33,8 @@ constexpr int FileCorrupted = 36;
 
 // How a frame is fitted into the requested size. The numbering is that of the
 // thumbnail requester's mode, whose default (2) fills the whole size.
-enum class ResizeMode {
+enum class ResizeMode
+{
     IgnoreAspectRatio = 0,          // stretched to the size
     KeepAspectRatio = 1,            // fitted inside, the rest filled with the padding colour
     KeepAspectRatioByExpanding = 2, // covers the size, the overflow cut evenly on both sides
@@ -88,7 +89,7 @@ struct MEDIAENGINE_EXPORT FrameRequest
 struct MEDIAENGINE_EXPORT FrameResult
 {
     FrameRequest request;
-    QImage image;        // exactly request.size, ARGB32 premultiplied; null on failure
+    QImage image;         // exactly request.size, ARGB32 premultiplied; null on failure
     qint64 frameTime = 0; // time of the decoded frame, nearest to the requested one
     bool fromCache = false;
     int errorCode = ErrorCode::None;
@@ -100,13 +101,13 @@ struct MEDIAENGINE_EXPORT FrameResult
 // Guards against slow and hostile files.
 struct MEDIAENGINE_EXPORT Limits
 {
-    qint64 probeSize = 5'000'000;         // bytes read to find the streams
-    qint64 analyzeDuration = 5'000'000;   // microseconds of media read to find the streams
-    int probeTimeoutMs = 10'000;          // a probe taking longer fails (code 36)
-    int decodeTimeoutMs = 10'000;         // a frame taking longer fails (code 36)
-    int maxFrameSide = 16384;             // larger frames fail (code 34)
+    qint64 probeSize = 5'000'000;          // bytes read to find the streams
+    qint64 analyzeDuration = 5'000'000;    // microseconds of media read to find the streams
+    int probeTimeoutMs = 10'000;           // a probe taking longer fails (code 36)
+    int decodeTimeoutMs = 10'000;          // a frame taking longer fails (code 36)
+    int maxFrameSide = 16384;              // larger frames fail (code 34)
     qint64 maxFramePixels = 8192LL * 8192; // idem
-    int maxThumbnailSide = 4096;          // larger requested sizes are refused
+    int maxThumbnailSide = 4096;           // larger requested sizes are refused
 };
 
 } // namespace MediaEngine

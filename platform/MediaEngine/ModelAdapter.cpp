@@ -11,10 +11,7 @@ namespace {
 // The model counts time in 100-nanosecond units, the engine in microseconds.
 constexpr Types::Time unitsPerMicrosecond = Types::TimeUnitsPerSecond / 1'000'000;
 
-Types::Time toModelTime(qint64 microseconds)
-{
-    return microseconds * unitsPerMicrosecond;
-}
+Types::Time toModelTime(qint64 microseconds) { return microseconds * unitsPerMicrosecond; }
 
 } // namespace
 
@@ -70,17 +67,15 @@ std::optional<FrameRequest> frameRequestOf(const Thumbnail::Object& thumbnail)
     request.time = thumbnail.time() / unitsPerMicrosecond;
     request.size = QSize(thumbnail.width(), thumbnail.height());
     const int mode = thumbnail.resizeMode();
-    request.resizeMode = mode >= int(ResizeMode::IgnoreAspectRatio) && mode <= int(ResizeMode::KeepAspectRatioByExpanding)
-        ? ResizeMode(mode)
-        : ResizeMode::KeepAspectRatioByExpanding;
+    request.resizeMode =
+        mode >= int(ResizeMode::IgnoreAspectRatio) && mode <= int(ResizeMode::KeepAspectRatioByExpanding)
+            ? ResizeMode(mode)
+            : ResizeMode::KeepAspectRatioByExpanding;
     request.paddingColor = QColor::fromRgba(thumbnail.paddingColor());
     return request;
 }
 
-ModelOpener::ModelOpener(Engine& engine)
-    : m_engine(&engine)
-{
-}
+ModelOpener::ModelOpener(Engine& engine) : m_engine(&engine) {}
 
 void ModelOpener::open(const Types::String& path, Done done)
 {
@@ -96,11 +91,7 @@ void ModelOpener::open(const Types::String& path, Done done)
                     [done = std::move(done)](const ProbeResult& probe) { done(toOpenResult(probe)); });
 }
 
-ModelThumbnailProvider::ModelThumbnailProvider(Engine& engine, Model::Host& host)
-    : m_engine(&engine)
-    , m_host(&host)
-{
-}
+ModelThumbnailProvider::ModelThumbnailProvider(Engine& engine, Model::Host& host) : m_engine(&engine), m_host(&host) {}
 
 ModelThumbnailProvider::~ModelThumbnailProvider()
 {

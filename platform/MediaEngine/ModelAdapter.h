@@ -55,7 +55,7 @@ private:
 
     QPointer<Engine> m_engine;
     QPointer<Model::Host> m_host;
-    QObject m_context; // answers stop with the provider
+    QObject m_context;                                             // answers stop with the provider
     std::unordered_map<const Thumbnail::Object*, JobId> m_pending; // 0: answered without the engine
 };
 

@@ -14,10 +14,7 @@ using namespace Detail;
 
 namespace {
 
-qint64 toMicroseconds(int64_t value, AVRational timeBase)
-{
-    return av_rescale_q(value, timeBase, AV_TIME_BASE_Q);
-}
+qint64 toMicroseconds(int64_t value, AVRational timeBase) { return av_rescale_q(value, timeBase, AV_TIME_BASE_Q); }
 
 bool isImageDemuxer(const AVInputFormat* format)
 {
@@ -49,10 +46,7 @@ QString layoutName(const AVChannelLayout& layout)
     return written > 0 ? QString::fromLatin1(name) : QString();
 }
 
-QString codecName(AVCodecID id)
-{
-    return QString::fromLatin1(avcodec_get_name(id));
-}
+QString codecName(AVCodecID id) { return QString::fromLatin1(avcodec_get_name(id)); }
 
 } // namespace
 
@@ -84,22 +78,21 @@ ProbeResult probeFile(const QString& path, const Limits& limits, const std::atom
             if (stream->disposition & AV_DISPOSITION_ATTACHED_PIC)
                 continue; // cover art of a song, not a picture stream
             if (!hasUsableDecoder(parameters->codec_id))
-                return fail(ErrorCode::CodecNotAvailable,
-                            QStringLiteral("No decoder for the %1 video of stream %2")
-                                .arg(codecName(parameters->codec_id))
-                                .arg(index));
+                return fail(ErrorCode::CodecNotAvailable, QStringLiteral("No decoder for the %1 video of stream %2")
+                                                              .arg(codecName(parameters->codec_id))
+                                                              .arg(index));
             if (parameters->width <= 0 || parameters->height <= 0)
                 return fail(ErrorCode::FileCorrupted,
                             QStringLiteral("The frame size of stream %1 cannot be read").arg(index));
             if (frameTooLarge(parameters->width, parameters->height, limits))
-                return fail(ErrorCode::OutOfMemory, QStringLiteral("Frames of %1x%2 are too large")
-                                                        .arg(parameters->width)
-                                                        .arg(parameters->height));
+                return fail(
+                    ErrorCode::OutOfMemory,
+                    QStringLiteral("Frames of %1x%2 are too large").arg(parameters->width).arg(parameters->height));
             VideoStream video;
             video.index = index;
             video.frameSize = QSize(parameters->width, parameters->height);
-            const AVRational aspect = av_guess_sample_aspect_ratio(
-                const_cast<AVFormatContext*>(context), const_cast<AVStream*>(stream), nullptr);
+            const AVRational aspect = av_guess_sample_aspect_ratio(const_cast<AVFormatContext*>(context),
+                                                                   const_cast<AVStream*>(stream), nullptr);
             if (aspect.num > 0 && aspect.den > 0)
                 video.pixelAspect = boost::rational<long long>(aspect.num, aspect.den);
             video.codecName = codecName(parameters->codec_id);
@@ -114,16 +107,16 @@ ProbeResult probeFile(const QString& path, const Limits& limits, const std::atom
                     video.frameRate = boost::rational<long long>(rate.num, rate.den);
                 video.duration = streamDuration(context, stream);
                 video.frameCount = stream->nb_frames > 0
-                    ? stream->nb_frames
-                    : av_rescale_q(video.duration, AV_TIME_BASE_Q, av_inv_q(rate.num > 0 ? rate : AVRational{1, 1}));
+                                       ? stream->nb_frames
+                                       : av_rescale_q(video.duration, AV_TIME_BASE_Q,
+                                                      av_inv_q(rate.num > 0 ? rate : AVRational{1, 1}));
             }
             result.video.push_back(video);
         } else if (parameters->codec_type == AVMEDIA_TYPE_AUDIO) {
             if (!hasUsableDecoder(parameters->codec_id))
-                return fail(ErrorCode::CodecNotAvailable,
-                            QStringLiteral("No decoder for the %1 audio of stream %2")
-                                .arg(codecName(parameters->codec_id))
-                                .arg(index));
+                return fail(ErrorCode::CodecNotAvailable, QStringLiteral("No decoder for the %1 audio of stream %2")
+                                                              .arg(codecName(parameters->codec_id))
+                                                              .arg(index));
             if (parameters->sample_rate <= 0 || parameters->ch_layout.nb_channels <= 0)
                 return fail(ErrorCode::FileCorrupted,
                             QStringLiteral("The sample format of stream %1 cannot be read").arg(index));
@@ -155,11 +148,11 @@ ProbeResult probeFile(const QString& path, const Limits& limits, const std::atom
 namespace {
 
 // The extensions users know for each kind of file; a build keeps those its demuxers claim.
-const char* const videoCandidates[] = {"3g2", "3gp", "asf", "avi", "dv", "f4v", "flv", "m2t", "m2ts",
-                                       "m4v", "mkv", "mod", "mov", "mp4", "mpeg", "mpg", "mts", "mxf",
-                                       "ogv", "ts", "vob", "webm", "wmv"};
-const char* const audioCandidates[] = {"aac", "ac3", "aif", "aiff", "amr", "ape", "flac", "m4a",
-                                       "mka", "mp2", "mp3", "oga", "ogg", "opus", "wav", "wma", "wv"};
+const char* const videoCandidates[] = {"3g2",  "3gp", "asf", "avi", "dv",  "f4v",  "flv",  "m2t",
+                                       "m2ts", "m4v", "mkv", "mod", "mov", "mp4",  "mpeg", "mpg",
+                                       "mts",  "mxf", "ogv", "ts",  "vob", "webm", "wmv"};
+const char* const audioCandidates[] = {"aac", "ac3", "aif", "aiff", "amr",  "ape", "flac", "m4a", "mka",
+                                       "mp2", "mp3", "oga", "ogg",  "opus", "wav", "wma",  "wv"};
 const char* const imageCandidates[] = {"bmp", "gif", "jpeg", "jpg", "png", "tga", "tif", "tiff", "webp"};
 
 // Demuxers that recognise their files by content and claim no extension themselves.
@@ -168,19 +161,24 @@ struct ContentDemuxer
     const char* name;
     const char* extensions;
 };
-const ContentDemuxer contentDemuxers[] = {
-    {"mpegts", "m2t,m2ts,mts,ts"}, {"mpeg", "mod,mpeg,mpg,vob"}, {"ogg", "oga,ogv,opus"},
-    {"wav", "wav"},                {"asf", "asf,wma,wmv"},      {"aiff", "aif,aiff"},
-    {"amr", "amr"},                {"mxf", "mxf"},              {"wv", "wv"},
-    {"gif", "gif"}};
+const ContentDemuxer contentDemuxers[] = {{"mpegts", "m2t,m2ts,mts,ts"},
+                                          {"mpeg", "mod,mpeg,mpg,vob"},
+                                          {"ogg", "oga,ogv,opus"},
+                                          {"wav", "wav"},
+                                          {"asf", "asf,wma,wmv"},
+                                          {"aiff", "aif,aiff"},
+                                          {"amr", "amr"},
+                                          {"mxf", "mxf"},
+                                          {"wv", "wv"},
+                                          {"gif", "gif"}};
 // Still images read by the image demuxers when this build decodes them.
 struct ImageCodec
 {
     AVCodecID codec;
     const char* extensions;
 };
-const ImageCodec imageCodecs[] = {{AV_CODEC_ID_BMP, "bmp"},   {AV_CODEC_ID_MJPEG, "jpeg,jpg"},
-                                  {AV_CODEC_ID_PNG, "png"},   {AV_CODEC_ID_TARGA, "tga"},
+const ImageCodec imageCodecs[] = {{AV_CODEC_ID_BMP, "bmp"},       {AV_CODEC_ID_MJPEG, "jpeg,jpg"},
+                                  {AV_CODEC_ID_PNG, "png"},       {AV_CODEC_ID_TARGA, "tga"},
                                   {AV_CODEC_ID_TIFF, "tif,tiff"}, {AV_CODEC_ID_WEBP, "webp"}};
 
 void insertAll(QSet<QString>& set, const char* commaSeparated)
@@ -237,7 +235,7 @@ QStringList supportedExtensions(ExtensionGroup group)
 QStringList supportedExtensions()
 {
     QStringList all = supportedExtensions(ExtensionGroup::Video) + supportedExtensions(ExtensionGroup::Audio)
-        + supportedExtensions(ExtensionGroup::Image);
+                      + supportedExtensions(ExtensionGroup::Image);
     all.sort();
     all.removeDuplicates();
     return all;

@@ -14,7 +14,12 @@ namespace MediaEngine {
 MEDIAENGINE_EXPORT ProbeResult probeFile(const QString& path, const Limits& limits = Limits(),
                                          const std::atomic_bool* cancelled = nullptr);
 
-enum class ExtensionGroup { Video, Audio, Image };
+enum class ExtensionGroup
+{
+    Video,
+    Audio,
+    Image
+};
 
 // Lower-case extensions without the dot, sorted, of the files this installation opens:
 // the common extensions of each group that one of its demuxers claims.

@@ -116,10 +116,7 @@ bool Dispatcher::removeNode(std::uint32_t& head, const SubscriberBase* base)
 // --- Delivery ---------------------------------------------------------------------------------
 
 Delivery::Delivery(TypeRecord& record, const PubSub::Object* source)
-    : m_record(record)
-    , m_source(source)
-    , m_removalsNow(&Dispatcher::instance().m_removals)
-    , m_removals(*m_removalsNow)
+    : m_record(record), m_source(source), m_removalsNow(&Dispatcher::instance().m_removals), m_removals(*m_removalsNow)
 {
     if (!source) {
         LOG(ERROR) << "PubSub: a message of type " << record.type.name() << " was published without a source object";
@@ -161,8 +158,7 @@ void* Delivery::liveTarget(std::size_t index) const
 
 SubscriberBase::SubscriberBase() noexcept = default;
 
-SubscriberBase::SubscriberBase(const SubscriberBase& other)
-    : m_objects(other.m_objects), m_allTypes(other.m_allTypes)
+SubscriberBase::SubscriberBase(const SubscriberBase& other) : m_objects(other.m_objects), m_allTypes(other.m_allTypes)
 {
     // Registrations are not copied: each Subscriber<T> part of the copy registers itself, and
     // that applies the copied subscriptions to it.
@@ -217,10 +213,7 @@ bool SubscriberBase::unsubscribe(const PubSub::Object* object)
     return true;
 }
 
-bool SubscriberBase::isSubscribed(const PubSub::Object* object) const
-{
-    return object && m_objects.contains(object);
-}
+bool SubscriberBase::isSubscribed(const PubSub::Object* object) const { return object && m_objects.contains(object); }
 
 void SubscriberBase::unsubscribeEverything()
 {
@@ -284,8 +277,9 @@ void SubscriberBase::unregisterSelf(SubscriberBase* base, void* self, const std:
     if (base != this)
         return;
     const TypeRecord* record = Dispatcher::instance().typeRecord(messageType);
-    const auto it = std::find_if(m_registrations.begin(), m_registrations.end(),
-                                 [record, self](const Registration& r) { return r.record == record && r.self == self; });
+    const auto it = std::find_if(m_registrations.begin(), m_registrations.end(), [record, self](const Registration& r) {
+        return r.record == record && r.self == self;
+    });
     if (it == m_registrations.end())
         return;
     forEachObject([this, &it](const PubSub::Object* object) { detach(*it, object); });
@@ -323,10 +317,7 @@ void SubscriberBase::attachAll(const Registration& r)
         Dispatcher::instance().addEntry(r.record->all, this, r.self);
 }
 
-void SubscriberBase::detachAll(const Registration& r)
-{
-    Dispatcher::instance().removeEntry(r.record->all, this);
-}
+void SubscriberBase::detachAll(const Registration& r) { Dispatcher::instance().removeEntry(r.record->all, this); }
 
 const SubscriberBase::Registration* SubscriberBase::findRegistration(const TypeRecord* record) const
 {

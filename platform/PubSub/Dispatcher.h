@@ -137,7 +137,7 @@ private:
 
     std::unordered_map<std::type_index, std::unique_ptr<TypeRecord>> m_types;
     std::vector<Node> m_nodes = std::vector<Node>(1); // node 0 stands for "none"
-    std::uint32_t m_freeNodes = 0;                     // first unused node, linked by `next`
+    std::uint32_t m_freeNodes = 0;                    // first unused node, linked by `next`
     std::uint64_t m_nextSerial = 1;
     std::uint64_t m_removals = 0;
     std::size_t m_subscriptions = 0;

@@ -9,8 +9,8 @@
 
 class CommandProvider::Private
     : public PubSub::Publisher<Command::OpenProject, Command::AddFile, Command::StartSlideshow, Command::ShowMainWindow,
-                               Command::HideMainWindow, Command::ShowAddMediaCategory, Command::ShowToolsPage>
-    , public PubSub::Subscriber<AppEvents::StartupCompleted>
+                               Command::HideMainWindow, Command::ShowAddMediaCategory, Command::ShowToolsPage>,
+      public PubSub::Subscriber<AppEvents::StartupCompleted>
 {
 public:
     explicit Private(const QStringList& arguments)

@@ -9,7 +9,8 @@ namespace Error {
 namespace {
 
 // How a code is answered in one context.
-enum class Kind : std::uint8_t {
+enum class Kind : std::uint8_t
+{
     Fallback,      // the context's own fallback (last row of the table)
     CommonUnknown, // "An unknown error has occurred" [Common]
     Codec,         // codec availability, worded for free or paid editions
@@ -102,7 +103,8 @@ QString translate(const char* context, const char* text) { return QCoreApplicati
 
 QString contactSentence()
 {
-    const QString link = QString::fromStdString(Dravik::App::Application::GetCustomizationManager().GetSupportMailLink());
+    const QString link =
+        QString::fromStdString(Dravik::App::Application::GetCustomizationManager().GetSupportMailLink());
     QString shown = link;
     shown.remove(QStringLiteral("mailto:"), Qt::CaseSensitive);
     return translate(kCommon, kContact).arg(link, shown);
@@ -114,15 +116,19 @@ QString codecAvailability(const char* context)
     if (!customization.HasPaidEdition())
         return translate(context, kCodecUnsupported);
     return translate(context, kCodecPaid)
-        .arg(QString::fromStdString(customization.GetPurchaseLink(Dravik::App::CustomizationManager::FullVersionLinkId)));
+        .arg(QString::fromStdString(
+            customization.GetPurchaseLink(Dravik::App::CustomizationManager::FullVersionLinkId)));
 }
 
 QString fallback(Context context)
 {
     switch (context) {
-    case Export: return QString();
-    case Capture: return translate(kCapture, kCaptureUnknown);
-    default: return translate(kContextNames[context], kUnknownWithContact).arg(contactSentence());
+    case Export:
+        return QString();
+    case Capture:
+        return translate(kCapture, kCaptureUnknown);
+    default:
+        return translate(kContextNames[context], kUnknownWithContact).arg(contactSentence());
     }
 }
 
@@ -143,10 +149,14 @@ QString describe(const Dravik::Proc::ProcessingError& error, Context context)
         }
     }
     switch (cell.kind) {
-    case Kind::CommonUnknown: return translate(kCommon, kUnknown);
-    case Kind::Codec: return codecAvailability(cell.context);
-    case Kind::Text: return translate(cell.context, cell.text);
-    case Kind::Fallback: break;
+    case Kind::CommonUnknown:
+        return translate(kCommon, kUnknown);
+    case Kind::Codec:
+        return codecAvailability(cell.context);
+    case Kind::Text:
+        return translate(cell.context, cell.text);
+    case Kind::Fallback:
+        break;
     }
     return fallback(context);
 }

@@ -14,7 +14,14 @@ class ProcessingError;
 namespace Error {
 
 // The operation in which a processing error arose.
-enum Context : std::int32_t { Export = 0, Capture = 1, Analyze = 2, Stabilization = 3, FreezeFrame = 4 };
+enum Context : std::int32_t
+{
+    Export = 0,
+    Capture = 1,
+    Analyze = 2,
+    Stabilization = 3,
+    FreezeFrame = 4
+};
 
 // The user's message for a processing error, worded for the operation (rich text; may hold
 // a support or purchase link). Some combinations give an empty text (an Export error of a

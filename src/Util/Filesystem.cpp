@@ -128,51 +128,75 @@ QString startFolder(const QString& remembered, const QString& standard)
 QString lastFolderOfKind(int kind)
 {
     switch (kind) {
-    case Video: return Settings::lastAddVideoPath();
-    case Audio: return Settings::lastAddAudioPath();
-    case Image: return Settings::lastAddImagePath();
-    default: return Settings::lastAddMediaPath();
+    case Video:
+        return Settings::lastAddVideoPath();
+    case Audio:
+        return Settings::lastAddAudioPath();
+    case Image:
+        return Settings::lastAddImagePath();
+    default:
+        return Settings::lastAddMediaPath();
     }
 }
 
 void storeLastFolderOfKind(int kind, const QString& folder)
 {
     switch (kind) {
-    case Video: Settings::setLastAddVideoPath(folder); break;
-    case Audio: Settings::setLastAddAudioPath(folder); break;
-    case Image: Settings::setLastAddImagePath(folder); break;
-    default: Settings::setLastAddMediaPath(folder); break;
+    case Video:
+        Settings::setLastAddVideoPath(folder);
+        break;
+    case Audio:
+        Settings::setLastAddAudioPath(folder);
+        break;
+    case Image:
+        Settings::setLastAddImagePath(folder);
+        break;
+    default:
+        Settings::setLastAddMediaPath(folder);
+        break;
     }
 }
 
 QString standardFolderOfKind(int kind)
 {
     switch (kind) {
-    case Audio: return musicLocation();
-    case Image: return picturesLocation();
-    default: return moviesLocation();
+    case Audio:
+        return musicLocation();
+    case Image:
+        return picturesLocation();
+    default:
+        return moviesLocation();
     }
 }
 
 QString titleOfKind(int kind)
 {
     switch (kind) {
-    case Video: return tr("Open Video Files");
-    case Audio: return tr("Open Audio Files");
-    case Image: return tr("Open Image Files");
-    default: return tr("Open Media Files");
+    case Video:
+        return tr("Open Video Files");
+    case Audio:
+        return tr("Open Audio Files");
+    case Image:
+        return tr("Open Image Files");
+    default:
+        return tr("Open Media Files");
     }
 }
 
 QString exampleOfKind(int kind)
 {
     switch (kind) {
-    case Video | Audio: return QStringLiteral(" (*.mp4;*.avi;*.mp3;...)");
-    case Video | Image: return QStringLiteral(" (*.mp4;*.avi;*.jpeg;...)");
-    case Audio | Image: return QStringLiteral(" (*.jpeg;*.png;*.mp3;...)");
+    case Video | Audio:
+        return QStringLiteral(" (*.mp4;*.avi;*.mp3;...)");
+    case Video | Image:
+        return QStringLiteral(" (*.mp4;*.avi;*.jpeg;...)");
+    case Audio | Image:
+        return QStringLiteral(" (*.jpeg;*.png;*.mp3;...)");
     case Video | Audio | Image:
-    case Video | Audio | Image | Project: return QStringLiteral(" (*.mp4;*.jpeg;*.mp3;...)");
-    default: return QString();
+    case Video | Audio | Image | Project:
+        return QStringLiteral(" (*.mp4;*.jpeg;*.mp3;...)");
+    default:
+        return QString();
     }
 }
 
@@ -188,15 +212,15 @@ QString mediaFilter(int kind, const QList<int>& groups)
     if (kind == (Video | Audio | Image | Project)) {
         const QStringList projectExtensions = Settings::supportedProjectFileExtensions();
         filter += tr("All Supported Files") + QStringLiteral(" ( *. ")
-            + (projectExtensions.isEmpty() ? Settings::projectFileExtension() : projectExtensions.first())
-            + QStringLiteral(";*.jpeg;*.png;*.mp3;...)");
+                  + (projectExtensions.isEmpty() ? Settings::projectFileExtension() : projectExtensions.first())
+                  + QStringLiteral(";*.jpeg;*.png;*.mp3;...)");
         filter += QLatin1Char('(') + patterns.join(QLatin1Char(' ')) + projectPattern + QLatin1Char(' ')
-            + Settings::projectFileOpenFilter() + QStringLiteral(");;");
+                  + Settings::projectFileOpenFilter() + QStringLiteral(");;");
     }
     filter += tr("Media Files") + exampleOfKind(kind);
     if (!patterns.isEmpty())
         filter += QLatin1Char('(') + patterns.join(QLatin1Char(' '))
-            + (kind == (Video | Audio | Image) ? projectPattern : QString()) + QStringLiteral(");;");
+                  + (kind == (Video | Audio | Image) ? projectPattern : QString()) + QStringLiteral(");;");
     QStringList lines;
     for (int group : groups)
         lines << groupFilterLine(group);
@@ -333,16 +357,16 @@ QStringList openFiles(int kinds)
     if (kinds & AllFilesFilter)
         groups << IFormatFile::GROUP_ALL_FILES;
 
-    const QString folder = startFolder(Settings::rememberLastFolders() ? lastFolderOfKind(kind) : QString(),
-                                       standardFolderOfKind(kind));
+    const QString folder =
+        startFolder(Settings::rememberLastFolders() ? lastFolderOfKind(kind) : QString(), standardFolderOfKind(kind));
 
     QStringList files = QFileDialog::getOpenFileNames(parentWindow(), titleOfKind(kind), folder,
                                                       mediaFilter(kind, groups), nullptr, kDialogOptions);
 
     const QSet<QString> dvd = groupExtensionSet(IFormatFile::GROUP_DVD);
     QStringList refused;
-    const auto dvdEnd = std::stable_partition(files.begin(), files.end(),
-                                              [&](const QString& f) { return !dvd.contains(suffixOf(f)); });
+    const auto dvdEnd =
+        std::stable_partition(files.begin(), files.end(), [&](const QString& f) { return !dvd.contains(suffixOf(f)); });
     for (auto it = dvdEnd; it != files.end(); ++it)
         refused << QFileInfo(*it).fileName();
     files.erase(dvdEnd, files.end());
@@ -350,8 +374,8 @@ QStringList openFiles(int kinds)
         Dialog::showWarning(tr("Failed to open files"), tr("Cannot open files: ") + refused.join(QStringLiteral(", ")));
 
     const QString projectSuffix = Settings::projectFileExtension();
-    const auto packagesBegin = std::stable_partition(
-        files.begin(), files.end(), [&](const QString& f) { return suffixOf(f) != projectSuffix; });
+    const auto packagesBegin = std::stable_partition(files.begin(), files.end(),
+                                                     [&](const QString& f) { return suffixOf(f) != projectSuffix; });
     const QStringList packages(packagesBegin, files.end());
     files.erase(packagesBegin, files.end());
     for (const QString& package : packages) {
@@ -402,9 +426,9 @@ QStringList openDirectoryAllImages()
 QStringList openStockedAudioFiles(QString dir)
 {
     const QString filter = groupFilterLine(IFormatFile::GROUP_ALL_AUDIO) + QStringLiteral(";;")
-        + groupFilterLine(IFormatFile::GROUP_ALL_FILES);
-    return cleanPath(QFileDialog::getOpenFileNames(parentWindow(), tr("Open Audio Files"), dir, filter, nullptr,
-                                                   kDialogOptions));
+                           + groupFilterLine(IFormatFile::GROUP_ALL_FILES);
+    return cleanPath(
+        QFileDialog::getOpenFileNames(parentWindow(), tr("Open Audio Files"), dir, filter, nullptr, kDialogOptions));
 }
 
 QString browseDirectory(QString dir)
@@ -422,13 +446,13 @@ QString savingProjectPath(QString suggested)
     const QString filter = tr("Project files (%1)").arg(Settings::projectFileSaveFilter());
     const QString folder = Settings::projectPath();
     ensureFolder(folder);
-    const QString proposal = cleanPath(
-        suggested.isEmpty() ? QStringLiteral("%1%2%3.%4")
-                                  .arg(folder, QDir::separator(), Settings::projectNameDefault(),
-                                       Settings::projectFileExtension())
-                            : suggested);
-    return cleanPath(QFileDialog::getSaveFileName(parentWindow(), tr("Save Project"), proposal, filter, nullptr,
-                                                  kDialogOptions));
+    const QString proposal =
+        cleanPath(suggested.isEmpty() ? QStringLiteral("%1%2%3.%4")
+                                            .arg(folder, QDir::separator(), Settings::projectNameDefault(),
+                                                 Settings::projectFileExtension())
+                                      : suggested);
+    return cleanPath(
+        QFileDialog::getSaveFileName(parentWindow(), tr("Save Project"), proposal, filter, nullptr, kDialogOptions));
 }
 
 QString savingProjectPortablePath()
@@ -436,11 +460,11 @@ QString savingProjectPortablePath()
     const QString suffix = Settings::packageExtenstion();
     const QString folder = Settings::projectPath();
     ensureFolder(folder);
-    const QString proposal = cleanPath(
-        QStringLiteral("%1%2%3.%4").arg(folder, QDir::separator(), Settings::projectNameDefault(), suffix));
-    QString chosen = cleanPath(QFileDialog::getSaveFileName(parentWindow(), tr("Save Project"), proposal,
-                                                            tr("Project package (*.%1)").arg(suffix), nullptr,
-                                                            kDialogOptions));
+    const QString proposal =
+        cleanPath(QStringLiteral("%1%2%3.%4").arg(folder, QDir::separator(), Settings::projectNameDefault(), suffix));
+    QString chosen =
+        cleanPath(QFileDialog::getSaveFileName(parentWindow(), tr("Save Project"), proposal,
+                                               tr("Project package (*.%1)").arg(suffix), nullptr, kDialogOptions));
     if (chosen.isEmpty())
         return {};
     if (QFileInfo(chosen).suffix().compare(suffix, Qt::CaseInsensitive) != 0)
@@ -458,10 +482,10 @@ QString savingSnapshotPath()
     const QString filter = tr("Snapshot files (%1%2)").arg(QStringLiteral("*."), QStringLiteral("png"));
     const QString folder = Settings::snapshotPath();
     ensureFolder(folder);
-    const QString proposal = cleanPath(
-        QStringLiteral("%1%2%3.%4").arg(folder, QDir::separator(), tr("snapshot"), QStringLiteral("png")));
-    const QString chosen = cleanPath(QFileDialog::getSaveFileName(parentWindow(), tr("Save Snapshot"), proposal,
-                                                                  filter, nullptr, kDialogOptions));
+    const QString proposal =
+        cleanPath(QStringLiteral("%1%2%3.%4").arg(folder, QDir::separator(), tr("snapshot"), QStringLiteral("png")));
+    const QString chosen = cleanPath(
+        QFileDialog::getSaveFileName(parentWindow(), tr("Save Snapshot"), proposal, filter, nullptr, kDialogOptions));
     if (!chosen.isEmpty()) {
         const QString chosenFolder = cleanPath(folderOf(chosen));
         if (chosenFolder != cleanPath(folder))

@@ -23,7 +23,14 @@ class IProgressController;
 namespace Filesystem {
 
 // Media kind flags of openFiles(); the dialog kind is the flags without AllFilesFilter.
-enum MediaKind : int { Video = 1, Audio = 2, Image = 4, Project = 8, AllFilesFilter = 16 };
+enum MediaKind : int
+{
+    Video = 1,
+    Audio = 2,
+    Image = 4,
+    Project = 8,
+    AllFilesFilter = 16
+};
 
 // Dialogs.
 // Multi-file dialog for media of the given kinds; project package folders (suffix

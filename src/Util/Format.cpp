@@ -145,10 +145,10 @@ QString videoSettings(const Dravik::Conf::FrameInfo& frame)
 QString audioSettings(const Dravik::Conf::SampleInfo& samples, long long bitrateFrom, long long bitrateTo)
 {
     const QString bitrate = bitrateFrom == bitrateTo
-        ? QString::number(bitrateFrom)
-        : QString::number(bitrateFrom) + QStringLiteral(" - ") + QString::number(bitrateTo);
-    return QStringLiteral("%1 %2 %3").arg(bitrate, QString::number(samples.sampleRate),
-                                          channelLayoutName(samples.channelLayout));
+                                ? QString::number(bitrateFrom)
+                                : QString::number(bitrateFrom) + QStringLiteral(" - ") + QString::number(bitrateTo);
+    return QStringLiteral("%1 %2 %3")
+        .arg(bitrate, QString::number(samples.sampleRate), channelLayoutName(samples.channelLayout));
 }
 
 QString projectSettings(const Dravik::Conf::FrameInfo& frame, const boost::rational<long long>& frameRate,
@@ -156,9 +156,8 @@ QString projectSettings(const Dravik::Conf::FrameInfo& frame, const boost::ratio
 {
     const double fps = frameRate.denominator() == 0 ? 0.0 : boost::rational_cast<double>(frameRate);
     return QStringLiteral("%1 %2 %3, %4 %5")
-        .arg(videoSettings(frame), QString::number(fps, 'g', 5),
-             QCoreApplication::translate("Format", "FPS"), QString::number(samples.sampleRate),
-             channelLayoutName(samples.channelLayout));
+        .arg(videoSettings(frame), QString::number(fps, 'g', 5), QCoreApplication::translate("Format", "FPS"),
+             QString::number(samples.sampleRate), channelLayoutName(samples.channelLayout));
 }
 
 QString videoResolution(const Media::Video* video)

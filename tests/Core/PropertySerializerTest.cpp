@@ -86,27 +86,27 @@ std::string deepNesting()
     return text + "N 0:\n";
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Inputs, PropertySerializerCorrupt,
-    testing::Values(CorruptCase{"empty", ""}, CorruptCase{"foreign text", "<recent><item>/a</item></recent>"},
-                    CorruptCase{"other version", "DPROP 2\nA 6:recent 0\n"},
-                    CorruptCase{"truncated string", "DPROP 1\nA 6:recent 1\nS 0: 15:/home/a\n"},
-                    CorruptCase{"count beyond data", "DPROP 1\nA 6:recent 4000000000\nS 0: 1:a\n"},
-                    CorruptCase{"missing child", "DPROP 1\nA 6:recent 2\nS 0: 1:a\n"},
-                    CorruptCase{"garbage after", "DPROP 1\nA 6:recent 0\nX"},
-                    CorruptCase{"bad integer", "DPROP 1\nI 1:n 12x\n"},
-                    CorruptCase{"integer overflow", "DPROP 1\nI 1:n 99999999999999999999\n"},
-                    CorruptCase{"unknown tag", "DPROP 1\nQ 1:n\n"},
-                    CorruptCase{"name length beyond data", "DPROP 1\nS 99:n 1:a\n"},
-                    CorruptCase{"negative length", "DPROP 1\nS -1:n 1:a\n"},
-                    CorruptCase{"nesting too deep", deepNesting()}),
-    [](const testing::TestParamInfo<CorruptCase>& info) {
-        std::string name = info.param.name;
-        for (char& c : name)
-            if (c == ' ')
-                c = '_';
-        return name;
-    });
+INSTANTIATE_TEST_SUITE_P(Inputs, PropertySerializerCorrupt,
+                         testing::Values(CorruptCase{"empty", ""},
+                                         CorruptCase{"foreign text", "<recent><item>/a</item></recent>"},
+                                         CorruptCase{"other version", "DPROP 2\nA 6:recent 0\n"},
+                                         CorruptCase{"truncated string", "DPROP 1\nA 6:recent 1\nS 0: 15:/home/a\n"},
+                                         CorruptCase{"count beyond data", "DPROP 1\nA 6:recent 4000000000\nS 0: 1:a\n"},
+                                         CorruptCase{"missing child", "DPROP 1\nA 6:recent 2\nS 0: 1:a\n"},
+                                         CorruptCase{"garbage after", "DPROP 1\nA 6:recent 0\nX"},
+                                         CorruptCase{"bad integer", "DPROP 1\nI 1:n 12x\n"},
+                                         CorruptCase{"integer overflow", "DPROP 1\nI 1:n 99999999999999999999\n"},
+                                         CorruptCase{"unknown tag", "DPROP 1\nQ 1:n\n"},
+                                         CorruptCase{"name length beyond data", "DPROP 1\nS 99:n 1:a\n"},
+                                         CorruptCase{"negative length", "DPROP 1\nS -1:n 1:a\n"},
+                                         CorruptCase{"nesting too deep", deepNesting()}),
+                         [](const testing::TestParamInfo<CorruptCase>& info) {
+                             std::string name = info.param.name;
+                             for (char& c : name)
+                                 if (c == ' ')
+                                     c = '_';
+                             return name;
+                         });
 
 TEST(PropertySerializer, AcceptsTrailingBlankLines)
 {

@@ -10,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-
 TEST(Desktop, StandardPathsAreCleanAndNeverEmpty)
 {
     const QString movies = Dravik::Util::GetStandardPath(QStandardPaths::MoviesLocation);
@@ -39,4 +38,3 @@ TEST(Desktop, ExploreSingleFileOpensTheFolderOfTheFile)
     EXPECT_TRUE(log.containsError("no such file"));
     QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
 }
-

@@ -22,26 +22,26 @@ class ExclusiveServiceTest : public testing::Test
 protected:
     void SetUp() override
     {
-        for (const char* name : { "A", "B", "C" }) {
+        for (const char* name : {"A", "B", "C"}) {
             auto* client = new ExclusiveClient(&service, &owner);
             record(client, name);
             clients.push_back(client);
         }
-        QObject::connect(&service, &ExclusiveService::acquired, &owner,
-            [this](ExclusiveClient* c) { journal.push_back("service:acquired " + c->objectName().toStdString()); });
-        QObject::connect(
-            &service, &ExclusiveService::freed, &owner, [this] { journal.push_back("service:freed"); });
+        QObject::connect(&service, &ExclusiveService::acquired, &owner, [this](ExclusiveClient* c) {
+            journal.push_back("service:acquired " + c->objectName().toStdString());
+        });
+        QObject::connect(&service, &ExclusiveService::freed, &owner, [this] { journal.push_back("service:freed"); });
     }
 
     void record(ExclusiveClient* client, const std::string& name)
     {
         client->setObjectName(QString::fromStdString(name));
         QObject::connect(client, &ExclusiveClient::intercepted, &owner,
-            [this, name] { journal.push_back(name + ":intercepted"); });
+                         [this, name] { journal.push_back(name + ":intercepted"); });
         QObject::connect(client, &ExclusiveClient::otherClientAppeared, &owner,
-            [this, name] { journal.push_back(name + ":otherClientAppeared"); });
+                         [this, name] { journal.push_back(name + ":otherClientAppeared"); });
         QObject::connect(client, &ExclusiveClient::released, &owner,
-            [this, name] { journal.push_back(name + ":released"); });
+                         [this, name] { journal.push_back(name + ":released"); });
     }
 
     ExclusiveClient& a() { return *clients[0]; }
@@ -79,8 +79,7 @@ TEST_F(ExclusiveServiceTest, TakingItOverInterceptsTheHolderBeforeAnyoneElseHear
 
     EXPECT_FALSE(a().isInUse());
     EXPECT_TRUE(b().isInUse());
-    EXPECT_THAT(
-        journal, ElementsAre("A:intercepted", "A:released", "service:acquired B", "C:otherClientAppeared"));
+    EXPECT_THAT(journal, ElementsAre("A:intercepted", "A:released", "service:acquired B", "C:otherClientAppeared"));
 }
 
 TEST_F(ExclusiveServiceTest, FinalizeEndsOnlyTheCallersOwnUse)
@@ -124,7 +123,7 @@ TEST_F(ExclusiveServiceTest, AnInterceptedClientMayTakeTheServiceBackAtOnce)
     EXPECT_TRUE(a().isInUse());
     EXPECT_FALSE(b().isInUse());
     EXPECT_THAT(journal,
-        ElementsAre("A:intercepted", "service:acquired A", "B:otherClientAppeared", "C:otherClientAppeared"));
+                ElementsAre("A:intercepted", "service:acquired A", "B:otherClientAppeared", "C:otherClientAppeared"));
 }
 
 TEST_F(ExclusiveServiceTest, MovingToAnotherServiceEndsTheHoldOnTheOldOne)

@@ -351,15 +351,20 @@ TEST_P(EveryAlert, HasItsLevelAFixedSizeDialogWindowAndTheActiveWindowAsParent)
 
 INSTANTIATE_TEST_SUITE_P(
     Alerts, EveryAlert,
-    testing::Values(
-        AlertCase{"action", [] { Dialog::alertAction(S("T"), S("X"), QString(), QString()); }, "OK", 2, true},
-        AlertCase{"modified_project", [] { bool save = false; Dialog::alertModifiedProject(save); }, "Cancel", 2, false},
-        AlertCase{"overwrite", [] { Dialog::alertOverwrite(S("/a")); }, "&No", 2, false},
-        AlertCase{"overwrite_folder", [] { Dialog::alertOverwriteFolder(S("/a")); }, "&No", 2, false},
-        AlertCase{"restore_session", [] { Dialog::alertRestoreSession(); }, "&No", 2, false},
-        AlertCase{"failed_files", [] { Dialog::showHasFailedFiles(true, QString()); }, "Keep", 2, true},
-        AlertCase{"message", [] { Dialog::showMessageAlert(S("T"), S("X"), QString()); }, "OK", 0, true},
-        AlertCase{"warning", [] { Dialog::showWarning(S("T"), S("X")); }, "OK", 1, true}),
+    testing::Values(AlertCase{"action", [] { Dialog::alertAction(S("T"), S("X"), QString(), QString()); }, "OK", 2,
+                              true},
+                    AlertCase{"modified_project",
+                              [] {
+                                  bool save = false;
+                                  Dialog::alertModifiedProject(save);
+                              },
+                              "Cancel", 2, false},
+                    AlertCase{"overwrite", [] { Dialog::alertOverwrite(S("/a")); }, "&No", 2, false},
+                    AlertCase{"overwrite_folder", [] { Dialog::alertOverwriteFolder(S("/a")); }, "&No", 2, false},
+                    AlertCase{"restore_session", [] { Dialog::alertRestoreSession(); }, "&No", 2, false},
+                    AlertCase{"failed_files", [] { Dialog::showHasFailedFiles(true, QString()); }, "Keep", 2, true},
+                    AlertCase{"message", [] { Dialog::showMessageAlert(S("T"), S("X"), QString()); }, "OK", 0, true},
+                    AlertCase{"warning", [] { Dialog::showWarning(S("T"), S("X")); }, "OK", 1, true}),
     [](const testing::TestParamInfo<AlertCase>& info) { return std::string(info.param.name); });
 
 TEST_F(InteractiveDialogs, ValidationInputReturnsTheAcceptedText)

@@ -101,8 +101,9 @@ TEST_F(MissingFiles, ShowsTheLostFilesWithTheNamedWidgets)
     EXPECT_EQ(view->headerItem()->text(0), S("Name"));
     EXPECT_EQ(view->headerItem()->text(1), S("Old path"));
     // The duplicate (an untidy spelling of the same path) is shown once.
-    EXPECT_EQ(rowsOf(view), (QStringList{S("beach.mp4 | /old/disk/holiday/day1"), S("song.mp3 | /old/disk/holiday/music"),
-                                         S("sunset.png | /old/disk/holiday/day2"), S("never.mov | /old/disk/holiday")}));
+    EXPECT_EQ(rowsOf(view),
+              (QStringList{S("beach.mp4 | /old/disk/holiday/day1"), S("song.mp3 | /old/disk/holiday/music"),
+                           S("sunset.png | /old/disk/holiday/day2"), S("never.mov | /old/disk/holiday")}));
     EXPECT_EQ(dialog.state(), State::WaitingForFolder);
     EXPECT_TRUE(dialog.findChild<QPushButton*>(S("specifyFolderButton"))->property("activeButton").toBool());
 }

@@ -20,12 +20,12 @@ class EditorTreeTest : public testing::Test
 {
 protected:
     EditorTreeTest()
-        : root(nullptr)
-        , panel(root, nullptr, "panel", journal)
-        , passThrough(panel, nullptr)
-        , leaf(passThrough, nullptr, "leaf", journal)
-        , sibling(panel, nullptr, "sibling", journal)
-    { }
+        : root(nullptr),
+          panel(root, nullptr, "panel", journal),
+          passThrough(panel, nullptr),
+          leaf(passThrough, nullptr, "leaf", journal),
+          sibling(panel, nullptr, "sibling", journal)
+    {}
 
     std::vector<std::string> journal;
     AbstractEditor root;
@@ -48,9 +48,8 @@ TEST_F(EditorTreeTest, AnEditorThatOverridesNothingStillPassesEveryStepOn)
     EXPECT_EQ(loads.count(), 1);
     EXPECT_EQ(applies.count(), 1);
     EXPECT_EQ(resets.count(), 1);
-    EXPECT_THAT(journal,
-        ElementsAre("panel loads", "leaf loads", "sibling loads", "panel applies", "leaf applies",
-            "sibling applies", "panel resets", "leaf resets", "sibling resets"));
+    EXPECT_THAT(journal, ElementsAre("panel loads", "leaf loads", "sibling loads", "panel applies", "leaf applies",
+                                     "sibling applies", "panel resets", "leaf resets", "sibling resets"));
 }
 
 TEST_F(EditorTreeTest, AStepStartedInTheMiddleReachesOnlyTheBranchBelow)

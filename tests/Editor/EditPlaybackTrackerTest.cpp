@@ -25,9 +25,7 @@ namespace {
 class PanelEditor : public ModelEditor
 {
 public:
-    PanelEditor()
-        : ModelEditor([](const auto&, const auto*) { return true; }, nullptr)
-    { }
+    PanelEditor() : ModelEditor([](const auto&, const auto*) { return true; }, nullptr) {}
     bool deferPositionCheck(const Editor::Object*) const override { return defer; }
     bool defer = false;
 };
@@ -69,7 +67,7 @@ protected:
 
     ExclusiveService editorPlayer;
     ExclusiveService panelPlayer;
-    ExclusiveClient panelClient { &editorPlayer };
+    ExclusiveClient panelClient{&editorPlayer};
     PanelEditor panel;
     std::unique_ptr<PlayerEditor> playerEditor;
     const Timeline::Clip* editedClip = clip;
@@ -86,10 +84,7 @@ struct HoldCase
     bool playing;
 };
 
-void PrintTo(const HoldCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
+void PrintTo(const HoldCase& row, std::ostream* out) { *out << row.name; }
 
 class PlayerHoldMoveTest : public PlayerHoldTest, public testing::WithParamInterface<HoldCase>
 {
@@ -108,19 +103,26 @@ TEST_P(PlayerHoldMoveTest, KeepsTheHoldOnlyWhilePausedInsideTheClip)
     EXPECT_EQ(tracker->playing(), GetParam().playing);
 }
 
-const std::vector<std::string> Kept { "position changed", "edit position changed" };
-const std::vector<std::string> GivenBack { "position changed", "panel gives the player back",
-    "player editor lets go" };
+const std::vector<std::string> Kept{"position changed", "edit position changed"};
+const std::vector<std::string> GivenBack{"position changed", "panel gives the player back", "player editor lets go"};
 
-INSTANTIATE_TEST_SUITE_P(Moves, PlayerHoldMoveTest,
-    testing::Values(HoldCase { "at_end", [](Model::Host& h) { h.setPlaybackPosition(3000); }, Kept, true, false },
-        HoldCase { "at_start", [](Model::Host& h) { h.setPlaybackPosition(1000); }, Kept, true, false },
-        HoldCase { "past_end", [](Model::Host& h) { h.setPlaybackPosition(3001); }, GivenBack, false, false },
-        HoldCase { "before_start", [](Model::Host& h) { h.setPlaybackPosition(999); }, GivenBack, false, false },
-        HoldCase { "playing", [](Model::Host& h) { h.setPlaybackCode(Playback::State::Playing); },
-            { "state changed", "panel gives the player back", "player editor lets go" }, false, true },
-        HoldCase { "stopped", [](Model::Host& h) { h.setPlaybackCode(Playback::State::Stopped); },
-            { "state changed" }, true, false }),
+INSTANTIATE_TEST_SUITE_P(
+    Moves, PlayerHoldMoveTest,
+    testing::Values(HoldCase{"at_end", [](Model::Host& h) { h.setPlaybackPosition(3000); }, Kept, true, false},
+                    HoldCase{"at_start", [](Model::Host& h) { h.setPlaybackPosition(1000); }, Kept, true, false},
+                    HoldCase{"past_end", [](Model::Host& h) { h.setPlaybackPosition(3001); }, GivenBack, false, false},
+                    HoldCase{"before_start", [](Model::Host& h) { h.setPlaybackPosition(999); }, GivenBack, false,
+                             false},
+                    HoldCase{"playing",
+                             [](Model::Host& h) { h.setPlaybackCode(Playback::State::Playing); },
+                             {"state changed", "panel gives the player back", "player editor lets go"},
+                             false,
+                             true},
+                    HoldCase{"stopped",
+                             [](Model::Host& h) { h.setPlaybackCode(Playback::State::Stopped); },
+                             {"state changed"},
+                             true,
+                             false}),
     [](const testing::TestParamInfo<HoldCase>& info) { return std::string(info.param.name); });
 
 TEST_F(PlayerHoldTest, WhileStoppedAMoveOutsideTheClipDoesNothing)
@@ -272,7 +274,7 @@ TEST_F(EditPlaybackTrackerEdgeTest, APlaybackObjectThatGoesAwayIsForgotten)
     EditPlaybackTracker tracker(
         nullptr, nullptr, nullptr, [] { return nullptr; }, nullptr);
     auto playback = std::make_unique<Playback::Object>();
-    playback->setState(Playback::State {});
+    playback->setState(Playback::State{});
     const Playback::Object* record = host.add(std::move(playback));
     tracker.setPlayback(record);
 

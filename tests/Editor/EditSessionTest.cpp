@@ -23,7 +23,7 @@ protected:
         root = std::make_unique<ModelEditor>(
             [this](const std::set<const Timeline::Clip*>& clips, const Timeline::Object* t) {
                 journal.push_back("acceptor asked about " + std::to_string(clips.size()) + " clips of "
-                    + (t == timeline ? "the edited timeline" : "another timeline"));
+                                  + (t == timeline ? "the edited timeline" : "another timeline"));
                 return clips.count(clip) != 0;
             },
             [this](std::set<const Timeline::Clip*>& clips, const Timeline::Object* t) {
@@ -31,10 +31,10 @@ protected:
                     clips.erase(clip);
             });
         QObject::connect(root.get(), &ModelEditor::editorStateChanged, &listenerContext,
-            [this](const Editor::Object* to, const Editor::Object* from) {
-                journal.push_back(std::string("state ") + (from->active ? "active" : "idle") + " -> "
-                    + (to->active ? "active" : "idle"));
-            });
+                         [this](const Editor::Object* to, const Editor::Object* from) {
+                             journal.push_back(std::string("state ") + (from->active ? "active" : "idle") + " -> "
+                                               + (to->active ? "active" : "idle"));
+                         });
         settings = std::make_unique<NotingEditor>(*root, host.editor(), "settings", journal);
         preview = std::make_unique<NotingEditor>(*root, host.editor(), "preview", journal);
         previewPart = std::make_unique<NotingEditor>(*preview, host.editor(), "preview part", journal);
@@ -50,9 +50,8 @@ TEST_F(EditSessionTest, BeginningASessionChangesTheStateThenLoadsTheTreeTopDown)
 {
     ASSERT_TRUE(host.beginSession(timeline, clip));
 
-    EXPECT_THAT(journal,
-        ElementsAre("state idle -> active", "settings loads, editing a clip", "preview loads, editing a clip",
-            "preview part loads, editing a clip"));
+    EXPECT_THAT(journal, ElementsAre("state idle -> active", "settings loads, editing a clip",
+                                     "preview loads, editing a clip", "preview part loads, editing a clip"));
 }
 
 TEST_F(EditSessionTest, ApplyingOrResettingRunsTheTreeBeforeTheSessionEnds)
@@ -61,7 +60,7 @@ TEST_F(EditSessionTest, ApplyingOrResettingRunsTheTreeBeforeTheSessionEnds)
     journal.clear();
     host.applySession();
     EXPECT_THAT(journal,
-        ElementsAre("settings applies", "preview applies", "preview part applies", "state active -> idle"));
+                ElementsAre("settings applies", "preview applies", "preview part applies", "state active -> idle"));
 
     host.beginSession(timeline, clip);
     journal.clear();
@@ -69,7 +68,7 @@ TEST_F(EditSessionTest, ApplyingOrResettingRunsTheTreeBeforeTheSessionEnds)
     host.resetSession();
 
     EXPECT_THAT(journal,
-        ElementsAre("settings resets", "preview resets", "preview part resets", "state active -> idle"));
+                ElementsAre("settings resets", "preview resets", "preview part resets", "state active -> idle"));
 }
 
 TEST_F(EditSessionTest, StateChangesCarryTheNewStateFirst)
@@ -78,10 +77,10 @@ TEST_F(EditSessionTest, StateChangesCarryTheNewStateFirst)
     const Editor::Object* seenFrom = nullptr;
     bool fromWasIdle = false;
     QObject::connect(root.get(), &ModelEditor::editorStateChanged, &listenerContext,
-        [&](const Editor::Object*, const Editor::Object* from) {
-            seenFrom = from;
-            fromWasIdle = !from->active && from->clip == nullptr;
-        });
+                     [&](const Editor::Object*, const Editor::Object* from) {
+                         seenFrom = from;
+                         fromWasIdle = !from->active && from->clip == nullptr;
+                     });
 
     host.beginSession(timeline, clip);
 
@@ -108,18 +107,17 @@ TEST_F(EditSessionTest, TheAcceptorDecidesAboutClipsOfTheEditedTimeline)
     host.beginSession(timeline, clip);
     journal.clear();
 
-    EXPECT_TRUE(host.canAcceptClips({ clip }));
+    EXPECT_TRUE(host.canAcceptClips({clip}));
     EXPECT_FALSE(host.canAcceptClips({}));
-    EXPECT_THAT(journal,
-        ElementsAre("acceptor asked about 1 clips of the edited timeline",
-            "acceptor asked about 0 clips of the edited timeline"));
+    EXPECT_THAT(journal, ElementsAre("acceptor asked about 1 clips of the edited timeline",
+                                     "acceptor asked about 0 clips of the edited timeline"));
 }
 
 TEST_F(EditSessionTest, TheFilterNarrowsTheClipsInPlace)
 {
     host.beginSession(timeline, clip);
     const Timeline::Clip* other = host.addClip(Timeline::Clip(Timeline::Clip::Audio));
-    std::set<const Timeline::Clip*> clips { clip, other };
+    std::set<const Timeline::Clip*> clips{clip, other};
 
     host.filterClips(clips);
 
@@ -150,7 +148,7 @@ TEST_F(ModelEditorFunctionsTest, WithoutAnAcceptorAskingThrows)
     ModelEditor editor(acceptor, nullptr);
     host.beginSession(timeline, clip);
 
-    EXPECT_THROW(host.canAcceptClips({ clip }), std::bad_function_call);
+    EXPECT_THROW(host.canAcceptClips({clip}), std::bad_function_call);
 }
 
 TEST_F(ModelEditorFunctionsTest, WithoutAFilterTheClipsStayExactlyAsGiven)
@@ -158,7 +156,7 @@ TEST_F(ModelEditorFunctionsTest, WithoutAFilterTheClipsStayExactlyAsGiven)
     ModelEditor editor([](const auto&, const auto*) { return true; }, nullptr);
     host.beginSession(timeline, clip);
     const Timeline::Clip* other = host.addClip(Timeline::Clip(Timeline::Clip::Audio));
-    std::set<const Timeline::Clip*> clips { clip, other };
+    std::set<const Timeline::Clip*> clips{clip, other};
 
     editor.filterClips(clips);
 

@@ -19,10 +19,7 @@ using PubSub::Details::Dispatcher;
 
 using Log = std::vector<std::string>;
 
-std::string size(const EffectPreview* p)
-{
-    return std::to_string(p->width) + "x" + std::to_string(p->height);
-}
+std::string size(const EffectPreview* p) { return std::to_string(p->width) + "x" + std::to_string(p->height); }
 
 // A view that logs every hook with the sizes it is given.
 class RecordingView : public Message::View<EffectPreview>
@@ -30,8 +27,7 @@ class RecordingView : public Message::View<EffectPreview>
 public:
     RecordingView(std::string name, Log& log, const EffectPreview* object = nullptr)
         : Message::View<EffectPreview>(object), m_name(std::move(name)), m_log(log)
-    {
-    }
+    {}
     std::function<void()> onChanged;
 
 protected:
@@ -47,7 +43,10 @@ protected:
         if (onChanged)
             onChanged();
     }
-    void changed(const EffectPreview* p, const EffectPreview* previous) override { write("changed2 " + size(previous) + " -> " + size(p)); }
+    void changed(const EffectPreview* p, const EffectPreview* previous) override
+    {
+        write("changed2 " + size(previous) + " -> " + size(p));
+    }
     void changed(const EffectPreview* p) override { write("changed1 " + size(p)); }
     void removeRequested(EffectPreview* p) override { write("removeRequested " + size(p)); }
     void removed(const EffectPreview* p) override { write("removed " + size(p)); }
@@ -67,12 +66,18 @@ public:
     explicit BusLog(Log& log) : m_log(log) {}
 
 private:
-    void notify(const Message::Types::Added<EffectPreview>& m) override { m_log.push_back("bus: Added " + size(m.object())); }
+    void notify(const Message::Types::Added<EffectPreview>& m) override
+    {
+        m_log.push_back("bus: Added " + size(m.object()));
+    }
     void notify(const Message::Types::Changed<EffectPreview>& m) override
     {
         m_log.push_back("bus: Changed " + size(m.previous()) + " -> " + size(m.object()));
     }
-    void notify(const Message::Types::Removed<EffectPreview>& m) override { m_log.push_back("bus: Removed " + size(m.object())); }
+    void notify(const Message::Types::Removed<EffectPreview>& m) override
+    {
+        m_log.push_back("bus: Removed " + size(m.object()));
+    }
     Log& m_log;
 };
 
@@ -149,8 +154,12 @@ TEST_F(MessageViewTest, CommittedChangeResetsTheWorkingCopyToADefaultRecord)
     chain->composition = &composition;
     chain->width = 10;
     std::string copyDuringHooks;
-    owner.onChanged = [&] { copyDuringHooks = size(copy) + (copy->composition ? " with composition" : " without composition"); };
-    { auto commit = std::move(chain); }
+    owner.onChanged = [&] {
+        copyDuringHooks = size(copy) + (copy->composition ? " with composition" : " without composition");
+    };
+    {
+        auto commit = std::move(chain);
+    }
     owner.onChanged = nullptr;
     EXPECT_EQ(copyDuringHooks, "800x450 without composition");
     EXPECT_EQ(preview->composition, &composition);
@@ -207,7 +216,9 @@ TEST_F(MessageViewTest, ChangeReachingNoOwnerChangesNothingAndIsReported)
     chain->width = 5;
     owner.remove(owner.object());
     const auto errorsBefore = capture.errors().size();
-    { auto commit = std::move(chain); }
+    {
+        auto commit = std::move(chain);
+    }
     EXPECT_EQ(capture.errors().size(), errorsBefore + 1);
     EXPECT_TRUE(late.objects().empty());
 }
@@ -261,9 +272,10 @@ TEST_F(MessageViewTest, ObserveNewAndObserveAllFollowRecordsOfOtherOwners)
     EXPECT_TRUE(all.isObserved(preview));
     log.clear();
     owner.change(preview)->height = 7;
-    EXPECT_THAT(log, ElementsAre("owner: changed3 100x50 -> 100x7", "owner: changed2 100x50 -> 100x7", "owner: changed1 100x7",
-                                 "fresh: changed3 100x50 -> 100x7", "fresh: changed2 100x50 -> 100x7", "fresh: changed1 100x7",
-                                 "all: changed3 100x50 -> 100x7", "all: changed2 100x50 -> 100x7", "all: changed1 100x7"));
+    EXPECT_THAT(
+        log, ElementsAre("owner: changed3 100x50 -> 100x7", "owner: changed2 100x50 -> 100x7", "owner: changed1 100x7",
+                         "fresh: changed3 100x50 -> 100x7", "fresh: changed2 100x50 -> 100x7", "fresh: changed1 100x7",
+                         "all: changed3 100x50 -> 100x7", "all: changed2 100x50 -> 100x7", "all: changed1 100x7"));
 }
 
 TEST_F(MessageViewTest, ForgottenRecordIsNoLongerFollowed)
@@ -297,9 +309,9 @@ TEST_F(MessageViewTest, ViewDestroyedDuringADeliveryIsNotCalled)
     log.clear();
 
     owner.change(preview)->width = 1;
-    EXPECT_THAT(log, ElementsAre("owner: changed3 100x50 -> 1x50", "owner: changed2 100x50 -> 1x50", "owner: changed1 1x50",
-                                 "killer: changed3 100x50 -> 1x50", "killer: changed2 100x50 -> 1x50",
-                                 "killer: changed1 1x50"));
+    EXPECT_THAT(log, ElementsAre("owner: changed3 100x50 -> 1x50", "owner: changed2 100x50 -> 1x50",
+                                 "owner: changed1 1x50", "killer: changed3 100x50 -> 1x50",
+                                 "killer: changed2 100x50 -> 1x50", "killer: changed1 1x50"));
 }
 
 TEST_F(MessageViewTest, DestroyedOwnerAnnouncesItsRecordsRemoved)

@@ -28,7 +28,8 @@ protected:
     using Message::View<Clip>::changed;
     void changed(const Clip* clip, const Clip* previous) override
     {
-        log.push_back(std::string(previous->isBroken() ? "broken" : "fine") + " -> " + (clip->isBroken() ? "broken" : "fine"));
+        log.push_back(std::string(previous->isBroken() ? "broken" : "fine") + " -> "
+                      + (clip->isBroken() ? "broken" : "fine"));
     }
 };
 
@@ -81,7 +82,10 @@ TEST_F(ModelThroughViewsTest, NestedTimelineAndEffectsAreEditedOnTheWorkingCopy)
     const Timeline::Object* inner = host.addTimeline("inner");
     const Clip* nested = host.addClip(Clip(Clip::Nested).setNestedTimeline(inner).setName("Intro"));
     Message::View<Timeline::Object> timelines(timeline);
-    timelines.change(timeline)->addClip(nested, ClipTiming(timeline->primaryTrack(), 100, 50)).setClipSpeed(video, 2).reverseClip(video);
+    timelines.change(timeline)
+        ->addClip(nested, ClipTiming(timeline->primaryTrack(), 100, 50))
+        .setClipSpeed(video, 2)
+        .reverseClip(video);
     EXPECT_THAT(timeline->clipsByType(Clip::Nested), ElementsAre(nested));
     EXPECT_EQ((*timeline->clipsByType(Clip::Nested).begin())->nestedTimeline(), inner);
     EXPECT_EQ(timeline->clipTiming(video).length, 50);
@@ -137,7 +141,11 @@ TEST_F(ModelThroughViewsTest, ThumbnailRecordsAddedByAViewAreAnsweredThroughIt)
     Requester requester;
     {
         auto chain = requester.add(new Thumbnail::Object);
-        chain->setResource({"/media/a.mp4:v:0", Resource::Video}).setResourceDuration(100).setTime(30).setWidth(160).setHeight(90);
+        chain->setResource({"/media/a.mp4:v:0", Resource::Video})
+            .setResourceDuration(100)
+            .setTime(30)
+            .setWidth(160)
+            .setHeight(90);
     }
     ASSERT_EQ(frames->asked.size(), 1u);
     const Thumbnail::Object* thumbnail = frames->asked[0];

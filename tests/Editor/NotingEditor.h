@@ -13,17 +13,14 @@ class NotingEditor : public ChainedEditor
 
 public:
     NotingEditor(AbstractEditor& parent, const Editor::Object* editor, std::string name,
-        std::vector<std::string>& journal)
-        : ChainedEditor(parent, editor)
-        , m_name(std::move(name))
-        , m_journal(journal)
-    { }
+                 std::vector<std::string>& journal)
+        : ChainedEditor(parent, editor), m_name(std::move(name)), m_journal(journal)
+    {}
 
 private slots:
     void onLoad() override
     {
-        const std::string what
-            = editor() ? (editor()->canEdit() ? ", editing a clip" : ", editing nothing") : "";
+        const std::string what = editor() ? (editor()->canEdit() ? ", editing a clip" : ", editing nothing") : "";
         m_journal.push_back(m_name + " loads" + what);
         ChainedEditor::onLoad();
     }

@@ -21,8 +21,7 @@ public:
     RecordingPreviewView(std::string name, std::vector<std::string>& log, const X* a, const X* b,
                          const Composition::Object* c, const Preview::Object<X>* preview = nullptr)
         : Preview::View<X>(preview), m_name(std::move(name)), m_log(log), m_a(a), m_b(b), m_c(c)
-    {
-    }
+    {}
 
 protected:
     void previewAdded(const P* p) override { write("added " + target(p->target)); }
@@ -94,8 +93,9 @@ TYPED_TEST(PreviewViewTest, FirstChangeAddsThePreviewThenChangesReportTargetBefo
         chain->target = &this->b;
         chain->composition = &this->composition;
     }
-    EXPECT_THAT(this->log, ElementsAre("view: changed3 a->b", "view: targetChanged from a now b",
-                                       "view: compositionChanged from - now c", "view: changed2 -->c", "view: changed1"));
+    EXPECT_THAT(this->log,
+                ElementsAre("view: changed3 a->b", "view: targetChanged from a now b",
+                            "view: compositionChanged from - now c", "view: changed2 -->c", "view: changed1"));
 
     this->log.clear();
     view.previewChange(preview)->width = 320; // neither target nor composition
@@ -116,9 +116,10 @@ TYPED_TEST(PreviewViewTest, ObservedPreviewChangesOnlyWhenItsOwnerAnnouncesIt)
 
     observer.previewChange(preview)->target = &this->b;
     EXPECT_EQ(preview->target, &this->b);
-    EXPECT_THAT(this->log, ElementsAre("owner: changed3 a->b", "owner: targetChanged from a now b", "owner: changed2 -->-",
-                                       "owner: changed1", "observer: changed3 a->b", "observer: targetChanged from a now b",
-                                       "observer: changed2 -->-", "observer: changed1"));
+    EXPECT_THAT(this->log,
+                ElementsAre("owner: changed3 a->b", "owner: targetChanged from a now b", "owner: changed2 -->-",
+                            "owner: changed1", "observer: changed3 a->b", "observer: targetChanged from a now b",
+                            "observer: changed2 -->-", "observer: changed1"));
 
     this->log.clear();
     EXPECT_TRUE(observer.previewRemove(preview)); // asked of the owner

@@ -36,11 +36,11 @@ protected:
     void watch(ExclusiveClient* client, const std::string& name)
     {
         QObject::connect(client, &ExclusiveClient::intercepted, &context,
-            [this, name] { journal.push_back(name + " intercepted"); });
+                         [this, name] { journal.push_back(name + " intercepted"); });
         QObject::connect(client, &ExclusiveClient::otherClientAppeared, &context,
-            [this, name] { journal.push_back(name + " sees another client"); });
+                         [this, name] { journal.push_back(name + " sees another client"); });
         QObject::connect(client, &ExclusiveClient::released, &context,
-            [this, name] { journal.push_back(name + " released"); });
+                         [this, name] { journal.push_back(name + " released"); });
     }
 
     void startSession()
@@ -54,9 +54,9 @@ protected:
     QObject context;
     ExclusiveService player;
     ExclusiveService panelPlayer;
-    ExclusiveClient panelClient { &player };
-    ExclusiveClient timelineClient { &player };
-    AbstractEditor root { nullptr };
+    ExclusiveClient panelClient{&player};
+    ExclusiveClient timelineClient{&player};
+    AbstractEditor root{nullptr};
     std::unique_ptr<PlayerEditor> editorPtr;
 };
 

@@ -20,10 +20,7 @@ using testing::IsEmpty;
 namespace {
 
 // Runs everything posted so far, as one turn of the event loop would.
-void runEventLoopTurn()
-{
-    QCoreApplication::sendPostedEvents();
-}
+void runEventLoopTurn() { QCoreApplication::sendPostedEvents(); }
 
 // A clip edited on the scene: the frames come from a delegate that notes what it is asked
 // for and draws a frame of 64 x 36.
@@ -36,7 +33,7 @@ protected:
         editor->setSceneHelper(&helper);
         editor->setSceneSizeDelegate([this](const Editor::Object* session, const Timeline::Clip* edited) {
             journal.push_back(std::string("size asked")
-                + (edited == clip && session == host.editor() ? " for the clip" : ""));
+                              + (edited == clip && session == host.editor() ? " for the clip" : ""));
             return QSizeF(1280, 720);
         });
         editor->setBackgroundDelegate([this](const Timeline::Clip* edited, Types::Time time) {
@@ -48,16 +45,12 @@ protected:
         note(editor.get(), &AbstractEditor::load, "scene editor loaded");
         note(editor.get(), &AbstractEditor::reset, "scene editor reset");
         note(editor->sceneClient(), &ExclusiveClient::released, "scene let go");
-        QObject::connect(
-            &helper, &SceneHelper::sceneBackgroundChanged, &listenerContext, [this](const QPixmap& p) {
-                journal.push_back(
-                    "background " + std::to_string(p.width()) + "x" + std::to_string(p.height()));
-            });
-        QObject::connect(
-            editor.get(), &SceneEditor::sceneRectChanged, &listenerContext, [this](const QRectF& r) {
-                journal.push_back(
-                    "scene " + std::to_string(int(r.width())) + "x" + std::to_string(int(r.height())));
-            });
+        QObject::connect(&helper, &SceneHelper::sceneBackgroundChanged, &listenerContext, [this](const QPixmap& p) {
+            journal.push_back("background " + std::to_string(p.width()) + "x" + std::to_string(p.height()));
+        });
+        QObject::connect(editor.get(), &SceneEditor::sceneRectChanged, &listenerContext, [this](const QRectF& r) {
+            journal.push_back("scene " + std::to_string(int(r.width())) + "x" + std::to_string(int(r.height())));
+        });
     }
 
     void editTheClip()
@@ -68,7 +61,7 @@ protected:
     }
 
     SceneHelper helper;
-    ModelEditor panel { [](const auto&, const auto*) { return true; }, nullptr };
+    ModelEditor panel{[](const auto&, const auto*) { return true; }, nullptr};
     std::unique_ptr<SceneEditor> editor;
 };
 
@@ -91,8 +84,7 @@ TEST_F(SceneEditorTest, ResizingRedrawsTheBackgroundOncePerTurnOfTheLoop)
     EXPECT_THAT(journal, ElementsAre("scene 640x360", "scene 320x180"));
 
     runEventLoopTurn();
-    EXPECT_THAT(
-        journal, ElementsAre("scene 640x360", "scene 320x180", "frame 0 of the clip", "background 320x180"));
+    EXPECT_THAT(journal, ElementsAre("scene 640x360", "scene 320x180", "frame 0 of the clip", "background 320x180"));
 
     journal.clear();
     runEventLoopTurn();
@@ -262,8 +254,7 @@ TEST_F(SceneEditorTest, WithoutAHelperNothingBreaks)
     editor->scheduleBackground();
     runEventLoopTurn();
 
-    EXPECT_THAT(
-        journal, ElementsAre("size asked for the clip", "scene editor loaded", "frame 0 of the clip"));
+    EXPECT_THAT(journal, ElementsAre("size asked for the clip", "scene editor loaded", "frame 0 of the clip"));
     EXPECT_EQ(editor->sceneClient()->service(), nullptr);
 }
 
@@ -288,10 +279,7 @@ struct EditTimeCase
 };
 
 // Rows are named by meaning in the test names and in failure messages.
-void PrintTo(const EditTimeCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
+void PrintTo(const EditTimeCase& row, std::ostream* out) { *out << row.name; }
 
 class ClipEditTimeTest : public SessionFixture, public testing::WithParamInterface<EditTimeCase>
 {
@@ -305,10 +293,11 @@ TEST_P(ClipEditTimeTest, StaysWithinTheClip)
 }
 
 INSTANTIATE_TEST_SUITE_P(Positions, ClipEditTimeTest,
-    testing::Values(EditTimeCase { "no_position", std::nullopt, 0 }, EditTimeCase { "at_start", 1000, 0 },
-        EditTimeCase { "inside", 1500, 500 }, EditTimeCase { "before_start", 10, 0 },
-        EditTimeCase { "at_end", 3000, 1999 }, EditTimeCase { "past_end", 99999, 1999 }),
-    [](const testing::TestParamInfo<EditTimeCase>& info) { return std::string(info.param.name); });
+                         testing::Values(EditTimeCase{"no_position", std::nullopt, 0},
+                                         EditTimeCase{"at_start", 1000, 0}, EditTimeCase{"inside", 1500, 500},
+                                         EditTimeCase{"before_start", 10, 0}, EditTimeCase{"at_end", 3000, 1999},
+                                         EditTimeCase{"past_end", 99999, 1999}),
+                         [](const testing::TestParamInfo<EditTimeCase>& info) { return std::string(info.param.name); });
 
 class ClipEditTimeEdgeTest : public SessionFixture
 {

@@ -22,12 +22,12 @@ protected:
     {
         timeline = host.addTimeline("Project");
         clip = host.addClip(Timeline::Clip(Timeline::Clip::Video));
-        host.edit(timeline)->addClip(
-            clip, Timeline::ClipTiming(timeline->primaryTrack(), ClipStart, ClipLength));
+        host.edit(timeline)->addClip(clip, Timeline::ClipTiming(timeline->primaryTrack(), ClipStart, ClipLength));
     }
 
     // Writes `entry` to the journal whenever `signal` of `sender` is emitted.
-    template <class Sender, class Signal> void note(Sender* sender, Signal signal, const std::string& entry)
+    template <class Sender, class Signal>
+    void note(Sender* sender, Signal signal, const std::string& entry)
     {
         QObject::connect(sender, signal, &listenerContext, [this, entry] { journal.push_back(entry); });
     }

@@ -65,7 +65,8 @@ private:
     void fileRemoved(const Media::File* f) override { log.push_back("removed " + f->path().str()); }
     void fileOpened(const Media::File* f) override
     {
-        log.push_back("opened " + f->path().str() + " streams " + std::to_string(f->videos().size() + f->audios().size()));
+        log.push_back("opened " + f->path().str() + " streams "
+                      + std::to_string(f->videos().size() + f->audios().size()));
     }
     void fileFailed(const Media::File* f) override { log.push_back("failed " + f->path().str()); }
     void notify(const Media::FileOpenFailedNotification& n) override
@@ -195,7 +196,10 @@ public:
     std::vector<QSize> frames;
 
 private:
-    void recordChanged(const Thumbnail::Object* t, const Thumbnail::Object*) override { frames.push_back(t->image().size()); }
+    void recordChanged(const Thumbnail::Object* t, const Thumbnail::Object*) override
+    {
+        frames.push_back(t->image().size());
+    }
 };
 
 TEST(HostThumbnailTest, ProviderAnswersReachTheOwnerOfTheRecord)
@@ -295,7 +299,10 @@ public:
 private:
     void playbackStarted(const Playback::Object*) override { log.push_back("started"); }
     void playbackStopped(const Playback::Object*) override { log.push_back("stopped"); }
-    void positionChanged(const Playback::Object* p) override { log.push_back("position " + std::to_string(p->state()->position)); }
+    void positionChanged(const Playback::Object* p) override
+    {
+        log.push_back("position " + std::to_string(p->state()->position));
+    }
 };
 
 class Seeker : public PubSub::Publisher<Playback::FrameSeekRequest>
@@ -322,7 +329,8 @@ TEST(HostPlaybackTest, PlayerChangesAndSeeksReachThePlaybackView)
         seek->state()->position = 90;
     }
     EXPECT_EQ(host.playback()->state()->position, 90);
-    EXPECT_THAT(watcher.log, ElementsAre("position 0", "started", "position 25", "stopped", "position 70", "position 90"));
+    EXPECT_THAT(watcher.log,
+                ElementsAre("position 0", "started", "position 25", "stopped", "position 70", "position 90"));
 }
 
 class ClipSelectionWatcher : public Selection::View<Timeline::Clip>
@@ -331,7 +339,8 @@ public:
     std::vector<std::size_t> sizes;
 
 private:
-    void selectionChanged(const std::set<const Timeline::Clip*>& current, const std::set<const Timeline::Clip*>&) override
+    void selectionChanged(const std::set<const Timeline::Clip*>& current,
+                          const std::set<const Timeline::Clip*>&) override
     {
         sizes.push_back(current.size());
     }

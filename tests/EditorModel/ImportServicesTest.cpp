@@ -43,7 +43,8 @@ std::string placement(const Timeline::Object* timeline, const Timeline::Clip* cl
     const Timeline::ClipTiming& t = timeline->clipTiming(clip);
     std::ostringstream out;
     out << clip->name() << " type=" << clip->type() << " track=" << (t.track ? int(t.track->kind()) : -1)
-        << " at=" << t.position / (second / 10) << " len=" << t.length / (second / 10) << " off=" << t.offset / (second / 10);
+        << " at=" << t.position / (second / 10) << " len=" << t.length / (second / 10)
+        << " off=" << t.offset / (second / 10);
     return out.str();
 }
 
@@ -95,7 +96,8 @@ TEST_F(ImportServicesTest, FilesAreAnnouncedPlacedOpenedAndReportedOnce)
     TimelineEar ear(timeline);
     const QStringList paths{file("a.mp4", MediaSamples::mp4()), file("b.png", MediaSamples::png(4, 4)),
                             file("c.wav", MediaSamples::wave()), file("d.mov", QByteArray("junk"))};
-    const FileAdder::AddedResult added = FileAdder::addMediaFiles(paths, FileAdder::ImportPanel, FileAdder::Context(timeline));
+    const FileAdder::AddedResult added =
+        FileAdder::addMediaFiles(paths, FileAdder::ImportPanel, FileAdder::Context(timeline));
 
     ASSERT_EQ(added.files.size(), 4u);
     ASSERT_EQ(added.clips.size(), 4u);
@@ -139,14 +141,14 @@ TEST_F(ImportServicesTest, InsertionMovesLaterClipsOfTheTrackRight)
 TEST_F(ImportServicesTest, BadCallsAddNothingAndSaySo)
 {
     TestSupport::LogCapture log;
-    const FileAdder::AddedResult blank = FileAdder::addMediaFiles({QStringLiteral("  ")}, FileAdder::Unknown,
-                                                                  FileAdder::Context(timeline));
+    const FileAdder::AddedResult blank =
+        FileAdder::addMediaFiles({QStringLiteral("  ")}, FileAdder::Unknown, FileAdder::Context(timeline));
     EXPECT_TRUE(blank.empty());
     EXPECT_EQ(blank.refused.size(), 1);
     EXPECT_TRUE(log.containsError("empty path refused"));
-    EXPECT_TRUE(FileAdder::addMediaFiles({file("a.mp4", MediaSamples::mp4())}, FileAdder::Unknown,
-                                         FileAdder::Context(nullptr))
-                    .empty());
+    EXPECT_TRUE(
+        FileAdder::addMediaFiles({file("a.mp4", MediaSamples::mp4())}, FileAdder::Unknown, FileAdder::Context(nullptr))
+            .empty());
     EXPECT_TRUE(log.containsError("no timeline"));
     Timeline::Track foreign(Timeline::Track::Video);
     EXPECT_TRUE(FileAdder::addMediaFiles({file("a.mp4", MediaSamples::mp4())}, FileAdder::Unknown,
@@ -156,11 +158,11 @@ TEST_F(ImportServicesTest, BadCallsAddNothingAndSaySo)
     EXPECT_EQ(timeline->clips().size(), 1u);
 }
 
-class RequestServiceTest : public ImportServicesTest,
-                           public PubSub::Publisher<Timeline::SplitRequest, Timeline::FreezeFrameRequest,
-                                                    Timeline::TransitionAddRequest, Timeline::ClipAddRequest,
-                                                    Timeline::AnimationAddRequest, Timeline::PanAndZoomAddRequest,
-                                                    Timeline::OverlayAddRequest, Timeline::FileAddRequest>
+class RequestServiceTest
+    : public ImportServicesTest,
+      public PubSub::Publisher<Timeline::SplitRequest, Timeline::FreezeFrameRequest, Timeline::TransitionAddRequest,
+                               Timeline::ClipAddRequest, Timeline::AnimationAddRequest, Timeline::PanAndZoomAddRequest,
+                               Timeline::OverlayAddRequest, Timeline::FileAddRequest>
 {
 protected:
     RequestServiceTest()

@@ -2,11 +2,11 @@
 
 #include "MediaSamples.h"
 
+#include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QSize>
 #include <QTemporaryDir>
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QThread>
 
 #include <gtest/gtest.h>
@@ -15,7 +15,13 @@ namespace {
 
 using namespace MediaSamples;
 
-enum class Kind { None, Video, Audio, Image };
+enum class Kind
+{
+    None,
+    Video,
+    Audio,
+    Image
+};
 
 Kind kindOf(const Media::OpenResult& result)
 {
@@ -51,10 +57,7 @@ struct OpenCase
     QSize frame = QSize(); // of a still image
 };
 
-void PrintTo(const OpenCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
+void PrintTo(const OpenCase& c, std::ostream* os) { *os << c.name; }
 
 class SignatureOpenerTableTest : public ::testing::TestWithParam<OpenCase>
 {
@@ -100,8 +103,8 @@ INSTANTIATE_TEST_SUITE_P(
                  Kind::Video, "matroska"},
         OpenCase{"wave", wave(), true, Kind::Audio, "wave"},
         OpenCase{"wave_truncated", wave(4000), false, Kind::None, ""},
-        OpenCase{"mp3_id3", QByteArray("ID3\x03\x00\x00\x00\x00\x00\x0a", 10) + QByteArray(64, '\0'), true,
-                 Kind::Audio, "mp3"},
+        OpenCase{"mp3_id3", QByteArray("ID3\x03\x00\x00\x00\x00\x00\x0a", 10) + QByteArray(64, '\0'), true, Kind::Audio,
+                 "mp3"},
         OpenCase{"mp3_frame", QByteArray("\xFF\xFB\x90\x64", 4) + QByteArray(400, '\0'), true, Kind::Audio, "mp3"},
         OpenCase{"ogg", QByteArray("OggS\x00\x02", 6) + QByteArray(58, '\0'), true, Kind::Audio, "ogg"},
         OpenCase{"flac", QByteArray("fLaC\x00\x00\x00\x22", 8) + QByteArray(34, '\0'), true, Kind::Audio, "flac"},

@@ -26,8 +26,9 @@ protected:
 TEST_F(TimelineTest, CopiesShareTheFourStandardTracksSoTimingsHoldForBoth)
 {
     EXPECT_EQ(timeline.duration(), 0);
-    EXPECT_EQ(timeline.tracks(), (std::vector<const Timeline::Track*>{timeline.primaryTrack(), timeline.titleTrack(),
-                                                                     timeline.extraVideoTrack(), timeline.nativeAudioTrack()}));
+    EXPECT_EQ(timeline.tracks(),
+              (std::vector<const Timeline::Track*>{timeline.primaryTrack(), timeline.titleTrack(),
+                                                   timeline.extraVideoTrack(), timeline.nativeAudioTrack()}));
     EXPECT_EQ(timeline.extraVideoTrack()->kind(), Timeline::Track::ExtraVideo);
     timeline.addClip(&video, ClipTiming(timeline.primaryTrack(), 0, 100));
     Timeline::Object copy(timeline);
@@ -78,7 +79,9 @@ TEST_F(TimelineTest, RemovingAClipDropsEveryLinkItTakesPartIn)
     EXPECT_FALSE(timeline.isSlave(&title));
     EXPECT_FALSE(timeline.clipTiming(&audio).isValid());
 
-    timeline.addClip(&audio, ClipTiming(timeline.nativeAudioTrack(), 0, 100)).addLink(&video, &audio, 0).removeLink(&audio);
+    timeline.addClip(&audio, ClipTiming(timeline.nativeAudioTrack(), 0, 100))
+        .addLink(&video, &audio, 0)
+        .removeLink(&audio);
     EXPECT_FALSE(timeline.isSlave(&audio));
     EXPECT_TRUE(timeline.contains(&audio));
 }
@@ -135,9 +138,12 @@ TEST_P(TimelineRefusalTest, RefusedEditLeavesTheTimelineUnchangedAndSaysWhy)
 INSTANTIATE_TEST_SUITE_P(
     BadInput, TimelineRefusalTest,
     ::testing::Values(
-        RefusedEdit{"null clip", [](auto& t, auto&, auto&) { t.addClip(nullptr, ClipTiming(t.primaryTrack(), 0, 1)); }, "null clip"},
-        RefusedEdit{"twice", [](auto& t, auto& on, auto&) { t.addClip(&on, ClipTiming(t.primaryTrack(), 5, 1)); }, "already on"},
-        RefusedEdit{"no track", [](auto& t, auto&, auto& off) { t.addClip(&off, ClipTiming(nullptr, 0, 1)); }, "needs a track"},
+        RefusedEdit{"null clip", [](auto& t, auto&, auto&) { t.addClip(nullptr, ClipTiming(t.primaryTrack(), 0, 1)); },
+                    "null clip"},
+        RefusedEdit{"twice", [](auto& t, auto& on, auto&) { t.addClip(&on, ClipTiming(t.primaryTrack(), 5, 1)); },
+                    "already on"},
+        RefusedEdit{"no track", [](auto& t, auto&, auto& off) { t.addClip(&off, ClipTiming(nullptr, 0, 1)); },
+                    "needs a track"},
         RefusedEdit{"remove absent", [](auto& t, auto&, auto& off) { t.removeClip(&off); }, "not on the timeline"},
         RefusedEdit{"link absent", [](auto& t, auto& on, auto& off) { t.addLink(&off, &on, 0); }, "both clips"},
         RefusedEdit{"self link", [](auto& t, auto& on, auto&) { t.addLink(&on, &on, 0); }, "its own master"},

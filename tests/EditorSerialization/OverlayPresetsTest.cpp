@@ -12,10 +12,7 @@ struct MalformedCase
     const char* document;
 };
 
-void PrintTo(const MalformedCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
+void PrintTo(const MalformedCase& c, std::ostream* os) { *os << c.name; }
 
 class MalformedOverlayPresetsTest : public ::testing::TestWithParam<MalformedCase>
 {
@@ -28,7 +25,8 @@ TEST(OverlayPresetsTest, WrittenPresetsReadBackEqual)
     Overlay::Preset preset;
     preset.name = "Caption \xc3\xa9";
     preset.setTag("Titles");
-    preset.appendItem(Overlay::Item().setText("<b>Bold</b>").setTransform(Types::Transform(2, 0, 0, 0, 2, 0, -5, 7.5, 1)));
+    preset.appendItem(
+        Overlay::Item().setText("<b>Bold</b>").setTransform(Types::Transform(2, 0, 0, 0, 2, 0, -5, 7.5, 1)));
     const QByteArray document = Serialize::writeOverlayPresets({&preset, nullptr});
     const auto presets = Serialize::readOverlayPresets(document);
     ASSERT_EQ(presets.size(), 1u) << "null presets are skipped when writing";
@@ -55,8 +53,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         MalformedCase{"empty", ""},
         MalformedCase{"truncated", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[{\"items\":["},
-        MalformedCase{"binary", "\x89PNG\r\n\x1a\n\x00\x00"},
-        MalformedCase{"array_root", "[1,2,3]"},
+        MalformedCase{"binary", "\x89PNG\r\n\x1a\n\x00\x00"}, MalformedCase{"array_root", "[1,2,3]"},
         MalformedCase{"other_format", "{\"format\":\"quiz\",\"version\":1,\"presets\":[]}"},
         MalformedCase{"future_version", "{\"format\":\"overlay-presets\",\"version\":2,\"presets\":[]}"},
         MalformedCase{"presets_not_list", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":{}}"},

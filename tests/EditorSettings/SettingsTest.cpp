@@ -40,7 +40,8 @@ TEST_F(SettingsTest, DefaultsAreUsableBeforeAnythingIsStored)
 {
     EXPECT_TRUE(Settings::rememberLastFolders());
     const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    EXPECT_TRUE(Settings::projectPath().startsWith(QDir::cleanPath(documents))) << Settings::projectPath().toStdString();
+    EXPECT_TRUE(Settings::projectPath().startsWith(QDir::cleanPath(documents)))
+        << Settings::projectPath().toStdString();
     EXPECT_TRUE(Settings::projectPath().endsWith(QStringLiteral("/Projects")));
     EXPECT_TRUE(Settings::snapshotPath().endsWith(QStringLiteral("/Snapshots")));
     EXPECT_EQ(Settings::projectFileExtension(), QStringLiteral("dscproj"));

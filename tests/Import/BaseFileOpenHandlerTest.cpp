@@ -110,8 +110,9 @@ TEST_F(BaseFileOpenHandlerTest, FailuresAreSortedByCauseAndTheUserIsAskedOnce)
     spinTurns();
     ASSERT_EQ(dialog->questions.size(), 1u);
     EXPECT_FALSE(dialog->questions[0].allowKeep) << "the base never offers to keep files";
-    EXPECT_EQ(dialog->questions[0].message,
-              QStringLiteral("Some of the files could not been opened because the codec licenses have not been activated."));
+    EXPECT_EQ(
+        dialog->questions[0].message,
+        QStringLiteral("Some of the files could not been opened because the codec licenses have not been activated."));
     ASSERT_EQ(handler.answers, std::vector<bool>{true});
     const auto& analysis = handler.analyses.front();
     EXPECT_EQ(analysis.failedFiles, (std::set<const Media::File*>{licence, corrupt, silent}));

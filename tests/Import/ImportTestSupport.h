@@ -43,7 +43,10 @@ inline Media::OpenResult failed(std::vector<int> codes)
 class ManualOpener : public Media::Opener
 {
 public:
-    void open(const Types::String& path, Done done) override { m_pending.push_back({path.toQString(), std::move(done)}); }
+    void open(const Types::String& path, Done done) override
+    {
+        m_pending.push_back({path.toQString(), std::move(done)});
+    }
 
     // Answers the oldest request for `path`; false when there is none.
     bool answer(const QString& path, const Media::OpenResult& result)
@@ -76,8 +79,7 @@ class ChoosingOpener : public Media::Opener
 public:
     ChoosingOpener(std::shared_ptr<Media::Opener> honest, QMap<QString, std::vector<int>> failures)
         : m_honest(std::move(honest)), m_failures(std::move(failures))
-    {
-    }
+    {}
     void open(const Types::String& path, Done done) override
     {
         const QString name = QFileInfo(path.toQString()).fileName();

@@ -64,12 +64,13 @@ TEST_F(MimeUtilsTest, FileMatchesOnlyItsLowerCasedLastSuffix)
         const char* fileName;
         const char* suffix;
         bool matches;
-    } cases[] = {{"clip.mp4", "mp4", true},       {"CLIP.MP4", "mp4", true}, {"UPPER.MP4", "MP4", false},
-                 {"dot.mp4", ".mp4", false},      {"archive.mp4.gz", "mp4", false}, {"README", "mp4", false}};
+    } cases[] = {{"clip.mp4", "mp4", true},  {"CLIP.MP4", "mp4", true},        {"UPPER.MP4", "MP4", false},
+                 {"dot.mp4", ".mp4", false}, {"archive.mp4.gz", "mp4", false}, {"README", "mp4", false}};
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.fileName) + " / " + c.suffix);
         const QString path = touch(dir, QString::fromUtf8(c.fileName));
-        EXPECT_EQ(MimeUtils::isUrlListContainsSupportedFile({QUrl::fromLocalFile(path)}, {QString::fromUtf8(c.suffix)}, false),
+        EXPECT_EQ(MimeUtils::isUrlListContainsSupportedFile({QUrl::fromLocalFile(path)}, {QString::fromUtf8(c.suffix)},
+                                                            false),
                   c.matches);
     }
 }
@@ -99,8 +100,8 @@ TEST_F(MimeUtilsTest, ExtractFilesKeepsUrlOrderAndAbsolutePaths)
     const QString b = touch(dir, QStringLiteral("clip.mp4"));
     const QString c = touch(dir, QStringLiteral("A.DSCPROJ"));
     QMimeData data;
-    data.setUrls({QUrl::fromLocalFile(a), QUrl::fromLocalFile(b), QUrl::fromLocalFile(dir.path()),
-                  QUrl::fromLocalFile(c)});
+    data.setUrls(
+        {QUrl::fromLocalFile(a), QUrl::fromLocalFile(b), QUrl::fromLocalFile(dir.path()), QUrl::fromLocalFile(c)});
     EXPECT_EQ(MimeUtils::extractFiles(&data, {QStringLiteral("dscproj")}), (QStringList{a, c}));
     EXPECT_EQ(MimeUtils::extractFiles(&data, {QStringLiteral("mp4"), QStringLiteral("dscproj")}),
               (QStringList{a, b, c}));

@@ -160,6 +160,6 @@ TEST_F(TimelineFileOpenHandlerTest, ClearStopsListeningToTheFinishedBatch)
     const Media::File* file = clips[0]->file();
     opener->answer(QStringLiteral("/m/a.mp4"), opened());
     spinTurns();
-    EXPECT_FALSE(PubSub::Details::Dispatcher::instance().hasSubscribers(
-        typeid(Media::FileOpenFailedNotification), file));
+    EXPECT_FALSE(
+        PubSub::Details::Dispatcher::instance().hasSubscribers(typeid(Media::FileOpenFailedNotification), file));
 }

@@ -169,7 +169,8 @@ TEST(ReplaceNestedTimelineTest, MarksTheNameOnceAndKeepsThePosition)
     {
         const char* oldName;
         const char* expected;
-    } cases[] = {{"Scene", "* Scene"}, {"*Scene", "*Scene"}, {"* Scene", "* Scene"}, {"", "* "}, {"Scene*", "* Scene*"}};
+    } cases[] = {
+        {"Scene", "* Scene"}, {"*Scene", "*Scene"}, {"* Scene", "* Scene"}, {"", "* "}, {"Scene*", "* Scene*"}};
     Model::Host host;
     const Timeline::Object* nested = host.addTimeline("Nested");
     const Timeline::Object* empty = host.addTimeline("Empty replacement");

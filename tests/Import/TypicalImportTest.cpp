@@ -39,9 +39,9 @@ std::vector<std::string> describe(const Timeline::Object* timeline)
 class CountingHandler : public TimelineFileOpenHandler
 {
 public:
-    using TimelineFileOpenHandler::TimelineFileOpenHandler;
     using TimelineFileOpenHandler::files;
     using TimelineFileOpenHandler::finishedCount;
+    using TimelineFileOpenHandler::TimelineFileOpenHandler;
 };
 
 constexpr Types::Time second = Types::TimeUnitsPerSecond;
@@ -52,10 +52,7 @@ struct TypicalImportCase
     bool remove;
 };
 
-void PrintTo(const TypicalImportCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
+void PrintTo(const TypicalImportCase& c, std::ostream* os) { *os << c.name; }
 
 class TypicalImportTest : public ::testing::TestWithParam<TypicalImportCase>
 {
@@ -64,8 +61,8 @@ protected:
     {
         ASSERT_TRUE(dir.isValid());
         auto honest = std::make_shared<Media::SignatureOpener>();
-        host.setOpener(std::make_shared<ChoosingOpener>(honest, QMap<QString, std::vector<int>>{
-                                                                    {QStringLiteral("licence.mp4"), {5, 20}}}));
+        host.setOpener(std::make_shared<ChoosingOpener>(
+            honest, QMap<QString, std::vector<int>>{{QStringLiteral("licence.mp4"), {5, 20}}}));
         Model::installDefaultServices(host);
 
         using namespace MediaSamples;
@@ -92,7 +89,8 @@ protected:
         project = host.addTimeline("Project");
         const Timeline::Clip* before = host.addClip(Timeline::Clip(Timeline::Clip::Color).setName("Before"));
         nestedClip = host.addClip(Timeline::Clip(Timeline::Clip::Nested).setNestedTimeline(scene).setName("Scene 1"));
-        const Timeline::Clip* sound = host.addClip(Timeline::Clip(Timeline::Clip::Audio).setNestedTimeline(scene).setName("Scene 1 audio"));
+        const Timeline::Clip* sound =
+            host.addClip(Timeline::Clip(Timeline::Clip::Audio).setNestedTimeline(scene).setName("Scene 1 audio"));
         const Timeline::Clip* label = host.addClip(Timeline::Clip(Timeline::Clip::Title).setName("Label"));
         const Timeline::Clip* after = host.addClip(Timeline::Clip(Timeline::Clip::Color).setName("After"));
         auto edit = host.edit(project);
@@ -128,8 +126,8 @@ TEST_P(TypicalImportTest, ShadowAddsFilesSettlesFailuresAndMergesBack)
     size_t questionsAtReady = 0;
     QObject::connect(&change, &TimelineShadowChange::shadowReady, [&] { questionsAtReady = dialog->questions.size(); });
 
-    const QStringList files{path("good.mp4"), path("still.png"), path("licence.mp4"), path("cut.mp4"),
-                            path("sound.wav"), path("empty.mov"),  path("missing.mp4"), path("notes.mp4")};
+    const QStringList files{path("good.mp4"),  path("still.png"), path("licence.mp4"), path("cut.mp4"),
+                            path("sound.wav"), path("empty.mov"), path("missing.mp4"), path("notes.mp4")};
     change.addFiles(files, FileAdder::DragAndDrop);
     EXPECT_TRUE(change.filesPending());
     EXPECT_EQ(handler.files().size(), 8u) << "every added file is watched";
@@ -146,8 +144,9 @@ TEST_P(TypicalImportTest, ShadowAddsFilesSettlesFailuresAndMergesBack)
     // licence text because one file failed with code 20.
     ASSERT_EQ(dialog->questions.size(), 1u);
     EXPECT_TRUE(dialog->questions[0].allowKeep);
-    EXPECT_EQ(dialog->questions[0].message,
-              QStringLiteral("Some of the files could not been opened because the codec licenses have not been activated."));
+    EXPECT_EQ(
+        dialog->questions[0].message,
+        QStringLiteral("Some of the files could not been opened because the codec licenses have not been activated."));
 
     const Timeline::Object* shadow = change.shadowTimeline();
     const std::vector<std::string> kept{

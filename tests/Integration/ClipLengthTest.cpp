@@ -36,10 +36,10 @@ protected:
 TEST_F(ClipLengthOnRealFiles, insertedClipsTakeTheirFilesLengthAndTheRestFollows)
 {
     ChangeCounter changes(timeline);
-    const FileAdder::AddedResult added = FileAdder::addMediaFiles(
-        {MediaSamples::path(Sample::Mp4VideoAudio), MediaSamples::path(Sample::WavAudio),
-         MediaSamples::path(Sample::PngImage)},
-        FileAdder::ImportPanel, FileAdder::Context(timeline, 0));
+    const FileAdder::AddedResult added =
+        FileAdder::addMediaFiles({MediaSamples::path(Sample::Mp4VideoAudio), MediaSamples::path(Sample::WavAudio),
+                                  MediaSamples::path(Sample::PngImage)},
+                                 FileAdder::ImportPanel, FileAdder::Context(timeline, 0));
     ASSERT_EQ(added.clips.size(), 3u);
     const int changesWhenAdded = changes.changes;
     EXPECT_EQ(timeline->clipTiming(tail).position, 2 * FileAdder::DefaultClipLength) << "provisional lengths first";
@@ -54,8 +54,8 @@ TEST_F(ClipLengthOnRealFiles, insertedClipsTakeTheirFilesLengthAndTheRestFollows
     EXPECT_NEAR(double(sound), double(1.5 * second), 0.01 * second);
     EXPECT_EQ(timeline->clipTiming(added.clips[0]).length, video) << "the video stream's length";
     EXPECT_EQ(timeline->clipTiming(added.clips[1]).length, sound) << "a sound file's audio length";
-    EXPECT_EQ(timeline->clipTiming(added.clips[2]), Timeline::ClipTiming(timeline->primaryTrack(), video,
-                                                                          FileAdder::DefaultClipLength))
+    EXPECT_EQ(timeline->clipTiming(added.clips[2]),
+              Timeline::ClipTiming(timeline->primaryTrack(), video, FileAdder::DefaultClipLength))
         << "a still keeps its length and follows the video's end";
     EXPECT_EQ(timeline->clipTiming(tail).position, video + FileAdder::DefaultClipLength)
         << "what followed the inserted clips follows their real ends";
@@ -123,8 +123,8 @@ TEST_F(ClipLengthWhileOpening, aStreamWithoutLengthTakesTheFilesAndAFailedFileKe
     ASSERT_TRUE(opener->answer(QStringLiteral("unsized.mp4"), openedWith(0, 4 * second)));
 
     EXPECT_EQ(timeline->clipTiming(unsized).length, 4 * second);
-    EXPECT_EQ(timeline->clipTiming(broken), Timeline::ClipTiming(timeline->primaryTrack(), 4 * second,
-                                                                 FileAdder::DefaultClipLength));
+    EXPECT_EQ(timeline->clipTiming(broken),
+              Timeline::ClipTiming(timeline->primaryTrack(), 4 * second, FileAdder::DefaultClipLength));
 }
 
 TEST_F(ClipLengthWhileOpening, aClipOrTimelineGoneBeforeTheFileOpensIsLeftAlone)

@@ -124,7 +124,7 @@ TEST_P(RealImportTest, failedFilesAreSortedByCauseAskedAboutOnceAndSettledInOneE
     const Types::Time still = FileAdder::DefaultClipLength;
     auto line = [](const char* name, Types::Time at, Types::Time len, int track, bool broken = false) {
         return std::string(name) + " at=" + std::to_string(at) + " len=" + std::to_string(len)
-            + " track=" + std::to_string(track) + (broken ? " broken" : "");
+               + " track=" + std::to_string(track) + (broken ? " broken" : "");
     };
     const Types::Time firstBroken = 3 * second + video + mkv + still;
     std::vector<std::string> expected{
@@ -147,4 +147,6 @@ INSTANTIATE_TEST_SUITE_P(Answers, RealImportTest,
                                          RealImportCase{"removeWithUndecodable", true, true},
                                          RealImportCase{"keepCorruptOnly", false, false},
                                          RealImportCase{"removeCorruptOnly", true, false}),
-                         [](const testing::TestParamInfo<RealImportCase>& info) { return std::string(info.param.name); });
+                         [](const testing::TestParamInfo<RealImportCase>& info) {
+                             return std::string(info.param.name);
+                         });

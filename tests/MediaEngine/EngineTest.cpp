@@ -5,9 +5,9 @@
 #include <TestSupport.h>
 
 #include <QCoreApplication>
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTest>
-#include <QRandomGenerator>
 #include <QThread>
 
 #include <gtest/gtest.h>
@@ -91,7 +91,8 @@ TEST_F(EngineTest, manyProbesAnswerOnceEachWithTheirOwnFile)
 TEST_F(EngineTest, aProbeCancelledBeforeItRanNeverAnswers)
 {
     int answers = 0;
-    const JobId id = engine->probe(MediaSamples::path(Sample::Mp4VideoAudio), nullptr, [&](const ProbeResult&) { ++answers; });
+    const JobId id =
+        engine->probe(MediaSamples::path(Sample::Mp4VideoAudio), nullptr, [&](const ProbeResult&) { ++answers; });
 
     EXPECT_TRUE(engine->cancel(id));
     EXPECT_FALSE(engine->cancel(id));
@@ -103,7 +104,8 @@ TEST_F(EngineTest, aProbeCancelledBeforeItRanNeverAnswers)
 TEST_F(EngineTest, aJobCancelledAfterItsWorkFinishedNeverAnswers)
 {
     int answers = 0;
-    const JobId probe = engine->probe(MediaSamples::path(Sample::Mp4VideoAudio), nullptr, [&](const ProbeResult&) { ++answers; });
+    const JobId probe =
+        engine->probe(MediaSamples::path(Sample::Mp4VideoAudio), nullptr, [&](const ProbeResult&) { ++answers; });
     const JobId frame =
         engine->requestFrame(thumbnailOf(Sample::Mp4Colours, 0), nullptr, [&](const FrameResult&) { ++answers; });
     ASSERT_TRUE(engine->waitForDone(30000)); // both answers are posted, not yet delivered
@@ -176,7 +178,8 @@ TEST_F(EngineTest, requestsForAFrameBeingDecodedShareTheDecode)
     const FrameRequest request = thumbnailOf(Sample::Mp4Colours, 700'000);
     std::vector<std::pair<int, FrameResult>> answers;
     for (int i = 0; i < 3; ++i)
-        engine->requestFrame(request, nullptr, [&answers, i](const FrameResult& result) { answers.emplace_back(i, result); });
+        engine->requestFrame(request, nullptr,
+                             [&answers, i](const FrameResult& result) { answers.emplace_back(i, result); });
     EXPECT_EQ(engine->pendingCount(), 3);
 
     settle();
@@ -195,7 +198,9 @@ TEST_F(EngineTest, cancellingSomeRequestsSharingADecodeKeepsTheOthersAndAllStops
     const FrameRequest kept = thumbnailOf(Sample::Mp4Colours, 700'000);
     const FrameRequest dropped = thumbnailOf(Sample::Mp4Colours, 900'000);
     std::vector<int> answered;
-    auto answer = [&answered](int n) { return [&answered, n](const FrameResult& r) { answered.push_back(r.ok() ? n : -n); }; };
+    auto answer = [&answered](int n) {
+        return [&answered, n](const FrameResult& r) { answered.push_back(r.ok() ? n : -n); };
+    };
     const JobId first = engine->requestFrame(kept, nullptr, answer(1));
     engine->requestFrame(kept, nullptr, answer(2));
     const JobId third = engine->requestFrame(kept, nullptr, answer(3));
@@ -252,7 +257,8 @@ TEST_F(EngineTest, destroyingTheEngineWithWorkUnderWayAnswersNothing)
     QObject context;
     for (int i = 0; i < 8; ++i) {
         engine->probe(MediaSamples::path(Sample::MkvVideo), &context, [&](const ProbeResult&) { ++answers; });
-        engine->requestFrame(thumbnailOf(Sample::Mp4Colours, i * 200'000), &context, [&](const FrameResult&) { ++answers; });
+        engine->requestFrame(thumbnailOf(Sample::Mp4Colours, i * 200'000), &context,
+                             [&](const FrameResult&) { ++answers; });
     }
     QSignalSpy destroyed(engine.get(), &QObject::destroyed);
 
@@ -265,17 +271,18 @@ TEST_F(EngineTest, destroyingTheEngineWithWorkUnderWayAnswersNothing)
 
 TEST_F(EngineTest, amongManyJobsEveryKeptOneAnswersOnceAndNoCancelledOneAnswers)
 {
-    const std::vector<Sample> samples = {Sample::Mp4Colours, Sample::MkvVideo, Sample::AviVideoAudio, Sample::PngImage,
-                                         Sample::RandomBytes, Sample::WavAudio};
+    const std::vector<Sample> samples = {Sample::Mp4Colours, Sample::MkvVideo,    Sample::AviVideoAudio,
+                                         Sample::PngImage,   Sample::RandomBytes, Sample::WavAudio};
     std::map<JobId, int> answers;
     std::vector<JobId> ids;
     QRandomGenerator random(7);
     for (int i = 0; i < 60; ++i) {
         const Sample sample = samples[size_t(i) % samples.size()];
-        const JobId id = i % 2 == 0
-            ? engine->probe(MediaSamples::path(sample), nullptr, [&answers, &ids, i](const ProbeResult&) { ++answers[ids[size_t(i)]]; })
-            : engine->requestFrame(thumbnailOf(sample, random.bounded(2'000'000)), nullptr,
-                                   [&answers, &ids, i](const FrameResult&) { ++answers[ids[size_t(i)]]; });
+        const JobId id =
+            i % 2 == 0 ? engine->probe(MediaSamples::path(sample), nullptr,
+                                       [&answers, &ids, i](const ProbeResult&) { ++answers[ids[size_t(i)]]; })
+                       : engine->requestFrame(thumbnailOf(sample, random.bounded(2'000'000)), nullptr,
+                                              [&answers, &ids, i](const FrameResult&) { ++answers[ids[size_t(i)]]; });
         ids.push_back(id);
     }
     std::set<JobId> cancelled;

@@ -16,13 +16,10 @@ namespace {
 bool near(QRgb actual, QColor expected, int tolerance = 48)
 {
     return qAbs(qRed(actual) - expected.red()) <= tolerance && qAbs(qGreen(actual) - expected.green()) <= tolerance
-        && qAbs(qBlue(actual) - expected.blue()) <= tolerance && qAlpha(actual) == expected.alpha();
+           && qAbs(qBlue(actual) - expected.blue()) <= tolerance && qAlpha(actual) == expected.alpha();
 }
 
-std::string describe(QRgb colour)
-{
-    return QColor::fromRgba(colour).name(QColor::HexArgb).toStdString();
-}
+std::string describe(QRgb colour) { return QColor::fromRgba(colour).name(QColor::HexArgb).toStdString(); }
 
 FrameRequest requestOf(Sample sample, qint64 time, QSize size, ResizeMode mode = ResizeMode::KeepAspectRatioByExpanding,
                        QColor padding = QColor())
@@ -44,7 +41,9 @@ struct TimeCase
     qint64 frameTime; // the frame expected, within half a frame
 };
 
-class DecodeAtTime : public testing::TestWithParam<TimeCase> {};
+class DecodeAtTime : public testing::TestWithParam<TimeCase>
+{
+};
 
 TEST_P(DecodeAtTime, givesTheFrameNearestTheTime)
 {
@@ -59,15 +58,15 @@ TEST_P(DecodeAtTime, givesTheFrameNearestTheTime)
     EXPECT_FALSE(result.fromCache);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    ColourChange, DecodeAtTime,
-    testing::Values(TimeCase{"start", 0, Qt::red, 0}, TimeCase{"beforeTheStart", -5'000'000, Qt::red, 0},
-                    TimeCase{"betweenKeyFrames", 530'000, Qt::red, 520'000},
-                    TimeCase{"lastRedFrame", 960'000, Qt::red, 960'000},
-                    TimeCase{"firstBlueFrame", 1'000'000, Qt::blue, 1'000'000},
-                    TimeCase{"nearerTheNextFrame", 1'435'000, Qt::blue, 1'440'000},
-                    TimeCase{"pastTheEnd", 60'000'000, Qt::blue, 1'960'000}),
-    [](const testing::TestParamInfo<TimeCase>& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(ColourChange, DecodeAtTime,
+                         testing::Values(TimeCase{"start", 0, Qt::red, 0},
+                                         TimeCase{"beforeTheStart", -5'000'000, Qt::red, 0},
+                                         TimeCase{"betweenKeyFrames", 530'000, Qt::red, 520'000},
+                                         TimeCase{"lastRedFrame", 960'000, Qt::red, 960'000},
+                                         TimeCase{"firstBlueFrame", 1'000'000, Qt::blue, 1'000'000},
+                                         TimeCase{"nearerTheNextFrame", 1'435'000, Qt::blue, 1'440'000},
+                                         TimeCase{"pastTheEnd", 60'000'000, Qt::blue, 1'960'000}),
+                         [](const testing::TestParamInfo<TimeCase>& info) { return std::string(info.param.name); });
 
 struct SampleCase
 {
@@ -78,7 +77,9 @@ struct SampleCase
     QColor colour;    // in the middle, when given
 };
 
-class DecodeSample : public testing::TestWithParam<SampleCase> {};
+class DecodeSample : public testing::TestWithParam<SampleCase>
+{
+};
 
 TEST_P(DecodeSample, landsOnTheFrameOfTheTime)
 {
@@ -122,7 +123,9 @@ double distance(const QImage& a, const QImage& b)
     return sum / (3.0 * a.width() * a.height());
 }
 
-class DecodeReordered : public testing::TestWithParam<qint64> {};
+class DecodeReordered : public testing::TestWithParam<qint64>
+{
+};
 
 // Frames stored out of order (b-frames referring to b-frames) still give the very frame of
 // the time: the same picture and time as the file where every frame stands alone, and not
@@ -169,7 +172,9 @@ struct ResizeCase
     std::vector<Spot> spots;
 };
 
-class DecodeResize : public testing::TestWithParam<ResizeCase> {};
+class DecodeResize : public testing::TestWithParam<ResizeCase>
+{
+};
 
 TEST_P(DecodeResize, fitsCutsOrStretchesTheFrameIntoTheSize)
 {
@@ -193,24 +198,64 @@ INSTANTIATE_TEST_SUITE_P(
     Modes, DecodeResize,
     testing::Values(
         // 100x56 of picture in the middle, 22 rows of padding above and below.
-        ResizeCase{"keepingTheAspectPadsWithThePaddingColour", Sample::Mp4Colours, QSize(100, 100), ResizeMode::KeepAspectRatio, Qt::green,
-                   {{{0, 0}, Qt::green, 8}, {{50, 10}, Qt::green, 8}, {{99, 99}, Qt::green, 8}, {{50, 90}, Qt::green, 8},
-                    {{50, 50}, Qt::red}, {{2, 30}, Qt::red}, {{97, 70}, Qt::red}}},
-        ResizeCase{"keepingTheAspectWithoutAPaddingColourLeavesTransparentBands", Sample::Mp4Colours, QSize(100, 100),
-                   ResizeMode::KeepAspectRatio, QColor(), {{{50, 5}, transparent, 0}, {{50, 50}, Qt::red}}},
-        ResizeCase{"expandingFillsTheWholeSize", Sample::Mp4Colours, QSize(100, 100), ResizeMode::KeepAspectRatioByExpanding, Qt::green,
-                   {{{0, 0}, Qt::red}, {{99, 0}, Qt::red}, {{50, 50}, Qt::red}, {{0, 99}, Qt::red}, {{99, 99}, Qt::red}}},
-        ResizeCase{"ignoringTheAspectFillsTheWholeSize", Sample::Mp4Colours, QSize(100, 100), ResizeMode::IgnoreAspectRatio, Qt::green,
-                   {{{0, 0}, Qt::red}, {{99, 0}, Qt::red}, {{50, 50}, Qt::red}, {{0, 99}, Qt::red}, {{99, 99}, Qt::red}}},
-        ResizeCase{"expandingAVeryWideFrameKeepsItsMiddle", Sample::PngStrip, QSize(90, 90), ResizeMode::KeepAspectRatioByExpanding, QColor(),
+        ResizeCase{"keepingTheAspectPadsWithThePaddingColour",
+                   Sample::Mp4Colours,
+                   QSize(100, 100),
+                   ResizeMode::KeepAspectRatio,
+                   Qt::green,
+                   {{{0, 0}, Qt::green, 8},
+                    {{50, 10}, Qt::green, 8},
+                    {{99, 99}, Qt::green, 8},
+                    {{50, 90}, Qt::green, 8},
+                    {{50, 50}, Qt::red},
+                    {{2, 30}, Qt::red},
+                    {{97, 70}, Qt::red}}},
+        ResizeCase{"keepingTheAspectWithoutAPaddingColourLeavesTransparentBands",
+                   Sample::Mp4Colours,
+                   QSize(100, 100),
+                   ResizeMode::KeepAspectRatio,
+                   QColor(),
+                   {{{50, 5}, transparent, 0}, {{50, 50}, Qt::red}}},
+        ResizeCase{
+            "expandingFillsTheWholeSize",
+            Sample::Mp4Colours,
+            QSize(100, 100),
+            ResizeMode::KeepAspectRatioByExpanding,
+            Qt::green,
+            {{{0, 0}, Qt::red}, {{99, 0}, Qt::red}, {{50, 50}, Qt::red}, {{0, 99}, Qt::red}, {{99, 99}, Qt::red}}},
+        ResizeCase{
+            "ignoringTheAspectFillsTheWholeSize",
+            Sample::Mp4Colours,
+            QSize(100, 100),
+            ResizeMode::IgnoreAspectRatio,
+            Qt::green,
+            {{{0, 0}, Qt::red}, {{99, 0}, Qt::red}, {{50, 50}, Qt::red}, {{0, 99}, Qt::red}, {{99, 99}, Qt::red}}},
+        ResizeCase{"expandingAVeryWideFrameKeepsItsMiddle",
+                   Sample::PngStrip,
+                   QSize(90, 90),
+                   ResizeMode::KeepAspectRatioByExpanding,
+                   QColor(),
                    {{{0, 0}, Qt::green}, {{45, 45}, Qt::green}, {{89, 89}, Qt::green}}},
         // 300x2 of picture across the middle rows.
-        ResizeCase{"fittingAVeryWideFrameShowsItWhole", Sample::PngStrip, QSize(300, 90), ResizeMode::KeepAspectRatio, Qt::black,
+        ResizeCase{"fittingAVeryWideFrameShowsItWhole",
+                   Sample::PngStrip,
+                   QSize(300, 90),
+                   ResizeMode::KeepAspectRatio,
+                   Qt::black,
                    {{{50, 44}, Qt::red}, {{150, 44}, Qt::green}, {{250, 45}, Qt::blue}, {{150, 10}, Qt::black, 8}}},
         // Shown as 768x576 (4:3): 120x90 of picture in 160x90, where square pixels would give 113x90.
-        ResizeCase{"theShapeOfAPixelCountsWhenKeepingTheAspect", Sample::MkvAnamorphic, QSize(160, 90), ResizeMode::KeepAspectRatio, Qt::black,
-                   {{{0, 45}, Qt::black, 8}, {{18, 45}, Qt::black, 8}, {{141, 45}, Qt::black, 8}, {{159, 45}, Qt::black, 8},
-                    {{21, 45}, Qt::white}, {{80, 45}, Qt::white}, {{138, 45}, Qt::white}}}),
+        ResizeCase{"theShapeOfAPixelCountsWhenKeepingTheAspect",
+                   Sample::MkvAnamorphic,
+                   QSize(160, 90),
+                   ResizeMode::KeepAspectRatio,
+                   Qt::black,
+                   {{{0, 45}, Qt::black, 8},
+                    {{18, 45}, Qt::black, 8},
+                    {{141, 45}, Qt::black, 8},
+                    {{159, 45}, Qt::black, 8},
+                    {{21, 45}, Qt::white},
+                    {{80, 45}, Qt::white},
+                    {{138, 45}, Qt::white}}}),
     [](const testing::TestParamInfo<ResizeCase>& info) { return std::string(info.param.name); });
 
 struct DecodeFailureCase
@@ -225,7 +270,9 @@ struct DecodeFailureCase
     bool cancelled = false;
 };
 
-class DecodeFailure : public testing::TestWithParam<DecodeFailureCase> {};
+class DecodeFailure : public testing::TestWithParam<DecodeFailureCase>
+{
+};
 
 TEST_P(DecodeFailure, failsWithTheCodeAndNoImage)
 {

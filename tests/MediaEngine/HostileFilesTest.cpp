@@ -20,7 +20,9 @@ struct HostileCase
     Sample source;
 };
 
-class DamagedFiles : public testing::TestWithParam<HostileCase> {};
+class DamagedFiles : public testing::TestWithParam<HostileCase>
+{
+};
 
 // Copies of a good file with bytes overwritten or the tail cut at places chosen by a fixed
 // seed: every one probes and decodes to an answer with a known code, and a frame, when
@@ -33,7 +35,7 @@ TEST_P(DamagedFiles, answerWithAKnownCodeAndNeverAWrongSizedFrame)
     ASSERT_GT(original.size(), 256);
     QRandomGenerator random(quint32(qHash(QLatin1String(GetParam().name))));
     const QString copyName = QStringLiteral("damaged-") + QLatin1String(GetParam().name) + QLatin1Char('.')
-        + QFileInfo(source.fileName()).suffix();
+                             + QFileInfo(source.fileName()).suffix();
 
     for (int round = 0; round < 24; ++round) {
         QByteArray damaged = original;
@@ -73,9 +75,11 @@ TEST_P(DamagedFiles, answerWithAKnownCodeAndNeverAWrongSizedFrame)
 }
 
 INSTANTIATE_TEST_SUITE_P(Containers, DamagedFiles,
-                         testing::Values(HostileCase{"mp4", Sample::Mp4VideoAudio}, HostileCase{"mkv", Sample::MkvVideo},
-                                         HostileCase{"avi", Sample::AviVideoAudio}, HostileCase{"png", Sample::PngImage},
-                                         HostileCase{"jpeg", Sample::JpegImage}, HostileCase{"ogg", Sample::OggAudio}),
+                         testing::Values(HostileCase{"mp4", Sample::Mp4VideoAudio},
+                                         HostileCase{"mkv", Sample::MkvVideo},
+                                         HostileCase{"avi", Sample::AviVideoAudio},
+                                         HostileCase{"png", Sample::PngImage}, HostileCase{"jpeg", Sample::JpegImage},
+                                         HostileCase{"ogg", Sample::OggAudio}),
                          [](const testing::TestParamInfo<HostileCase>& info) { return std::string(info.param.name); });
 
 } // namespace

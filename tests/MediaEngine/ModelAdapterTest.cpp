@@ -113,7 +113,9 @@ struct FailedFileCase
     const char* notification;
 };
 
-class ModelAdapterFailure : public ModelAdapterTest, public testing::WithParamInterface<FailedFileCase> {};
+class ModelAdapterFailure : public ModelAdapterTest, public testing::WithParamInterface<FailedFileCase>
+{
+};
 
 TEST_P(ModelAdapterFailure, theFailureNotificationCarriesTheCodeBeforeTheFileFails)
 {
@@ -127,12 +129,13 @@ TEST_P(ModelAdapterFailure, theFailureNotificationCarriesTheCodeBeforeTheFileFai
     EXPECT_THAT(watcher.log, ElementsAre(GetParam().notification, "failed"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, ModelAdapterFailure,
-                         testing::Values(FailedFileCase{"missing", Sample::Missing, "notification 36"},
-                                         FailedFileCase{"truncated", Sample::TruncatedMp4, "notification 36"},
-                                         FailedFileCase{"textUnderAVideoExtension", Sample::TextNamedMkv, "notification 36"},
-                                         FailedFileCase{"codecWithoutDecoder", Sample::NoDecoder, "notification 20"}),
-                         [](const testing::TestParamInfo<FailedFileCase>& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    Files, ModelAdapterFailure,
+    testing::Values(FailedFileCase{"missing", Sample::Missing, "notification 36"},
+                    FailedFileCase{"truncated", Sample::TruncatedMp4, "notification 36"},
+                    FailedFileCase{"textUnderAVideoExtension", Sample::TextNamedMkv, "notification 36"},
+                    FailedFileCase{"codecWithoutDecoder", Sample::NoDecoder, "notification 20"}),
+    [](const testing::TestParamInfo<FailedFileCase>& info) { return std::string(info.param.name); });
 
 TEST_F(ModelAdapterTest, aThumbnailRecordIsAnsweredWithTheFrameAtItsTimeModeAndPadding)
 {
@@ -143,7 +146,8 @@ TEST_F(ModelAdapterTest, aThumbnailRecordIsAnsweredWithTheFrameAtItsTimeModeAndP
         owner.ask(videoOf(Sample::Mp4Colours), 0, QSize(100, 100), int(ResizeMode::KeepAspectRatio), 0xff00ff00u);
     EXPECT_FALSE(red->isAnswered()); // never inside the request
 
-    ASSERT_TRUE(QTest::qWaitFor([&] { return red->isAnswered() && blue->isAnswered() && padded->isAnswered(); }, 30000));
+    ASSERT_TRUE(
+        QTest::qWaitFor([&] { return red->isAnswered() && blue->isAnswered() && padded->isAnswered(); }, 30000));
     EXPECT_EQ(owner.answers, 3);
     for (const auto& [thumbnail, colour] : {std::pair{red, QColor(Qt::red)}, std::pair{blue, QColor(Qt::blue)}}) {
         EXPECT_FALSE(thumbnail->isFailed());
@@ -160,8 +164,9 @@ TEST_F(ModelAdapterTest, unreadableFilesAndAudioResourcesGetAFailedAnswer)
 {
     ThumbnailOwner owner;
     const Thumbnail::Object* missing = owner.ask(videoOf(Sample::Missing), 0, QSize(64, 36));
-    const Thumbnail::Object* audio = owner.ask(
-        {(MediaSamples::path(Sample::WavAudio) + QStringLiteral(":a:0")).toStdString(), Resource::Audio}, 0, QSize(64, 36));
+    const Thumbnail::Object* audio =
+        owner.ask({(MediaSamples::path(Sample::WavAudio) + QStringLiteral(":a:0")).toStdString(), Resource::Audio}, 0,
+                  QSize(64, 36));
 
     ASSERT_TRUE(QTest::qWaitFor([&] { return missing->isAnswered() && audio->isAnswered(); }, 30000));
     EXPECT_TRUE(missing->isFailed());
@@ -194,7 +199,9 @@ struct ResourceCase
     int index;
 };
 
-class FrameRequestOf : public testing::TestWithParam<ResourceCase> {};
+class FrameRequestOf : public testing::TestWithParam<ResourceCase>
+{
+};
 
 TEST_P(FrameRequestOf, readsTheFileAndStreamOfAVideoResource)
 {
@@ -212,7 +219,8 @@ TEST_P(FrameRequestOf, readsTheFileAndStreamOfAVideoResource)
 INSTANTIATE_TEST_SUITE_P(
     Keys, FrameRequestOf,
     testing::Values(ResourceCase{"plain", {"/media/a.mp4:v:0", Resource::Video}, true, "/media/a.mp4", 0},
-                    ResourceCase{"colonInThePath", {"/media/a:v:b.mp4:v:3", Resource::Video}, true, "/media/a:v:b.mp4", 3},
+                    ResourceCase{
+                        "colonInThePath", {"/media/a:v:b.mp4:v:3", Resource::Video}, true, "/media/a:v:b.mp4", 3},
                     ResourceCase{"audioStream", {"/media/a.mp4:a:1", Resource::Audio}, false, "", 0},
                     ResourceCase{"videoTypeWithAudioKey", {"/media/a.mp4:a:1", Resource::Video}, false, "", 0},
                     ResourceCase{"indexNotANumber", {"/media/a.mp4:v:x", Resource::Video}, false, "", 0},

@@ -10,8 +10,8 @@
 #include <atomic>
 
 using namespace MediaEngine;
-using MediaSamples::Sample;
 using Dravik::Conf::IFormatFile;
+using MediaSamples::Sample;
 
 namespace {
 
@@ -28,18 +28,20 @@ struct MediaCase
 {
     const char* name;
     Sample sample;
-    int group;                             // the file dialogs' format group offering its extension
-    QSize frameSize;                       // empty: no video stream
-    boost::rational<long long> frameRate;  // 0: a still picture
+    int group;                            // the file dialogs' format group offering its extension
+    QSize frameSize;                      // empty: no video stream
+    boost::rational<long long> frameRate; // 0: a still picture
     qint64 videoDuration;
-    int sampleRate;                        // 0: no audio stream
+    int sampleRate; // 0: no audio stream
     int channels;
     const char* layout;
     qint64 audioDuration;
     boost::rational<long long> pixelAspect = 1;
 };
 
-class ProbeMedia : public testing::TestWithParam<MediaCase> {};
+class ProbeMedia : public testing::TestWithParam<MediaCase>
+{
+};
 
 // Each sample is listed in the format group of its kind, and the engine reports its streams.
 TEST_P(ProbeMedia, reportsTheStreamsOfTheFile)
@@ -66,7 +68,8 @@ TEST_P(ProbeMedia, reportsTheStreamsOfTheFile)
         EXPECT_EQ(video.pixelAspect, expected.pixelAspect);
         EXPECT_EQ(video.stillImage, still);
         EXPECT_NEAR(double(video.frameCount),
-                    still ? 1.0 : boost::rational_cast<double>(expected.frameRate) * double(expected.videoDuration) / 1e6,
+                    still ? 1.0
+                          : boost::rational_cast<double>(expected.frameRate) * double(expected.videoDuration) / 1e6,
                     still ? 0.0 : 2.0);
     }
     if (expected.sampleRate == 0) {
@@ -90,10 +93,13 @@ constexpr int videoGroup = IFormatFile::GROUP_ALL_VIDEO, audioGroup = IFormatFil
 INSTANTIATE_TEST_SUITE_P(
     Files, ProbeMedia,
     testing::Values(
-        MediaCase{"mp4VideoWithStereoAudio", Sample::Mp4VideoAudio, videoGroup, QSize(320, 240), 25, 2'000'000, 48000, 2, "stereo", 2'000'000},
+        MediaCase{"mp4VideoWithStereoAudio", Sample::Mp4VideoAudio, videoGroup, QSize(320, 240), 25, 2'000'000, 48000,
+                  2, "stereo", 2'000'000},
         MediaCase{"mkvVideoOnly", Sample::MkvVideo, videoGroup, QSize(640, 360), {30000, 1001}, 1'500'000, 0, 0, "", 0},
-        MediaCase{"aviVideoWithMonoAudio", Sample::AviVideoAudio, videoGroup, QSize(176, 144), 15, 2'000'000, 44100, 1, "mono", 2'000'000},
-        MediaCase{"mkvAnamorphic", Sample::MkvAnamorphic, videoGroup, QSize(720, 576), 25, 1'000'000, 0, 0, "", 0, {16, 15}},
+        MediaCase{"aviVideoWithMonoAudio", Sample::AviVideoAudio, videoGroup, QSize(176, 144), 15, 2'000'000, 44100, 1,
+                  "mono", 2'000'000},
+        MediaCase{
+            "mkvAnamorphic", Sample::MkvAnamorphic, videoGroup, QSize(720, 576), 25, 1'000'000, 0, 0, "", 0, {16, 15}},
         MediaCase{"animatedGifIsAVideo", Sample::GifAnimation, imageGroup, QSize(64, 48), 10, 1'000'000, 0, 0, "", 0},
         MediaCase{"wavStereo", Sample::WavAudio, audioGroup, QSize(), 0, 0, 44100, 2, "stereo", 1'500'000},
         MediaCase{"oggMono", Sample::OggAudio, audioGroup, QSize(), 0, 0, 48000, 1, "mono", 1'000'000},
@@ -120,7 +126,9 @@ Limits limitsWith(int Limits::*field, int value)
     return limits;
 }
 
-class ProbeFailure : public testing::TestWithParam<FailureCase> {};
+class ProbeFailure : public testing::TestWithParam<FailureCase>
+{
+};
 
 TEST_P(ProbeFailure, failsWithTheCodeAndNoStreams)
 {
@@ -176,9 +184,10 @@ TEST(SupportedExtensions, areTheFormatGroupsOfTheFileDialogs)
         std::vector<const char*> common;
     };
     int total = 0;
-    for (const Group& g : {Group{ExtensionGroup::Video, videoGroup, "mp4", {"mp4", "mov", "mkv", "avi", "webm", "mpg", "ts"}},
-                           Group{ExtensionGroup::Audio, audioGroup, "mp3", {"wav", "mp3", "ogg", "flac", "m4a"}},
-                           Group{ExtensionGroup::Image, imageGroup, "jpg", {"png", "jpg", "jpeg", "bmp", "webp", "gif"}}}) {
+    for (const Group& g :
+         {Group{ExtensionGroup::Video, videoGroup, "mp4", {"mp4", "mov", "mkv", "avi", "webm", "mpg", "ts"}},
+          Group{ExtensionGroup::Audio, audioGroup, "mp3", {"wav", "mp3", "ogg", "flac", "m4a"}},
+          Group{ExtensionGroup::Image, imageGroup, "jpg", {"png", "jpg", "jpeg", "bmp", "webp", "gif"}}}) {
         SCOPED_TRACE(g.leading);
         const QStringList engine = supportedExtensions(g.kind);
         QStringList dialog = formatGroup(g.group);

@@ -15,16 +15,14 @@ class CompositionProviderTest : public testing::Test
 protected:
     void SetUp() override
     {
-        QObject::connect(
-            &provider, &CompositionProvider::activated, [this] { journal.push_back("activated"); });
-        QObject::connect(
-            &provider, &CompositionProvider::deactivated, [this] { journal.push_back("deactivated"); });
+        QObject::connect(&provider, &CompositionProvider::activated, [this] { journal.push_back("activated"); });
+        QObject::connect(&provider, &CompositionProvider::deactivated, [this] { journal.push_back("deactivated"); });
         QObject::connect(&provider, &CompositionProvider::restartRequested,
-            [this] { journal.push_back("restartRequested"); });
+                         [this] { journal.push_back("restartRequested"); });
     }
 
     std::vector<std::string> journal;
-    CompositionProvider provider { nullptr };
+    CompositionProvider provider{nullptr};
     // Compositions are told apart by address only; any two distinct addresses will do.
     const Composition::Object* first = reinterpret_cast<const Composition::Object*>(&journal);
     const Composition::Object* second = reinterpret_cast<const Composition::Object*>(&provider);

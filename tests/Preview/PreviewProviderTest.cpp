@@ -46,18 +46,17 @@ struct ProviderCase
 };
 
 // Rows are named by meaning in the test names and in failure messages.
-void PrintTo(const ProviderCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
+void PrintTo(const ProviderCase& row, std::ostream* out) { *out << row.name; }
 
-template <class Provider> std::function<std::unique_ptr<CompositionProvider>()> maker()
+template <class Provider>
+std::function<std::unique_ptr<CompositionProvider>()> maker()
 {
     return [] { return std::make_unique<Provider>(nullptr); };
 }
 
 // The stock media of a provider's preview record, read through its own view.
-template <class X> QStringList stockOf(const CompositionProvider& provider, Types::Time* duration)
+template <class X>
+QStringList stockOf(const CompositionProvider& provider, Types::Time* duration)
 {
     const auto& view = dynamic_cast<const Preview::View<X>&>(provider);
     QStringList paths;
@@ -105,45 +104,46 @@ TEST_P(ProviderStockTest, BuildsItsPreviewAroundTheStockPicturesOfTheSettings)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Providers, ProviderStockTest,
-    testing::Values(ProviderCase { "effect", maker<EffectPreviewProvider>(),
-                        [] { return QStringList { Settings::effectPreviewImagePath() }; }, 0 },
-        ProviderCase { "colour_filter", maker<ColorFilterPreviewProvider>(),
-            [] { return QStringList { Settings::effectPreviewImagePath() }; }, 0 },
-        ProviderCase { "transition", maker<TransitionPreviewProvider>(),
+INSTANTIATE_TEST_SUITE_P(
+    Providers, ProviderStockTest,
+    testing::Values(
+        ProviderCase{"effect", maker<EffectPreviewProvider>(),
+                     [] { return QStringList{Settings::effectPreviewImagePath()}; }, 0},
+        ProviderCase{"colour_filter", maker<ColorFilterPreviewProvider>(),
+                     [] { return QStringList{Settings::effectPreviewImagePath()}; }, 0},
+        ProviderCase{
+            "transition", maker<TransitionPreviewProvider>(),
             [] {
-                return QStringList { Settings::transitionPreviewImageAPath(),
-                    Settings::transitionPreviewImageBPath() };
+                return QStringList{Settings::transitionPreviewImageAPath(), Settings::transitionPreviewImageBPath()};
             },
-            0 },
-        ProviderCase { "title", maker<TitlePreviewProvider>(),
-            [] { return QStringList { Settings::titlePreviewImagePath() }; },
-            Timeline::Clip::DEFAULT_TITLE_CLIP_DURATION },
-        ProviderCase { "callout", maker<CalloutPreviewProvider>(),
-            [] { return QStringList { Settings::calloutPreviewImagePath() }; },
-            Timeline::Clip::DEFAULT_CALLOUT_CLIP_DURATION },
-        ProviderCase { "quiz", maker<QuizPreviewProvider>(),
-            [] { return QStringList { Settings::quizPreviewImagePath() }; },
-            Timeline::Clip::DEFAULT_QUIZ_CLIP_DURATION },
-        ProviderCase { "pan_zoom", maker<PanZoomPreviewProvider>(),
-            [] { return QStringList { Settings::panZoomPreviewImagePath() }; }, 0 },
-        ProviderCase { "animation", maker<AnimationPreviewProvider>(),
-            [] {
-                return QStringList { Settings::animationBackgroundPreviewImagePath(),
-                    Settings::animationIconPreviewImagePath() };
-            },
-            0 },
-        ProviderCase { "import", maker<ImportPreviewProvider>(), [] { return QStringList(); }, 0 }),
+            0},
+        ProviderCase{"title", maker<TitlePreviewProvider>(),
+                     [] { return QStringList{Settings::titlePreviewImagePath()}; },
+                     Timeline::Clip::DEFAULT_TITLE_CLIP_DURATION},
+        ProviderCase{"callout", maker<CalloutPreviewProvider>(),
+                     [] { return QStringList{Settings::calloutPreviewImagePath()}; },
+                     Timeline::Clip::DEFAULT_CALLOUT_CLIP_DURATION},
+        ProviderCase{"quiz", maker<QuizPreviewProvider>(), [] { return QStringList{Settings::quizPreviewImagePath()}; },
+                     Timeline::Clip::DEFAULT_QUIZ_CLIP_DURATION},
+        ProviderCase{"pan_zoom", maker<PanZoomPreviewProvider>(),
+                     [] { return QStringList{Settings::panZoomPreviewImagePath()}; }, 0},
+        ProviderCase{"animation", maker<AnimationPreviewProvider>(),
+                     [] {
+                         return QStringList{Settings::animationBackgroundPreviewImagePath(),
+                                            Settings::animationIconPreviewImagePath()};
+                     },
+                     0},
+        ProviderCase{"import", maker<ImportPreviewProvider>(), [] { return QStringList(); }, 0}),
     [](const testing::TestParamInfo<ProviderCase>& info) { return std::string(info.param.name); });
 
 // Stands for the preview player: it follows a provider's record and tells what it sees.
-template <class X> class PreviewWatcher : public Preview::View<X>
+template <class X>
+class PreviewWatcher : public Preview::View<X>
 {
 public:
     explicit PreviewWatcher(const Preview::Object<X>* preview, std::vector<std::string>& journal)
-        : Preview::View<X>(preview)
-        , m_journal(journal)
-    { }
+        : Preview::View<X>(preview), m_journal(journal)
+    {}
 
     // Draws the preview in `composition` (a change request to the provider, the owner).
     void drawIn(const Composition::Object* composition)
@@ -157,8 +157,8 @@ public:
 protected:
     void targetChanged(const Preview::Object<X>* preview, const X* previous) override
     {
-        m_journal.push_back(
-            std::string("target ") + (previous ? "replaced" : "set") + (preview->target ? "" : " to none"));
+        m_journal.push_back(std::string("target ") + (previous ? "replaced" : "set")
+                            + (preview->target ? "" : " to none"));
     }
     void compositionChanged(const Preview::Object<X>*, const Composition::Object* previous) override
     {
@@ -180,20 +180,17 @@ class EffectPreviewTest : public testing::Test
 protected:
     EffectPreviewTest()
     {
-        QObject::connect(
-            &provider, &CompositionProvider::activated, [this] { journal.push_back("activated"); });
-        QObject::connect(
-            &provider, &CompositionProvider::deactivated, [this] { journal.push_back("deactivated"); });
-        QObject::connect(
-            &provider, &CompositionProvider::restartRequested, [this] { journal.push_back("restart"); });
+        QObject::connect(&provider, &CompositionProvider::activated, [this] { journal.push_back("activated"); });
+        QObject::connect(&provider, &CompositionProvider::deactivated, [this] { journal.push_back("deactivated"); });
+        QObject::connect(&provider, &CompositionProvider::restartRequested, [this] { journal.push_back("restart"); });
     }
 
     StockPictures stock;
     std::vector<std::string> journal;
-    EffectPreviewProvider provider { nullptr };
-    PreviewWatcher<Effect::Object> player { provider.preview(), journal };
-    Effect::Object blur { EditorCollection::CollectionID::EFFECTS_VIDEO, "blur" };
-    Effect::Object sepia { EditorCollection::CollectionID::EFFECTS_VIDEO, "sepia" };
+    EffectPreviewProvider provider{nullptr};
+    PreviewWatcher<Effect::Object> player{provider.preview(), journal};
+    Effect::Object blur{EditorCollection::CollectionID::EFFECTS_VIDEO, "blur"};
+    Effect::Object sepia{EditorCollection::CollectionID::EFFECTS_VIDEO, "sepia"};
     Composition::Object composition;
 };
 
@@ -218,17 +215,17 @@ TEST_F(EffectPreviewTest, RunsOnlyWhileThePlayerDrawsAndRestartsOnEachTarget)
     };
 
     EXPECT_THAT(step("target without composition", [this] { provider.setTarget(&blur); }),
-        ElementsAre("deactivated", "target set"));
+                ElementsAre("deactivated", "target set"));
     EXPECT_EQ(provider.preview()->target, &blur);
     EXPECT_THAT(step("player draws", [this] { player.drawIn(&composition); }),
-        ElementsAre("activated", "restart", "composition set"));
+                ElementsAre("activated", "restart", "composition set"));
     EXPECT_EQ(provider.composition(), &composition);
     EXPECT_THAT(step("new target", [this] { provider.setTarget(&sepia); }),
-        ElementsAre("activated", "restart", "target replaced"));
+                ElementsAre("activated", "restart", "target replaced"));
     EXPECT_THAT(step("target cleared", [this] { provider.setTarget(nullptr); }),
-        ElementsAre("activated", "restart", "target replaced to none"));
+                ElementsAre("activated", "restart", "target replaced to none"));
     EXPECT_THAT(step("player leaves", [this] { player.drawIn(nullptr); }),
-        ElementsAre("deactivated", "composition replaced"));
+                ElementsAre("deactivated", "composition replaced"));
     EXPECT_EQ(provider.composition(), nullptr);
 }
 
@@ -268,7 +265,7 @@ TEST(AnimationPreviewTest, PositionAndTargetChangeInTwoSteps)
     provider.setTarget(&second, 250);
 
     EXPECT_THAT(player.seen,
-        ElementsAre(std::make_pair(std::int64_t(250), &first), std::make_pair(std::int64_t(250), &second)));
+                ElementsAre(std::make_pair(std::int64_t(250), &first), std::make_pair(std::int64_t(250), &second)));
     EXPECT_THAT(journal, ElementsAre("target replaced"));
 }
 
@@ -279,8 +276,8 @@ TEST(TransitionPreviewTest, ShowsTheGivenTransition)
     Transition::Object fade("fade");
     Composition::Object composition;
     QSignalSpy restart(&provider, &CompositionProvider::restartRequested);
-    PreviewWatcher<Transition::Object>::SetterChain(provider.previewChange(provider.preview()))->composition
-        = &composition;
+    PreviewWatcher<Transition::Object>::SetterChain(provider.previewChange(provider.preview()))->composition =
+        &composition;
 
     provider.setTarget(&fade);
 

@@ -22,10 +22,7 @@ struct EncodeCase
 };
 
 // Rows are named by meaning in the test names and in failure messages.
-void PrintTo(const EncodeCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
+void PrintTo(const EncodeCase& row, std::ostream* out) { *out << row.name; }
 
 class ResourceEncodeTest : public testing::TestWithParam<EncodeCase>
 {
@@ -37,17 +34,16 @@ TEST_P(ResourceEncodeTest, BuildsTheKeyOfTheStream)
     EXPECT_EQ(Resource::encode(QString::fromUtf8(c.path), Resource::Type(c.type), c.index), c.expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(Keys, ResourceEncodeTest,
+INSTANTIATE_TEST_SUITE_P(
+    Keys, ResourceEncodeTest,
     testing::Values(
-        EncodeCase { "video", "/media/clip.mp4", 1, 0, Id("/media/clip.mp4:v:0", Resource::Video) },
-        EncodeCase { "audio", "/media/clip.mp4", 2, 0, Id("/media/clip.mp4:a:0", Resource::Audio) },
-        EncodeCase {
-            "index_in_decimal", "/media/clip.mp4", 2, 12, Id("/media/clip.mp4:a:12", Resource::Audio) },
-        EncodeCase {
-            "path_cleaned", "  /media//old/../clip.mp4 ", 1, 3, Id("/media/clip.mp4:v:3", Resource::Video) },
-        EncodeCase { "utf8_path", "/média/été.mov", 1, 0, Id("/média/été.mov:v:0", Resource::Video) },
-        EncodeCase { "unknown_type", "/media/clip.mp4", 0, 0, Id("", Resource::Unknown) },
-        EncodeCase { "other_type", "/media/clip.mp4", 7, 1, Id("", Resource::Type(7)) }),
+        EncodeCase{"video", "/media/clip.mp4", 1, 0, Id("/media/clip.mp4:v:0", Resource::Video)},
+        EncodeCase{"audio", "/media/clip.mp4", 2, 0, Id("/media/clip.mp4:a:0", Resource::Audio)},
+        EncodeCase{"index_in_decimal", "/media/clip.mp4", 2, 12, Id("/media/clip.mp4:a:12", Resource::Audio)},
+        EncodeCase{"path_cleaned", "  /media//old/../clip.mp4 ", 1, 3, Id("/media/clip.mp4:v:3", Resource::Video)},
+        EncodeCase{"utf8_path", "/média/été.mov", 1, 0, Id("/média/été.mov:v:0", Resource::Video)},
+        EncodeCase{"unknown_type", "/media/clip.mp4", 0, 0, Id("", Resource::Unknown)},
+        EncodeCase{"other_type", "/media/clip.mp4", 7, 1, Id("", Resource::Type(7))}),
     [](const testing::TestParamInfo<EncodeCase>& info) { return std::string(info.param.name); });
 
 // A file with a video stream 0 and an audio stream 1, in a model.
@@ -78,8 +74,8 @@ TEST_F(ResourceOfModelTest, StreamsAndTracksOfAFile)
     EXPECT_EQ(Resource::encode(file, &video), Id("/media/holiday.mp4:v:0", Resource::Video));
     EXPECT_EQ(Resource::encode(file, &audio), Id("/media/holiday.mp4:a:1", Resource::Audio));
 
-    const Media::File::Track::Video videoTrack { file, &video };
-    const Media::File::Track::Audio audioTrack { file, &audio };
+    const Media::File::Track::Video videoTrack{file, &video};
+    const Media::File::Track::Audio audioTrack{file, &audio};
     EXPECT_EQ(Resource::encode(&videoTrack), Id("/media/holiday.mp4:v:0", Resource::Video));
     EXPECT_EQ(Resource::encode(&audioTrack), Id("/media/holiday.mp4:a:1", Resource::Audio));
 }
@@ -99,8 +95,8 @@ TEST_F(ResourceOfModelTest, TheStreamAClipShows)
 
 TEST_F(ResourceOfModelTest, AClipOfAnotherKindTakesTheKindOfItsStream)
 {
-    std::vector<const Media::Video*> videos { host.add(std::make_unique<Media::Video>(video)) };
-    std::vector<const Media::Audio*> audios { host.add(std::make_unique<Media::Audio>(audio)) };
+    std::vector<const Media::Video*> videos{host.add(std::make_unique<Media::Video>(video))};
+    std::vector<const Media::Audio*> audios{host.add(std::make_unique<Media::Audio>(audio))};
     host.edit(file)->setStreams(videos, audios);
     const Timeline::Clip onAudioStream(Timeline::Clip::Unknown, file, 1);
     const Timeline::Clip onVideoStream(Timeline::Clip::Unknown, file, 0);

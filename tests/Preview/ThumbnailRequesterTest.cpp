@@ -43,12 +43,11 @@ protected:
         return dynamic_cast<Thumbnail::StillImageProvider&>(*host.thumbnailProvider());
     }
 
-    std::unique_ptr<Util::ThumbnailRequester> requesterOf(
-        const QString& path, Resource::Type type = Resource::Video)
+    std::unique_ptr<Util::ThumbnailRequester> requesterOf(const QString& path, Resource::Type type = Resource::Video)
     {
         auto requester = std::make_unique<Util::ThumbnailRequester>(Resource::encode(path, type, 0), nullptr);
         QObject::connect(requester.get(), &Util::ThumbnailRequester::thumbnailReady, &context,
-            [this](Types::Time time, const QPixmap& pixmap) { frames.emplace_back(time, pixmap); });
+                         [this](Types::Time time, const QPixmap& pixmap) { frames.emplace_back(time, pixmap); });
         return requester;
     }
 
@@ -73,17 +72,14 @@ protected:
     std::vector<std::pair<Types::Time, QPixmap>> frames;
 };
 
-QColor colourAt(const QPixmap& pixmap, int x, int y)
-{
-    return pixmap.toImage().pixelColor(x, y);
-}
+QColor colourAt(const QPixmap& pixmap, int x, int y) { return pixmap.toImage().pixelColor(x, y); }
 
 TEST_F(ThumbnailTest, FramesOfSeveralTimesArriveInRequestOrderFromOneDecode)
 {
     auto requester = requesterOf(picture);
     requester->setSize(160, 90);
 
-    requester->request({ 0, 400, 800, 400 });
+    requester->request({0, 400, 800, 400});
     EXPECT_THAT(frames, IsEmpty()) << "frames never arrive inside request()";
     ASSERT_TRUE(waitForFrames(4));
 
@@ -93,7 +89,7 @@ TEST_F(ThumbnailTest, FramesOfSeveralTimesArriveInRequestOrderFromOneDecode)
         EXPECT_EQ(colourAt(frame.second, 10, 45), QColor(Qt::red));
         EXPECT_EQ(colourAt(frame.second, 150, 45), QColor(Qt::blue));
     }
-    EXPECT_EQ(requester->previews().keys(), QList<qint64>({ 0, 400, 800 }));
+    EXPECT_EQ(requester->previews().keys(), QList<qint64>({0, 400, 800}));
     EXPECT_EQ(service().decodeCount(), 1);
     EXPECT_TRUE(Model::Registry::objectsOf<Thumbnail::Object>().empty()) << "answered requests leave no records";
 }
@@ -105,7 +101,7 @@ TEST_F(ThumbnailTest, ALaterRequestForTheSamePictureIsServedWithoutDecodingAgain
     requester->request(0);
     ASSERT_TRUE(waitForFrames(1));
 
-    requester->request({ 0, 1000 });
+    requester->request({0, 1000});
     ASSERT_TRUE(waitForFrames(3));
 
     EXPECT_THAT(frameTimes(), ElementsAre(0, 0, 1000));
@@ -148,7 +144,7 @@ TEST_F(ThumbnailTest, WithoutASizeNothingIsAskedFor)
 {
     auto requester = requesterOf(picture);
 
-    requester->request({ 0, 10 });
+    requester->request({0, 10});
     requester->setSize(0, 100);
     requester->request(0);
     requester->setWidth(100);
@@ -175,7 +171,7 @@ TEST_F(ThumbnailTest, AMissingFileAFileThatIsNoPictureOrAnAudioStreamYieldsANull
     notAPicture->setSize(16, 9);
     audio->setSize(16, 9);
 
-    missing->request({ 5, 6 });
+    missing->request({5, 6});
     notAPicture->request(1);
     audio->request(2);
     ASSERT_TRUE(waitForFrames(4));
@@ -190,7 +186,7 @@ TEST_F(ThumbnailTest, CancelledRequestsNeverArrive)
 {
     auto requester = requesterOf(picture);
     requester->setSize(160, 90);
-    requester->request({ 0, 1, 2 });
+    requester->request({0, 1, 2});
 
     requester->cancel();
     EXPECT_EQ(service().pendingCount(), 0);
@@ -211,7 +207,7 @@ TEST_F(ThumbnailTest, ARequesterDeletedByItsOwnSlotStopsThere)
         delete requester;
     });
 
-    requester->request({ 0, 1, 2 });
+    requester->request({0, 1, 2});
     ASSERT_TRUE(QTest::qWaitFor([&] { return delivered > 0; }, 10000));
     QCoreApplication::processEvents();
 
@@ -223,7 +219,7 @@ TEST_F(ThumbnailTest, ARequesterGoneBeforeTheAnswerCancelsItsRequests)
 {
     auto requester = requesterOf(picture);
     requester->setSize(160, 90);
-    requester->request({ 0, 1 });
+    requester->request({0, 1});
 
     requester.reset();
 
@@ -239,15 +235,12 @@ struct FitCase
     Util::ThumbnailRequester::ResizeMode mode;
     QColor padding;
     QSize size;
-    QColor top; // the colour at (80, 5)
+    QColor top;    // the colour at (80, 5)
     QColor centre; // the colour at (40, height / 2)
 };
 
 // Rows are named by meaning in the test names and in failure messages.
-void PrintTo(const FitCase& row, std::ostream* out)
-{
-    *out << row.name;
-}
+void PrintTo(const FitCase& row, std::ostream* out) { *out << row.name; }
 
 class ThumbnailFitTest : public ThumbnailTest, public testing::WithParamInterface<FitCase>
 {
@@ -271,21 +264,20 @@ TEST_P(ThumbnailFitTest, FitsThePictureIntoTheSize)
 }
 
 INSTANTIATE_TEST_SUITE_P(Modes, ThumbnailFitTest,
-    testing::Values(FitCase { "stretched", Util::ThumbnailRequester::IgnoreAspectRatio, QColor(),
-                        QSize(160, 160), Qt::red, Qt::red },
-        FitCase { "inside_padded", Util::ThumbnailRequester::KeepAspectRatio, Qt::green, QSize(160, 160),
-            Qt::green, Qt::red },
-        FitCase { "inside_unpadded", Util::ThumbnailRequester::KeepAspectRatio, QColor(), QSize(160, 90),
-            Qt::red, Qt::red },
-        // Covering 160 x 160 cuts the sides: the left quarter of the picture is gone.
-        FitCase { "covering", Util::ThumbnailRequester::KeepAspectRatioByExpanding, QColor(), QSize(160, 160),
-            Qt::red, Qt::red }),
-    [](const testing::TestParamInfo<FitCase>& info) { return std::string(info.param.name); });
+                         testing::Values(FitCase{"stretched", Util::ThumbnailRequester::IgnoreAspectRatio, QColor(),
+                                                 QSize(160, 160), Qt::red, Qt::red},
+                                         FitCase{"inside_padded", Util::ThumbnailRequester::KeepAspectRatio, Qt::green,
+                                                 QSize(160, 160), Qt::green, Qt::red},
+                                         FitCase{"inside_unpadded", Util::ThumbnailRequester::KeepAspectRatio, QColor(),
+                                                 QSize(160, 90), Qt::red, Qt::red},
+                                         // Covering 160 x 160 cuts the sides: the left quarter of the picture is gone.
+                                         FitCase{"covering", Util::ThumbnailRequester::KeepAspectRatioByExpanding,
+                                                 QColor(), QSize(160, 160), Qt::red, Qt::red}),
+                         [](const testing::TestParamInfo<FitCase>& info) { return std::string(info.param.name); });
 
 TEST(ThumbnailRequesterSettings, CoverTheSizeByDefault)
 {
-    Util::ThumbnailRequester requester(
-        Resource::encode(QStringLiteral("/a.png"), Resource::Video, 0), nullptr);
+    Util::ThumbnailRequester requester(Resource::encode(QStringLiteral("/a.png"), Resource::Video, 0), nullptr);
     EXPECT_EQ(requester.resizeMode(), Util::ThumbnailRequester::KeepAspectRatioByExpanding);
     EXPECT_FALSE(requester.paddingColor().isValid());
     EXPECT_EQ(std::get<0>(requester.resource()), "/a.png:v:0");

@@ -126,8 +126,8 @@ TEST_F(PubSubTest, UnsubscribingKeepsTheOrderOfTheOthersAndResubscribingGoesLast
     third.unsubscribe(&a);
     first.subscribe(&a);
     sender.publish(Ping(&a, 3));
-    EXPECT_THAT(log, ElementsAre("first:ping1", "third:ping1", "third:ping2", "second:ping2", "second:ping3",
-                                 "first:ping3"));
+    EXPECT_THAT(
+        log, ElementsAre("first:ping1", "third:ping1", "third:ping2", "second:ping2", "second:ping3", "first:ping3"));
 }
 
 TEST_F(PubSubTest, DispatcherListsTheSubscriberPartsInDeliveryOrder)

@@ -12,8 +12,8 @@
 
 inline void PrintTo(const StickyArea::StickyPoint& p, std::ostream* os)
 {
-    *os << "{area " << static_cast<const void*>(p.area) << ", pos (" << p.pos.x() << ", " << p.pos.y()
-        << "), level " << p.level << ", index " << p.index << "}";
+    *os << "{area " << static_cast<const void*>(p.area) << ", pos (" << p.pos.x() << ", " << p.pos.y() << "), level "
+        << p.level << ", index " << p.index << "}";
 }
 
 // A real scene whose rectangles measure exactly their given size (no pen margin).
@@ -33,12 +33,12 @@ protected:
 };
 
 // Every field of a point; the arguments may be any expressions.
-#define EXPECT_POINT(point, expectedArea, expectedX, expectedY, expectedLevel, expectedIndex)                  \
-    do {                                                                                                       \
-        const StickyArea::StickyPoint actual_ = (point);                                                       \
-        EXPECT_EQ(actual_.area, (expectedArea));                                                               \
-        EXPECT_DOUBLE_EQ(actual_.pos.x(), (expectedX));                                                        \
-        EXPECT_DOUBLE_EQ(actual_.pos.y(), (expectedY));                                                        \
-        EXPECT_EQ(actual_.level, (expectedLevel));                                                             \
-        EXPECT_EQ(actual_.index, (expectedIndex));                                                             \
+#define EXPECT_POINT(point, expectedArea, expectedX, expectedY, expectedLevel, expectedIndex)                          \
+    do {                                                                                                               \
+        const StickyArea::StickyPoint actual_ = (point);                                                               \
+        EXPECT_EQ(actual_.area, (expectedArea));                                                                       \
+        EXPECT_DOUBLE_EQ(actual_.pos.x(), (expectedX));                                                                \
+        EXPECT_DOUBLE_EQ(actual_.pos.y(), (expectedY));                                                                \
+        EXPECT_EQ(actual_.level, (expectedLevel));                                                                     \
+        EXPECT_EQ(actual_.index, (expectedIndex));                                                                     \
     } while (false)

@@ -65,16 +65,15 @@ TEST_P(FreeLineDropTest, CountsItemsStrictlyLeftOfTheDrop)
     for (double x : {10.0, 20.0, 30.0})
         line.insertItem(StickyArea::StickyPoint(&line, QPointF(x, 0), 0, 0), addItem(5), false);
     QGraphicsRectItem* dragged = addItem(5, 10, 20, 0); // not in the line, at an item's x
-    EXPECT_POINT(line.findStickyPoint(QPointF(GetParam().x, 99), dragged), &line, GetParam().x, 0, 0,
-                 GetParam().index);
+    EXPECT_POINT(line.findStickyPoint(QPointF(GetParam().x, 99), dragged), &line, GetParam().x, 0, 0, GetParam().index);
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, FreeLineDropTest,
                          ::testing::Values(FreeDropRow{"left_of_all", 5, 0}, FreeDropRow{"on_first", 10, 0},
                                            FreeDropRow{"between_first_and_second", 15, 1},
                                            FreeDropRow{"on_second_not_counted", 20, 1},
-                                           FreeDropRow{"just_after_second", 20.001, 2},
-                                           FreeDropRow{"on_last", 30, 2}, FreeDropRow{"right_of_all", 35, 3}),
+                                           FreeDropRow{"just_after_second", 20.001, 2}, FreeDropRow{"on_last", 30, 2},
+                                           FreeDropRow{"right_of_all", 35, 3}),
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(StickyFreeLineTest, TheDraggedItemStillInTheLineCounts)
@@ -240,13 +239,12 @@ TEST_P(StickyOrderTest, ComparesScenePositions)
     EXPECT_EQ(YXOrder()(a, b), row.yx);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, StickyOrderTest,
-    ::testing::Values(OrderRow{"higher_but_right", {5, 10}, {1, 20}, false, true, true},
-                      OrderRow{"same_row_left", {1, 10}, {5, 10}, true, false, true},
-                      OrderRow{"same_row_right", {5, 10}, {1, 10}, false, false, false},
-                      OrderRow{"lower_and_left", {1, 20}, {5, 10}, true, false, false},
-                      OrderRow{"same_place", {3, 3}, {3, 3}, false, false, false}),
-    [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Rows, StickyOrderTest,
+                         ::testing::Values(OrderRow{"higher_but_right", {5, 10}, {1, 20}, false, true, true},
+                                           OrderRow{"same_row_left", {1, 10}, {5, 10}, true, false, true},
+                                           OrderRow{"same_row_right", {5, 10}, {1, 10}, false, false, false},
+                                           OrderRow{"lower_and_left", {1, 20}, {5, 10}, true, false, false},
+                                           OrderRow{"same_place", {3, 3}, {3, 3}, false, false, false}),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 } // namespace

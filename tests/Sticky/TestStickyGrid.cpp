@@ -164,16 +164,15 @@ TEST_P(GridNearestTest, PicksTheNearestPlaceByManhattanLength)
                  GetParam().index);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, GridNearestTest,
-    ::testing::Values(NearestRow{"near_the_origin", {10, 10}, 0, 0, 0},
-                      NearestRow{"on_the_dragged_item", {200, 0}, 200, 0, 1},
-                      NearestRow{"tie_keeps_the_earlier", {150, 0}, 100, 0, 0},
-                      NearestRow{"second_place", {160, 0}, 200, 0, 1},
-                      NearestRow{"lower_item", {100, 95}, 100, 100, 2},
-                      NearestRow{"tie_with_the_origin_goes_to_it", {50, 0}, 0, 0, 0},
-                      NearestRow{"just_past_the_origin_tie", {51, 0}, 100, 0, 0}),
-    [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Rows, GridNearestTest,
+                         ::testing::Values(NearestRow{"near_the_origin", {10, 10}, 0, 0, 0},
+                                           NearestRow{"on_the_dragged_item", {200, 0}, 200, 0, 1},
+                                           NearestRow{"tie_keeps_the_earlier", {150, 0}, 100, 0, 0},
+                                           NearestRow{"second_place", {160, 0}, 200, 0, 1},
+                                           NearestRow{"lower_item", {100, 95}, 100, 100, 2},
+                                           NearestRow{"tie_with_the_origin_goes_to_it", {50, 0}, 0, 0, 0},
+                                           NearestRow{"just_past_the_origin_tie", {51, 0}, 100, 0, 0}),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(StickyGridTest, GroupDropSnapsTheGroupsTopLeft)
 {
@@ -254,11 +253,11 @@ TEST_F(StickyGridTest, DraggedGroupIsFannedAsAPile)
     QGraphicsItem* grabbed = inGrid.at(3);
     grabbed->setPos(100, 100);
     // Out of grid order, with an item that is not in the grid (it comes first).
-    QList<QGraphicsItem*> pile{inGrid.at(6), inGrid.at(2), grabbed, stranger, inGrid.at(0),
-                               inGrid.at(5), inGrid.at(1), inGrid.at(4)};
+    QList<QGraphicsItem*> pile{inGrid.at(6), inGrid.at(2), grabbed,      stranger,
+                               inGrid.at(0), inGrid.at(5), inGrid.at(1), inGrid.at(4)};
     grid.alignItems(grabbed, pile);
-    EXPECT_EQ(pile, (QList<QGraphicsItem*>{stranger, inGrid.at(0), inGrid.at(1), inGrid.at(2), grabbed,
-                                           inGrid.at(4), inGrid.at(5), inGrid.at(6)}));
+    EXPECT_EQ(pile, (QList<QGraphicsItem*>{stranger, inGrid.at(0), inGrid.at(1), inGrid.at(2), grabbed, inGrid.at(4),
+                                           inGrid.at(5), inGrid.at(6)}));
     const int steps[] = {1, 2, 3, 4, 5, 5, 5, 5};
     for (int k = 0; k < pile.size(); ++k)
         EXPECT_EQ(pile.at(k)->pos(), QPointF(100 + 5 * steps[k], 100 - 5 * steps[k])) << k;

@@ -158,9 +158,8 @@ TEST_P(MagneticIndexTest, IndicesAreClampedOrAppended)
 
 INSTANTIATE_TEST_SUITE_P(Rows, MagneticIndexTest,
                          ::testing::Values(IndexRow{"minus_one", -1, 0}, IndexRow{"very_negative", -40, 0},
-                                           IndexRow{"first", 0, 0}, IndexRow{"middle", 1, 1},
-                                           IndexRow{"last", 2, 2}, IndexRow{"one_past", 3, 2},
-                                           IndexRow{"far_past", 99, 2}),
+                                           IndexRow{"first", 0, 0}, IndexRow{"middle", 1, 1}, IndexRow{"last", 2, 2},
+                                           IndexRow{"one_past", 3, 2}, IndexRow{"far_past", 99, 2}),
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(StickyMagneticLineTest, ItemPointReportsTheListPosition)
@@ -279,7 +278,7 @@ TEST_F(StickyMagneticLineTest, DropsSeeResizesInsideALockedBatchAndAfterALayout)
     EXPECT_POINT(line.findStickyPoint(QPointF(25, 0), nullptr), &line, 0, 0, 0, 0);
     EXPECT_POINT(line.findStickyPoint(QPointF(45, 0), nullptr), &line, 30, 0, 0, 1);
     line.setOrigin(QPointF(1000, 5));
-    EXPECT_POINT(line.findStickyPoint(QPointF(1035, 0), nullptr), &line, 1030, 5, 0, 1);  // the origin is read at once
+    EXPECT_POINT(line.findStickyPoint(QPointF(1035, 0), nullptr), &line, 1030, 5, 0, 1); // the origin is read at once
     line.setOrigin(QPointF(0, 0));
     line.unlockUpdate();
     EXPECT_EQ(countSpy->count(), 2);

@@ -167,11 +167,20 @@ TEST_F(ErrorTable, EachMessageIsTranslatedInItsContext)
             const QString text = describe(row.code, context);
             QString expected;
             switch (row.contexts[context]) {
-            case 'g': expected = S("[QObject]"); break;
-            case 'c': expected = S("[Common]"); break;
-            case 'e': expected = S("[Export]"); break;
-            case '.': expected = QLatin1Char('[') + S(own[context]) + QLatin1Char(']'); break;
-            default: break;
+            case 'g':
+                expected = S("[QObject]");
+                break;
+            case 'c':
+                expected = S("[Common]");
+                break;
+            case 'e':
+                expected = S("[Export]");
+                break;
+            case '.':
+                expected = QLatin1Char('[') + S(own[context]) + QLatin1Char(']');
+                break;
+            default:
+                break;
             }
             if (expected.isEmpty()) {
                 EXPECT_EQ(text, QString()) << "code " << row.code << ", context " << context;

@@ -5,8 +5,8 @@
 
 #include "FileDialogs.h"
 #include "ModalDriver.h"
-#include "TestFiles.h"
 #include "TempSettings.h"
+#include "TestFiles.h"
 
 #include <QAbstractButton>
 #include <QDir>
@@ -64,8 +64,8 @@ TEST_F(FilesystemDialogs, OpenMediaFilesUnpacksProjectPackagesAndRefusesDvdFiles
             box->button(QMessageBox::Ok)->click();
         });
 
-    const QStringList files = Filesystem::openFiles(Filesystem::Video | Filesystem::Audio | Filesystem::Image
-                                                    | Filesystem::AllFilesFilter);
+    const QStringList files =
+        Filesystem::openFiles(Filesystem::Video | Filesystem::Audio | Filesystem::Image | Filesystem::AllFilesFilter);
 
     ASSERT_EQ(driver.stepsDone(), 2) << files.join(S(",")).toStdString();
     EXPECT_EQ(seen.title, S("Open Media Files"));
@@ -106,15 +106,15 @@ TEST_P(OpenFilesByKind, StartsInTheStandardFolderAndRemembersTheChoice)
     EXPECT_EQ(c.stored(), path("pick"));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds, OpenFilesByKind,
-    testing::Values(KindCase{Filesystem::Video, "Open Video Files", &Filesystem::moviesLocation, &Settings::lastAddVideoPath},
-                    KindCase{Filesystem::Audio | Filesystem::AllFilesFilter, "Open Audio Files",
-                             &Filesystem::musicLocation, &Settings::lastAddAudioPath},
-                    KindCase{Filesystem::Image, "Open Image Files", &Filesystem::picturesLocation,
-                             &Settings::lastAddImagePath},
-                    KindCase{Filesystem::Video | Filesystem::Audio, "Open Media Files", &Filesystem::moviesLocation,
-                             &Settings::lastAddMediaPath}));
+INSTANTIATE_TEST_SUITE_P(Kinds, OpenFilesByKind,
+                         testing::Values(KindCase{Filesystem::Video, "Open Video Files", &Filesystem::moviesLocation,
+                                                  &Settings::lastAddVideoPath},
+                                         KindCase{Filesystem::Audio | Filesystem::AllFilesFilter, "Open Audio Files",
+                                                  &Filesystem::musicLocation, &Settings::lastAddAudioPath},
+                                         KindCase{Filesystem::Image, "Open Image Files", &Filesystem::picturesLocation,
+                                                  &Settings::lastAddImagePath},
+                                         KindCase{Filesystem::Video | Filesystem::Audio, "Open Media Files",
+                                                  &Filesystem::moviesLocation, &Settings::lastAddMediaPath}));
 
 TEST_F(FilesystemDialogs, OpenFilesIgnoresRememberedFoldersWhenTheApplicationSaysSo)
 {
@@ -180,7 +180,7 @@ TEST_P(OpenFilesFilters, ShowTheExampleAndThePatternsOfTheKind)
         groupLines << (g == QLatin1Char('V')   ? S("Video Files (")
                        : g == QLatin1Char('I') ? S("Image Files (")
                                                : S("Audio Files ("))
-                + patternsOf(g) + S(")");
+                          + patternsOf(g) + S(")");
     }
     const QString joined = patterns.join(QLatin1Char(' '));
     QStringList expected;
@@ -201,8 +201,7 @@ TEST_P(OpenFilesFilters, ShowTheExampleAndThePatternsOfTheKind)
 
 INSTANTIATE_TEST_SUITE_P(
     Kinds, OpenFilesFilters,
-    testing::Values(FilterCase{"video", 1, "Media Files(", "V", ")"},
-                    FilterCase{"audio", 2, "Media Files(", "A", ")"},
+    testing::Values(FilterCase{"video", 1, "Media Files(", "V", ")"}, FilterCase{"audio", 2, "Media Files(", "A", ")"},
                     FilterCase{"image", 4, "Media Files(", "I", ")"},
                     FilterCase{"video_audio", 3, "Media Files (*.mp4;*.avi;*.mp3;...)(", "VA", ")"},
                     FilterCase{"video_image", 5, "Media Files (*.mp4;*.avi;*.jpeg;...)(", "VI", ")"},
@@ -285,8 +284,8 @@ TEST_F(FilesystemDialogs, OpenStockedAudioFilesOffersAudioAndAllFiles)
     EXPECT_EQ(seen.directory, path("stock"));
     ASSERT_EQ(seen.filters.size(), 2);
     EXPECT_EQ(seen.filters[0],
-              S("Audio Files (") + Filesystem::extensionsToFileFilters(Filesystem::musicExtensions()).join(QLatin1Char(' '))
-                  + S(")"));
+              S("Audio Files (")
+                  + Filesystem::extensionsToFileFilters(Filesystem::musicExtensions()).join(QLatin1Char(' ')) + S(")"));
     EXPECT_EQ(seen.filters[1], S("All Files (*)"));
 }
 

@@ -9,9 +9,9 @@
 
 #include <QDesktopServices>
 #include <QDir>
-#include <QUrl>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QUrl>
 
 #include <gtest/gtest.h>
 
@@ -62,10 +62,7 @@ class CleanPath : public testing::TestWithParam<CleanCase>
 {
 };
 
-TEST_P(CleanPath, Normalises)
-{
-    EXPECT_EQ(Filesystem::cleanPath(S(GetParam().input)), S(GetParam().expected));
-}
+TEST_P(CleanPath, Normalises) { EXPECT_EQ(Filesystem::cleanPath(S(GetParam().input)), S(GetParam().expected)); }
 
 INSTANTIATE_TEST_SUITE_P(Paths, CleanPath,
                          testing::Values(CleanCase{" /a//b/./c/../d ", "/a/b/d"}, CleanCase{"/a/b/", "/a/b"},
@@ -96,16 +93,18 @@ TEST_P(PathValidity, AcceptsOnlyADriveDesignatorAtTheFront)
     EXPECT_EQ(Filesystem::isPathValid(S(GetParam().path)), GetParam().valid);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Paths, PathValidity,
-    testing::Values(ValidityCase{"drive", "C:/video/a.mp4", true}, ValidityCase{"colon_inside", "C:/vi:deo/a.mp4", false},
-                    ValidityCase{"drive_twice", "C:/C:/a.mp4", false}, ValidityCase{"plain", "/home/u/clip.mp4", true},
-                    ValidityCase{"question_mark", "/home/u/what?.mp4", false},
-                    ValidityCase{"star", "/home/*/a.mp4", false}, ValidityCase{"quote", "/a\"b/c", false},
-                    ValidityCase{"angle", "/a/<b>", false}, ValidityCase{"bar", "/a|b", false},
-                    ValidityCase{"colon_in_file_name", "/home/u/a:b.mp4", false},
-                    ValidityCase{"spaces_and_dots", " /home/u/../my clip.final.mp4 ", true}),
-    [](const testing::TestParamInfo<ValidityCase>& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Paths, PathValidity,
+                         testing::Values(ValidityCase{"drive", "C:/video/a.mp4", true},
+                                         ValidityCase{"colon_inside", "C:/vi:deo/a.mp4", false},
+                                         ValidityCase{"drive_twice", "C:/C:/a.mp4", false},
+                                         ValidityCase{"plain", "/home/u/clip.mp4", true},
+                                         ValidityCase{"question_mark", "/home/u/what?.mp4", false},
+                                         ValidityCase{"star", "/home/*/a.mp4", false},
+                                         ValidityCase{"quote", "/a\"b/c", false},
+                                         ValidityCase{"angle", "/a/<b>", false}, ValidityCase{"bar", "/a|b", false},
+                                         ValidityCase{"colon_in_file_name", "/home/u/a:b.mp4", false},
+                                         ValidityCase{"spaces_and_dots", " /home/u/../my clip.final.mp4 ", true}),
+                         [](const testing::TestParamInfo<ValidityCase>& info) { return std::string(info.param.name); });
 
 TEST(Filesystem, ExtensionsToFileFilters)
 {
@@ -129,8 +128,8 @@ TEST(Filesystem, SupportedExtensionsJoinTheGroups)
 
 TEST(Filesystem, ExtractsProjectPackageAndOtherFilesInOrder)
 {
-    const QStringList dropped{S("/a/one.DSCPROJ"), S("/a/clip.mp4"), S("/b/two.dscproj"), S("/c/p.dscpack"),
-                              S(""), S("/d/noext")};
+    const QStringList dropped{S("/a/one.DSCPROJ"), S("/a/clip.mp4"), S("/b/two.dscproj"), S("/c/p.dscpack"), S(""),
+                              S("/d/noext")};
     EXPECT_EQ(Filesystem::extractProjectFiles(dropped), (QStringList{S("/a/one.DSCPROJ"), S("/b/two.dscproj")}));
     EXPECT_EQ(Filesystem::extractPackageFiles(dropped), QStringList{S("/c/p.dscpack")});
     EXPECT_EQ(Filesystem::extractFiles(dropped, {S("MP4"), S("dscpack")}),
@@ -240,7 +239,6 @@ TEST_F(FilesystemDisk, ReadableAndWritable)
     EXPECT_FALSE(Filesystem::isPathWritable(path("a.mp4")));
 }
 
-
 TEST_F(FilesystemDisk, ShowFileOpensItsFolder)
 {
     writeFile(path("shown/clip.mp4"));
@@ -290,8 +288,8 @@ TEST_F(FilesystemDisk, CopyFilesStopsAtAnUnreadableSourceAndKeepsEverySource)
     EXPECT_FALSE(QFileInfo::exists(path("out/3.mp4")));
     EXPECT_EQ(readFile(path("src/1.mp4")), QByteArray("one"));
     EXPECT_EQ(readFile(path("src/3.mp4")), QByteArray("three"));
-    EXPECT_TRUE(log.containsError(("The file " + path("src/2.mp4") + " was not copied to " + path("out/2.mp4"))
-                                      .toStdString()));
+    EXPECT_TRUE(
+        log.containsError(("The file " + path("src/2.mp4") + " was not copied to " + path("out/2.mp4")).toStdString()));
 }
 
 TEST_F(FilesystemDisk, CopyFilesNeverOverwritesAnExistingTargetNorAFileInThePath)
@@ -463,4 +461,3 @@ TEST_F(RecentLists, PreviewsRoundTripAndSurviveGarbage)
     EXPECT_TRUE(Filesystem::recentProjectPreviews().isEmpty());
     EXPECT_TRUE(log.containsError("unreadable"));
 }
-

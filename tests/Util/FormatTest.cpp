@@ -25,16 +25,17 @@ TEST_P(FormatTime, Durations)
     EXPECT_EQ(c.milliseconds ? Format::timeMs(c.value) : Format::time(static_cast<int>(c.value)), S(c.expected));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Durations, FormatTime,
-    testing::Values(TimeCase{false, 0, "00:00"}, TimeCase{false, 59, "00:59"}, TimeCase{false, 61, "01:01"},
-                    TimeCase{false, 3599, "59:59"}, TimeCase{false, 3600, "01:00:00"},
-                    TimeCase{false, 86399, "23:59:59"}, TimeCase{false, 86400, "24:00:00"},
-                    TimeCase{false, 90061, "25:01:01"}, TimeCase{false, 360000, "100:00:00"},
-                    TimeCase{false, -59, "-00:59"}, TimeCase{true, 1500, "00:01.500"}, TimeCase{true, 2000, "00:02"},
-                    TimeCase{true, 7, "00:00.007"}, TimeCase{true, 3600000, "01:00:00"},
-                    TimeCase{true, 3600001, "01:00:00.001"}, TimeCase{true, 90000250, "25:00:00.250"},
-                    TimeCase{true, -1500, "-00:01.500"}));
+INSTANTIATE_TEST_SUITE_P(Durations, FormatTime,
+                         testing::Values(TimeCase{false, 0, "00:00"}, TimeCase{false, 59, "00:59"},
+                                         TimeCase{false, 61, "01:01"}, TimeCase{false, 3599, "59:59"},
+                                         TimeCase{false, 3600, "01:00:00"}, TimeCase{false, 86399, "23:59:59"},
+                                         TimeCase{false, 86400, "24:00:00"}, TimeCase{false, 90061, "25:01:01"},
+                                         TimeCase{false, 360000, "100:00:00"}, TimeCase{false, -59, "-00:59"},
+                                         TimeCase{true, 1500, "00:01.500"}, TimeCase{true, 2000, "00:02"},
+                                         TimeCase{true, 7, "00:00.007"}, TimeCase{true, 3600000, "01:00:00"},
+                                         TimeCase{true, 3600001, "01:00:00.001"},
+                                         TimeCase{true, 90000250, "25:00:00.250"},
+                                         TimeCase{true, -1500, "-00:01.500"}));
 
 TEST(Format, MsToQTimeWrapsAtADay)
 {

@@ -3,10 +3,10 @@
 // Answers a QFileDialog opened by the code under test (from a ModalDriver step).
 // Header-only so that any test folder can use it.
 
+#include <QAbstractItemView>
 #include <QDialog>
 #include <QDir>
 #include <QFileDialog>
-#include <QAbstractItemView>
 #include <QItemSelectionModel>
 #include <QLineEdit>
 #include <QSignalBlocker>

@@ -47,10 +47,7 @@ public:
 SamplesEnvironment* environment =
     static_cast<SamplesEnvironment*>(testing::AddGlobalTestEnvironment(new SamplesEnvironment));
 
-QString inFolder(const QString& name)
-{
-    return environment->folder->filePath(name);
-}
+QString inFolder(const QString& name) { return environment->folder->filePath(name); }
 
 bool runFfmpeg(QStringList arguments, const QString& output)
 {
@@ -76,8 +73,8 @@ QStringList lavfi(const QString& graph)
 QStringList h264OrMpeg4()
 {
     if (hasEncoder("libx264"))
-        return {QStringLiteral("-c:v"), QStringLiteral("libx264"), QStringLiteral("-preset"), QStringLiteral("ultrafast"),
-                QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p")};
+        return {QStringLiteral("-c:v"),      QStringLiteral("libx264"),  QStringLiteral("-preset"),
+                QStringLiteral("ultrafast"), QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p")};
     return {QStringLiteral("-c:v"), QStringLiteral("mpeg4")};
 }
 
@@ -118,8 +115,8 @@ QByteArray hugePng()
     char header[13];
     qToBigEndian<quint32>(100000, header);
     qToBigEndian<quint32>(100000, header + 4);
-    header[8] = 8;  // bit depth
-    header[9] = 6;  // RGBA
+    header[8] = 8; // bit depth
+    header[9] = 6; // RGBA
     header[10] = header[11] = header[12] = 0;
     QByteArray png("\x89PNG\r\n\x1a\n", 8);
     png += pngChunk("IHDR", QByteArray(header, 13));
@@ -144,7 +141,8 @@ QString make(Sample sample)
     case Sample::Mp4VideoAudio: {
         const QString file = inFolder(QStringLiteral("video-audio.mp4"));
         QStringList arguments = lavfi(QStringLiteral("testsrc=size=320x240:rate=25:duration=2"))
-            + lavfi(QStringLiteral("sine=frequency=440:sample_rate=48000:duration=2")) + h264OrMpeg4();
+                                + lavfi(QStringLiteral("sine=frequency=440:sample_rate=48000:duration=2"))
+                                + h264OrMpeg4();
         arguments << QStringLiteral("-c:a") << QStringLiteral("aac") << QStringLiteral("-ac") << two;
         return runFfmpeg(arguments, file) ? file : QString();
     }
@@ -157,7 +155,7 @@ QString make(Sample sample)
     case Sample::AviVideoAudio: {
         const QString file = inFolder(QStringLiteral("video-audio.avi"));
         QStringList arguments = lavfi(QStringLiteral("testsrc=size=176x144:rate=15:duration=2"))
-            + lavfi(QStringLiteral("sine=frequency=220:sample_rate=44100:duration=2"));
+                                + lavfi(QStringLiteral("sine=frequency=220:sample_rate=44100:duration=2"));
         arguments << QStringLiteral("-c:v") << QStringLiteral("mpeg4") << QStringLiteral("-c:a")
                   << QStringLiteral("pcm_s16le") << QStringLiteral("-ac") << QStringLiteral("1");
         return runFfmpeg(arguments, file) ? file : QString();
@@ -165,7 +163,7 @@ QString make(Sample sample)
     case Sample::Mp4Colours: {
         const QString file = inFolder(QStringLiteral("colours.mp4"));
         QStringList arguments = lavfi(QStringLiteral("color=c=red:size=320x180:rate=25:duration=1"))
-            + lavfi(QStringLiteral("color=c=blue:size=320x180:rate=25:duration=1"));
+                                + lavfi(QStringLiteral("color=c=blue:size=320x180:rate=25:duration=1"));
         arguments << QStringLiteral("-filter_complex") << QStringLiteral("[0][1]concat=n=2:v=1:a=0");
         arguments += h264OrMpeg4();
         arguments << QStringLiteral("-g") << QStringLiteral("10");
@@ -175,15 +173,16 @@ QString make(Sample sample)
         const QString file = inFolder(QStringLiteral("reordered.mp4"));
         QStringList arguments = lavfi(QStringLiteral("testsrc=size=320x240:rate=25:duration=2"));
         arguments << QStringLiteral("-c:v") << QStringLiteral("libx264") << QStringLiteral("-qp") << QStringLiteral("1")
-                  << QStringLiteral("-pix_fmt") << QStringLiteral("yuv420p") << QStringLiteral("-bf") << QStringLiteral("3")
-                  << QStringLiteral("-x264-params") << QStringLiteral("b-pyramid=normal:b-adapt=0") << QStringLiteral("-g")
-                  << QStringLiteral("25");
+                  << QStringLiteral("-pix_fmt") << QStringLiteral("yuv420p") << QStringLiteral("-bf")
+                  << QStringLiteral("3") << QStringLiteral("-x264-params")
+                  << QStringLiteral("b-pyramid=normal:b-adapt=0") << QStringLiteral("-g") << QStringLiteral("25");
         return runFfmpeg(arguments, file) ? file : QString();
     }
     case Sample::MkvIntra: {
         const QString file = inFolder(QStringLiteral("intra.mkv"));
         QStringList arguments = lavfi(QStringLiteral("testsrc=size=320x240:rate=25:duration=2"));
-        arguments << QStringLiteral("-c:v") << QStringLiteral("ffv1") << QStringLiteral("-pix_fmt") << QStringLiteral("yuv420p");
+        arguments << QStringLiteral("-c:v") << QStringLiteral("ffv1") << QStringLiteral("-pix_fmt")
+                  << QStringLiteral("yuv420p");
         return runFfmpeg(arguments, file) ? file : QString();
     }
     case Sample::MkvAnamorphic: {
@@ -201,7 +200,8 @@ QString make(Sample sample)
     case Sample::OggAudio: {
         const QString file = inFolder(QStringLiteral("audio.ogg"));
         QStringList arguments = lavfi(QStringLiteral("sine=frequency=440:sample_rate=48000:duration=1"));
-        arguments << QStringLiteral("-ac") << QStringLiteral("1") << QStringLiteral("-c:a") << QStringLiteral("libvorbis");
+        arguments << QStringLiteral("-ac") << QStringLiteral("1") << QStringLiteral("-c:a")
+                  << QStringLiteral("libvorbis");
         return runFfmpeg(arguments, file) ? file : QString();
     }
     case Sample::PngImage:
@@ -214,9 +214,9 @@ QString make(Sample sample)
             Qt::GlobalColor colour;
             const char* format;
         };
-        const Still still = sample == Sample::PngImage  ? Still{"image.png", QSize(64, 48), Qt::red, "PNG"}
-                          : sample == Sample::JpegImage ? Still{"image.jpg", QSize(80, 60), Qt::green, "JPEG"}
-                                                        : Still{"image.bmp", QSize(50, 40), Qt::blue, "BMP"};
+        const Still still = sample == Sample::PngImage    ? Still{"image.png", QSize(64, 48), Qt::red, "PNG"}
+                            : sample == Sample::JpegImage ? Still{"image.jpg", QSize(80, 60), Qt::green, "JPEG"}
+                                                          : Still{"image.bmp", QSize(50, 40), Qt::blue, "BMP"};
         QImage image(still.size, QImage::Format_RGB32);
         image.fill(still.colour);
         const QString file = inFolder(QLatin1String(still.name));
@@ -287,7 +287,8 @@ QString make(Sample sample)
     case Sample::NoDecoder: {
         const QString file = inFolder(QStringLiteral("commodore.nut"));
         QStringList arguments = lavfi(QStringLiteral("testsrc=size=320x200:rate=25:duration=1"));
-        arguments << QStringLiteral("-c:v") << QStringLiteral("a64multi") << QStringLiteral("-f") << QStringLiteral("nut");
+        arguments << QStringLiteral("-c:v") << QStringLiteral("a64multi") << QStringLiteral("-f")
+                  << QStringLiteral("nut");
         return runFfmpeg(arguments, file) ? file : QString();
     }
     }
@@ -316,10 +317,7 @@ QString copyOf(Sample sample, const QString& name)
     return QFile::copy(path(sample), file) ? file : QString();
 }
 
-QString scratchPath(const QString& name)
-{
-    return inFolder(name);
-}
+QString scratchPath(const QString& name) { return inFolder(name); }
 
 bool hasEncoder(const char* name)
 {

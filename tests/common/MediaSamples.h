@@ -38,14 +38,14 @@ inline QByteArray box(const char* type, const QByteArray& payload)
 inline QByteArray mp4(int mediaBytes = 64)
 {
     return box("ftyp", QByteArray("isom", 4) + be32(0) + QByteArray("isomavc1", 8)) + box("moov", QByteArray(32, 'm'))
-        + box("mdat", QByteArray(mediaBytes, 'd'));
+           + box("mdat", QByteArray(mediaBytes, 'd'));
 }
 
 // A RIFF WAVE file; `declaredExtra` bytes more than it holds are announced in its header.
 inline QByteArray wave(int declaredExtra = 0)
 {
     const QByteArray body = QByteArray("WAVE", 4) + QByteArray("fmt ", 4) + le32(16) + QByteArray(16, '\1')
-        + QByteArray("data", 4) + le32(8) + QByteArray(8, '\0');
+                            + QByteArray("data", 4) + le32(8) + QByteArray(8, '\0');
     return QByteArray("RIFF", 4) + le32(quint32(body.size() + declaredExtra)) + body;
 }
 

@@ -26,7 +26,7 @@ public:
         QObject::connect(&m_timer, &QTimer::timeout, [this] { poll(); });
     }
 
-    template<class W>
+    template <class W>
     ModalDriver& then(std::function<void(W*)> step)
     {
         m_steps.push_back([step](QWidget* w) {

@@ -22,8 +22,8 @@ public:
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
 
-    void send(google::LogSeverity severity, const char* fullFilename, const char* baseFilename,
-              int line, const struct ::tm* tmTime, const char* message, size_t messageLen) override;
+    void send(google::LogSeverity severity, const char* fullFilename, const char* baseFilename, int line,
+              const struct ::tm* tmTime, const char* message, size_t messageLen) override;
 
     std::vector<std::string> errors() const;
     bool containsError(const std::string& fragment) const;

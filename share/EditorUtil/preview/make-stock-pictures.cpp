@@ -136,8 +136,8 @@ void panZoom(QPainter& p)
     river.cubicTo(200, 100, 400, 320, Width, 150);
     p.drawPath(river);
     p.setPen(Qt::NoPen);
-    const QColor marks[] = { Qt::red, QColor(240, 170, 30), QColor(120, 60, 160), Qt::darkGreen };
-    const QPointF places[] = { { 100, 80 }, { 520, 60 }, { 140, 300 }, { 540, 290 } };
+    const QColor marks[] = {Qt::red, QColor(240, 170, 30), QColor(120, 60, 160), Qt::darkGreen};
+    const QPointF places[] = {{100, 80}, {520, 60}, {140, 300}, {540, 290}};
     for (int i = 0; i < 4; ++i) {
         p.setBrush(marks[i]);
         p.drawEllipse(places[i], 18, 18);

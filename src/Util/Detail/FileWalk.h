@@ -34,7 +34,7 @@ private:
 // Calls visit(filePath, fileName) for every file under `root` (sub-folders too when
 // `recursive`), hidden files included, symbolic links to folders not followed. Stops early
 // when visit returns false.
-template<class Visit>
+template <class Visit>
 void walkFiles(const QString& root, bool recursive, Visit&& visit)
 {
     QDirIterator it(root, QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,

@@ -58,7 +58,10 @@ void inform(int level, const QString& title, const QString& text, const QString&
     box.Exec();
 }
 
-QString supportLink() { return QString::fromStdString(Dravik::App::Application::GetCustomizationManager().GetSupportMailLink()); }
+QString supportLink()
+{
+    return QString::fromStdString(Dravik::App::Application::GetCustomizationManager().GetSupportMailLink());
+}
 
 } // namespace
 
@@ -104,7 +107,10 @@ void showCriticalError(const QApplication& application, const QString& details)
     current().showCriticalError(application, details);
 }
 void showFileInfo(const Media::File* file) { current().showFileInfo(file); }
-bool showHasFailedFiles(bool allowKeep, const QString& message) { return current().showHasFailedFiles(allowKeep, message); }
+bool showHasFailedFiles(bool allowKeep, const QString& message)
+{
+    return current().showHasFailedFiles(allowKeep, message);
+}
 void showMessageAlert(const QString& title, const QString& text, const QString& details)
 {
     current().showMessageAlert(title, text, details);
@@ -132,14 +138,14 @@ bool DialogStrategy::alertOverwrite(const QString& path)
 {
     return ask(tr("File exists"), tr("File \"%1\" already exists. Overwrite it?").arg(path),
                QMessageBox::Yes | QMessageBox::No)
-        == QMessageBox::Yes;
+           == QMessageBox::Yes;
 }
 
 bool DialogStrategy::alertOverwriteFolder(const QString& path)
 {
     return ask(tr("Folder exist"), tr("Folder \"%1\" already exists. Overwrite it?").arg(path),
                QMessageBox::Yes | QMessageBox::No)
-        == QMessageBox::Yes;
+           == QMessageBox::Yes;
 }
 
 bool DialogStrategy::alertRestoreSession()
@@ -147,7 +153,7 @@ bool DialogStrategy::alertRestoreSession()
     return ask(tr("Recover editing session"),
                tr("Your last editing session ended unexpectedly. Do you want to restore it?"),
                QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes)
-        == QMessageBox::Yes;
+           == QMessageBox::Yes;
 }
 
 void DialogStrategy::showWarning(const QString& title, const QString& text)
@@ -161,8 +167,7 @@ MissingFileAction DialogStrategy::alertMissingFile(const QString& fileName, cons
                  tr("Could not find the file %1 at the specified location: %2. The file may have been moved or "
                     "deleted. Click Browse to find the file at its new location.")
                      .arg(fileName, path),
-                 QMessageBox::NoButton, parentWindow(),
-                 Qt::Window | Qt::WindowTitleHint | Qt::CustomizeWindowHint);
+                 QMessageBox::NoButton, parentWindow(), Qt::Window | Qt::WindowTitleHint | Qt::CustomizeWindowHint);
     QAbstractButton* browse = box.AddButton(tr("Browse"), QMessageBox::AcceptRole);
     box.AddButton(tr("Skip"), QMessageBox::RejectRole);
     QAbstractButton* abort = box.AddButton(tr("Abort"), QMessageBox::RejectRole);
@@ -178,7 +183,7 @@ MissingFileAction DialogStrategy::alertMissingFile(const QString& fileName, cons
 bool DialogStrategy::showHasFailedFiles(bool allowKeep, const QString& message)
 {
     const QString text = tr("Some of the files can't be opened.")
-        + tr("<br>Please choose:<br>Remove unopened files from the project or keep them?");
+                         + tr("<br>Please choose:<br>Remove unopened files from the project or keep them?");
     AlertBox box(AlertBox::LevelQuestion, tr("Can't open files"), text, QMessageBox::NoButton, parentWindow(),
                  kFixedDialog);
     box.SetRichText(true);

@@ -18,7 +18,12 @@ class File;
 // for unattended runs.
 namespace Dialog {
 
-enum MissingFileAction { Abort = 0, Skip = 1, Browse = 2 };
+enum MissingFileAction
+{
+    Abort = 0,
+    Skip = 1,
+    Browse = 2
+};
 
 using Validator = std::function<bool(const QString& text, QString& error)>;
 

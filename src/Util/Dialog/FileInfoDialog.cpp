@@ -37,9 +37,10 @@ FileInfoDialog::FileInfoDialog(const Media::File& file, QWidget* parent)
     auto* form = new QFormLayout;
     addRow(form, tr("File name:"), QFileInfo(file.path().toQString()).fileName(), "fileNameValue");
     if (const Media::Video* video = file.mainVideo()) {
-        const long long shownWidth = video->pixelAspect.denominator() == 0
-            ? video->width
-            : std::llround(static_cast<double>(video->width) * boost::rational_cast<double>(video->pixelAspect));
+        const long long shownWidth =
+            video->pixelAspect.denominator() == 0
+                ? video->width
+                : std::llround(static_cast<double>(video->width) * boost::rational_cast<double>(video->pixelAspect));
         addRow(form, tr("Frame size:"), QStringLiteral("%1x%2").arg(shownWidth).arg(video->height), "frameSizeValue");
         addRow(form, tr("Frame rate:"),
                QStringLiteral("%1/%2").arg(video->frameRate.numerator()).arg(video->frameRate.denominator()),

@@ -12,8 +12,7 @@ namespace Dialog {
 
 ValidationInputDialog::ValidationInputDialog(const QString& title, const QString& label, const QString& text,
                                              Validator validator, QWidget* parent)
-    : QDialog(parent, Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint)
-    , m_validator(std::move(validator))
+    : QDialog(parent, Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint), m_validator(std::move(validator))
 {
     setObjectName(QStringLiteral("ValidationInputDialog"));
     setWindowTitle(title);

@@ -1,7 +1,5 @@
 #include "AbstractEditor.h"
 
-AbstractEditor::AbstractEditor(QObject* parent)
-    : QObject(parent)
-{ }
+AbstractEditor::AbstractEditor(QObject* parent) : QObject(parent) {}
 
 AbstractEditor::~AbstractEditor() = default;

@@ -1,9 +1,7 @@
 #include "ChainedEditor.h"
 
 ChainedEditor::ChainedEditor(AbstractEditor& parent, const Editor::Object* editor)
-    : AbstractEditor(nullptr)
-    , m_parent(&parent)
-    , m_editor(editor)
+    : AbstractEditor(nullptr), m_parent(&parent), m_editor(editor)
 {
     connect(&parent, SIGNAL(load()), this, SLOT(onLoad()));
     connect(&parent, SIGNAL(apply()), this, SLOT(onApply()));
@@ -12,27 +10,12 @@ ChainedEditor::ChainedEditor(AbstractEditor& parent, const Editor::Object* edito
 
 ChainedEditor::~ChainedEditor() = default;
 
-AbstractEditor* ChainedEditor::parentEditor() const
-{
-    return m_parent;
-}
+AbstractEditor* ChainedEditor::parentEditor() const { return m_parent; }
 
-const Editor::Object* ChainedEditor::editor() const
-{
-    return m_editor;
-}
+const Editor::Object* ChainedEditor::editor() const { return m_editor; }
 
-void ChainedEditor::onLoad()
-{
-    emit load();
-}
+void ChainedEditor::onLoad() { emit load(); }
 
-void ChainedEditor::onApply()
-{
-    emit apply();
-}
+void ChainedEditor::onApply() { emit apply(); }
 
-void ChainedEditor::onReset()
-{
-    emit reset();
-}
+void ChainedEditor::onReset() { emit reset(); }

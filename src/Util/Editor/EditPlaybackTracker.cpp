@@ -5,11 +5,9 @@
 #include <algorithm>
 
 EditPlaybackTracker::EditPlaybackTracker(ExclusiveClient* client, AbstractEditor* editor,
-    const Editor::Object* editorObject, std::function<const Timeline::Clip*()> clip, QObject* parent)
-    : QObject(parent)
-    , m_editorObject(editorObject)
-    , m_client(client)
-    , m_clip(std::move(clip))
+                                         const Editor::Object* editorObject,
+                                         std::function<const Timeline::Clip*()> clip, QObject* parent)
+    : QObject(parent), m_editorObject(editorObject), m_client(client), m_clip(std::move(clip))
 {
     if (!editor) {
         LOG(ERROR) << "EditPlaybackTracker: no editor; a put-off position check will never run";
@@ -24,10 +22,7 @@ EditPlaybackTracker::EditPlaybackTracker(ExclusiveClient* client, AbstractEditor
 
 EditPlaybackTracker::~EditPlaybackTracker() = default;
 
-ExclusiveClient* EditPlaybackTracker::client() const
-{
-    return m_client;
-}
+ExclusiveClient* EditPlaybackTracker::client() const { return m_client; }
 
 void EditPlaybackTracker::setPlayback(const Playback::Object* playback)
 {
@@ -40,15 +35,9 @@ void EditPlaybackTracker::setPlayback(const Playback::Object* playback)
         observe(m_playback);
 }
 
-const Playback::Object* EditPlaybackTracker::playback() const
-{
-    return m_playback;
-}
+const Playback::Object* EditPlaybackTracker::playback() const { return m_playback; }
 
-const Playback::State* EditPlaybackTracker::state() const
-{
-    return m_playback ? m_playback->state() : nullptr;
-}
+const Playback::State* EditPlaybackTracker::state() const { return m_playback ? m_playback->state() : nullptr; }
 
 Types::Time EditPlaybackTracker::currentPosition() const
 {
@@ -71,8 +60,8 @@ void EditPlaybackTracker::seekTo(Types::Time position)
     change->state()->seek = true;
 }
 
-void EditPlaybackTracker::playbackChanged(
-    const Playback::Object* object, const Playback::Object* previous, const Playback::Object* current)
+void EditPlaybackTracker::playbackChanged(const Playback::Object* object, const Playback::Object* previous,
+                                          const Playback::Object* current)
 {
     const Playback::State* before = previous->state();
     const Playback::State* after = current->state();
@@ -88,10 +77,7 @@ void EditPlaybackTracker::playbackStarted(const Playback::Object*)
         m_client->breakAll();
 }
 
-void EditPlaybackTracker::playbackStopped(const Playback::Object*)
-{
-    emit playbackStateChanged();
-}
+void EditPlaybackTracker::playbackStopped(const Playback::Object*) { emit playbackStateChanged(); }
 
 void EditPlaybackTracker::positionChanged(const Playback::Object* object)
 {
@@ -122,8 +108,8 @@ void EditPlaybackTracker::positionCheck()
     if (!s || !m_client || !m_client->isInUse())
         return;
     if (const Timeline::Clip* clip = m_clip()) {
-        const Timeline::Object* timeline
-            = m_editorObject && m_editorObject->timeline ? m_editorObject->timeline : Timeline::ownerOf(clip);
+        const Timeline::Object* timeline =
+            m_editorObject && m_editorObject->timeline ? m_editorObject->timeline : Timeline::ownerOf(clip);
         const Timeline::ClipTiming* timing = timeline ? &timeline->clipTiming(clip) : nullptr;
         if (timing && timing->isValid()) {
             const Types::Time p = s->position;

@@ -23,7 +23,7 @@ public:
     // std::bad_function_call when a position check runs). A position check the session's
     // worker puts off runs at the next load() of `editor`.
     EditPlaybackTracker(ExclusiveClient* client, AbstractEditor* editor, const Editor::Object* editorObject,
-        std::function<const Timeline::Clip*()> clip, QObject* parent);
+                        std::function<const Timeline::Clip*()> clip, QObject* parent);
     ~EditPlaybackTracker() override;
 
     ExclusiveClient* client() const;
@@ -47,7 +47,7 @@ signals:
 
 protected:
     void playbackChanged(const Playback::Object* object, const Playback::Object* previous,
-        const Playback::Object* current) override;
+                         const Playback::Object* current) override;
     void playbackStarted(const Playback::Object* object) override;
     void playbackStopped(const Playback::Object* object) override;
     void positionChanged(const Playback::Object* object) override;

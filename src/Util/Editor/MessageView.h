@@ -120,15 +120,16 @@ private:
 template <class T>
 View<T>::SetterChain::SetterChain(View* view, const T* object, std::unique_ptr<T> copy, bool owned)
     : m_view(view), m_object(object), m_source(object), m_copy(std::move(copy)), m_owned(owned)
-{
-}
+{}
 
 template <class T>
 View<T>::SetterChain::SetterChain(SetterChain&& other) noexcept
-    : m_view(std::exchange(other.m_view, nullptr)), m_object(other.m_object), m_source(other.m_source),
-      m_copy(std::move(other.m_copy)), m_owned(other.m_owned)
-{
-}
+    : m_view(std::exchange(other.m_view, nullptr)),
+      m_object(other.m_object),
+      m_source(other.m_source),
+      m_copy(std::move(other.m_copy)),
+      m_owned(other.m_owned)
+{}
 
 template <class T>
 View<T>::SetterChain::~SetterChain()
@@ -308,43 +309,35 @@ void View<T>::observeNew(bool on)
 
 template <class T>
 void View<T>::addRequested(T*)
-{
-}
+{}
 
 template <class T>
 void View<T>::added(const T*)
-{
-}
+{}
 
 template <class T>
 void View<T>::changeRequested(T*, T*)
-{
-}
+{}
 
 template <class T>
 void View<T>::changed(const T*, const T*, const T*)
-{
-}
+{}
 
 template <class T>
 void View<T>::changed(const T*, const T*)
-{
-}
+{}
 
 template <class T>
 void View<T>::changed(const T*)
-{
-}
+{}
 
 template <class T>
 void View<T>::removeRequested(T*)
-{
-}
+{}
 
 template <class T>
 void View<T>::removed(const T*)
-{
-}
+{}
 
 template <class T>
 bool View<T>::doChange(const T* object, T* requested, const PubSub::Object* source)
@@ -355,7 +348,8 @@ bool View<T>::doChange(const T* object, T* requested, const PubSub::Object* sour
         const Message::Types::Change<T> message(object, requested, source);
         this->publish(message);
         if (!message.applied())
-            LOG(ERROR) << "Message::View: the change of a " << typeid(T).name() << " reached no owner (removed or never added)";
+            LOG(ERROR) << "Message::View: the change of a " << typeid(T).name()
+                       << " reached no owner (removed or never added)";
         return message.applied();
     }
     auto previous = std::make_unique<T>(*owned);

@@ -1,30 +1,18 @@
 #include "ModelEditor.h"
 
 ModelEditor::ModelEditor(Acceptor acceptor, Filter filter)
-    : AbstractEditor(nullptr)
-    , Editor::WorkerView(true)
-    , m_acceptor(std::move(acceptor))
-    , m_filter(std::move(filter))
+    : AbstractEditor(nullptr), Editor::WorkerView(true), m_acceptor(std::move(acceptor)), m_filter(std::move(filter))
 {
     qRegisterMetaType<const Editor::Object*>();
 }
 
 ModelEditor::~ModelEditor() = default;
 
-void ModelEditor::onLoad()
-{
-    emit load();
-}
+void ModelEditor::onLoad() { emit load(); }
 
-void ModelEditor::onApply()
-{
-    emit apply();
-}
+void ModelEditor::onApply() { emit apply(); }
 
-void ModelEditor::onReset()
-{
-    emit reset();
-}
+void ModelEditor::onReset() { emit reset(); }
 
 const Timeline::Object* ModelEditor::editedTimeline() const
 {

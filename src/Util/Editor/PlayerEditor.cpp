@@ -2,11 +2,8 @@
 
 #include <glog/logging.h>
 
-PlayerEditor::PlayerEditor(
-    AbstractEditor& parent, const Editor::Object* editor, ExclusiveClient* parentClient)
-    : ChainedEditor(parent, editor)
-    , m_client(new ExclusiveClient(nullptr, this))
-    , m_parentClient(parentClient)
+PlayerEditor::PlayerEditor(AbstractEditor& parent, const Editor::Object* editor, ExclusiveClient* parentClient)
+    : ChainedEditor(parent, editor), m_client(new ExclusiveClient(nullptr, this)), m_parentClient(parentClient)
 {
     if (!parentClient) {
         LOG(ERROR) << "PlayerEditor: no client of the enclosing editor; the player is not tied to it";
@@ -19,33 +16,15 @@ PlayerEditor::PlayerEditor(
 
 PlayerEditor::~PlayerEditor() = default;
 
-ExclusiveClient* PlayerEditor::playerClient()
-{
-    return m_client;
-}
+ExclusiveClient* PlayerEditor::playerClient() { return m_client; }
 
-const ExclusiveClient* PlayerEditor::playerClient() const
-{
-    return m_client;
-}
+const ExclusiveClient* PlayerEditor::playerClient() const { return m_client; }
 
-void PlayerEditor::setPlayerService(ExclusiveService* service)
-{
-    m_client->setService(service);
-}
+void PlayerEditor::setPlayerService(ExclusiveService* service) { m_client->setService(service); }
 
 // The player follows the exclusive-use connections, not the session's steps.
-void PlayerEditor::onLoad()
-{
-    ChainedEditor::onLoad();
-}
+void PlayerEditor::onLoad() { ChainedEditor::onLoad(); }
 
-void PlayerEditor::onApply()
-{
-    ChainedEditor::onApply();
-}
+void PlayerEditor::onApply() { ChainedEditor::onApply(); }
 
-void PlayerEditor::onReset()
-{
-    ChainedEditor::onReset();
-}
+void PlayerEditor::onReset() { ChainedEditor::onReset(); }

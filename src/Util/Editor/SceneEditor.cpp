@@ -19,9 +19,7 @@ constexpr QEvent::Type RedrawEvent = QEvent::Type(1000);
 class SceneEditor::BackgroundReceiver : public QObject
 {
 public:
-    explicit BackgroundReceiver(SceneEditor* editor)
-        : m_editor(editor)
-    { }
+    explicit BackgroundReceiver(SceneEditor* editor) : m_editor(editor) {}
 
     void post()
     {
@@ -51,22 +49,16 @@ private:
 };
 
 SceneEditor::SceneEditor(AbstractEditor& parent, const Editor::Object* editor)
-    : ChainedEditor(parent, editor)
-    , m_sceneClient(new ExclusiveClient(nullptr, this))
-    , m_receiver(std::make_unique<BackgroundReceiver>(this))
-{ }
+    : ChainedEditor(parent, editor),
+      m_sceneClient(new ExclusiveClient(nullptr, this)),
+      m_receiver(std::make_unique<BackgroundReceiver>(this))
+{}
 
 SceneEditor::~SceneEditor() = default;
 
-SceneHelper* SceneEditor::sceneHelper()
-{
-    return m_sceneHelper;
-}
+SceneHelper* SceneEditor::sceneHelper() { return m_sceneHelper; }
 
-const SceneHelper* SceneEditor::sceneHelper() const
-{
-    return m_sceneHelper;
-}
+const SceneHelper* SceneEditor::sceneHelper() const { return m_sceneHelper; }
 
 void SceneEditor::setSceneHelper(SceneHelper* helper)
 {
@@ -79,52 +71,31 @@ void SceneEditor::setSceneHelper(SceneHelper* helper)
 
     m_sceneHelper = helper;
     if (helper) {
-        m_helperConnections << connect(
-            helper->scene(), &QGraphicsScene::sceneRectChanged, this, [this](const QRectF& rect) {
-                emit sceneRectChanged(rect);
-                scheduleBackground();
-            });
-        m_helperConnections << connect(
-            helper, &SceneHelper::sceneBackgroundChanged, this, &SceneEditor::sceneBackgroundReplaced);
+        m_helperConnections << connect(helper->scene(), &QGraphicsScene::sceneRectChanged, this,
+                                       [this](const QRectF& rect) {
+                                           emit sceneRectChanged(rect);
+                                           scheduleBackground();
+                                       });
+        m_helperConnections << connect(helper, &SceneHelper::sceneBackgroundChanged, this,
+                                       &SceneEditor::sceneBackgroundReplaced);
     }
     m_sceneClient->setService(helper ? helper->service() : nullptr);
     emit sceneHelperChanged(previous, helper);
 }
 
-ExclusiveClient* SceneEditor::sceneClient() const
-{
-    return m_sceneClient;
-}
+ExclusiveClient* SceneEditor::sceneClient() const { return m_sceneClient; }
 
-void SceneEditor::setBackgroundDelegate(BackgroundDelegate delegate)
-{
-    m_backgroundDelegate = std::move(delegate);
-}
+void SceneEditor::setBackgroundDelegate(BackgroundDelegate delegate) { m_backgroundDelegate = std::move(delegate); }
 
-void SceneEditor::setSceneSizeDelegate(SceneSizeDelegate delegate)
-{
-    m_sceneSizeDelegate = std::move(delegate);
-}
+void SceneEditor::setSceneSizeDelegate(SceneSizeDelegate delegate) { m_sceneSizeDelegate = std::move(delegate); }
 
-bool SceneEditor::backgroundPreviewEnabled() const
-{
-    return m_backgroundPreviewEnabled;
-}
+bool SceneEditor::backgroundPreviewEnabled() const { return m_backgroundPreviewEnabled; }
 
-void SceneEditor::enableBackgroundPreview(bool enabled)
-{
-    m_backgroundPreviewEnabled = enabled;
-}
+void SceneEditor::enableBackgroundPreview(bool enabled) { m_backgroundPreviewEnabled = enabled; }
 
-bool SceneEditor::backgroundUpdatesBlocked() const
-{
-    return m_backgroundBlocked;
-}
+bool SceneEditor::backgroundUpdatesBlocked() const { return m_backgroundBlocked; }
 
-void SceneEditor::blockBackgroundUpdates(bool blocked)
-{
-    m_backgroundBlocked = blocked;
-}
+void SceneEditor::blockBackgroundUpdates(bool blocked) { m_backgroundBlocked = blocked; }
 
 void SceneEditor::setVideo(const Media::Video* video)
 {
@@ -137,10 +108,7 @@ void SceneEditor::setVideo(const Media::Video* video)
         observe(video);
 }
 
-const Media::Video* SceneEditor::video() const
-{
-    return m_video;
-}
+const Media::Video* SceneEditor::video() const { return m_video; }
 
 Types::Time SceneEditor::clipEditTime(const Timeline::Clip* clip)
 {
@@ -200,10 +168,7 @@ void SceneEditor::onLoad()
     ChainedEditor::onLoad();
 }
 
-void SceneEditor::onApply()
-{
-    ChainedEditor::onApply();
-}
+void SceneEditor::onApply() { ChainedEditor::onApply(); }
 
 void SceneEditor::onReset()
 {

@@ -23,8 +23,7 @@ class EDITORUTIL_EXPORT SceneEditor : public ChainedEditor, public Media::View<M
     Q_OBJECT
 
 public:
-    using BackgroundDelegate
-        = std::function<std::shared_ptr<const Types::Image>(const Timeline::Clip*, Types::Time)>;
+    using BackgroundDelegate = std::function<std::shared_ptr<const Types::Image>(const Timeline::Clip*, Types::Time)>;
     using SceneSizeDelegate = std::function<QSizeF(const Editor::Object*, const Timeline::Clip*)>;
 
     SceneEditor(AbstractEditor& parent, const Editor::Object* editor);

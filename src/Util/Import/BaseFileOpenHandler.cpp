@@ -34,7 +34,11 @@ class BaseFileOpenHandler::FailureTable
 
 public:
     // The failure state of a file: bit 0 its failed flag, bit 1 a code-20 error was reported.
-    enum : std::uint8_t { FailedFlag = 1, Code20 = 2 };
+    enum : std::uint8_t
+    {
+        FailedFlag = 1,
+        Code20 = 2
+    };
     // Marks a used slot whose state went back to 0.
     static constexpr std::uintptr_t Present = 4;
 
@@ -111,17 +115,13 @@ private:
 };
 
 BaseFileOpenHandler::BaseFileOpenHandler()
-    : m_failures(std::make_unique<FailureTable>())
-    , m_deferredProcessing(std::make_unique<DeferredCall>(this, &BaseFileOpenHandler::makeProcessing))
-{
-}
+    : m_failures(std::make_unique<FailureTable>()),
+      m_deferredProcessing(std::make_unique<DeferredCall>(this, &BaseFileOpenHandler::makeProcessing))
+{}
 
 BaseFileOpenHandler::~BaseFileOpenHandler() = default;
 
-bool BaseFileOpenHandler::isProcessing()
-{
-    return processingInProgress;
-}
+bool BaseFileOpenHandler::isProcessing() { return processingInProgress; }
 
 void BaseFileOpenHandler::watchFile(const Media::File* file)
 {
@@ -137,15 +137,9 @@ void BaseFileOpenHandler::followFailedFlag(const Media::File* file)
     m_failures->set(file, FailureTable::FailedFlag, file->isFailed());
 }
 
-void BaseFileOpenHandler::fileChanged(const Media::File* file, const Media::File*)
-{
-    followFailedFlag(file);
-}
+void BaseFileOpenHandler::fileChanged(const Media::File* file, const Media::File*) { followFailedFlag(file); }
 
-void BaseFileOpenHandler::fileAdded(const Media::File* file)
-{
-    watchFile(file);
-}
+void BaseFileOpenHandler::fileAdded(const Media::File* file) { watchFile(file); }
 
 void BaseFileOpenHandler::fileOpened(const Media::File* file)
 {
@@ -216,14 +210,9 @@ BaseFileOpenHandler::AnalyzedProduct BaseFileOpenHandler::makeFilesAnalyze() con
     return product;
 }
 
-bool BaseFileOpenHandler::allowToKeepFiles() const
-{
-    return false;
-}
+bool BaseFileOpenHandler::allowToKeepFiles() const { return false; }
 
-void BaseFileOpenHandler::postProcessing(bool)
-{
-}
+void BaseFileOpenHandler::postProcessing(bool) {}
 
 void BaseFileOpenHandler::clear()
 {

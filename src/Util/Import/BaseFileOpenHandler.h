@@ -21,11 +21,11 @@ class DeferredCall;
 // are sorted by cause, Dialog::showHasFailedFiles is asked (with the text for error code 20
 // when a file failed for that reason), postProcessing() receives the answer, and the batch is
 // forgotten. Subclasses decide which files are watched and what the answer does.
-class EDITORUTIL_EXPORT BaseFileOpenHandler : public Media::View<Media::File>,
-                                             public ImportListeners::FileOpenFailed
+class EDITORUTIL_EXPORT BaseFileOpenHandler : public Media::View<Media::File>, public ImportListeners::FileOpenFailed
 {
 public:
-    enum ErrorType : qint32 {
+    enum ErrorType : qint32
+    {
         NoError = 0,
         OpenFailed = 3,   // the model marked the file failed
         Code20Failed = 4, // a failure notification for the file carried error code 20

@@ -7,9 +7,7 @@
 #include <glog/logging.h>
 
 DeferredCall::DeferredCall(std::function<void()> call, int intervalMs, QObject* parent)
-    : QObject(parent)
-    , m_call(std::move(call))
-    , m_interval(intervalMs < 0 ? 0 : intervalMs)
+    : QObject(parent), m_call(std::move(call)), m_interval(intervalMs < 0 ? 0 : intervalMs)
 {
     if (intervalMs < 0)
         LOG(ERROR) << "DeferredCall: negative interval " << intervalMs << " replaced by 0";
@@ -22,20 +20,11 @@ void DeferredCall::trigger()
     QCoreApplication::postEvent(this, new QEvent(static_cast<QEvent::Type>(TriggerEventType)), 0);
 }
 
-void DeferredCall::setEnabled(bool enabled)
-{
-    m_enabled = enabled;
-}
+void DeferredCall::setEnabled(bool enabled) { m_enabled = enabled; }
 
-bool DeferredCall::isEnabled() const
-{
-    return m_enabled;
-}
+bool DeferredCall::isEnabled() const { return m_enabled; }
 
-int DeferredCall::interval() const
-{
-    return m_interval;
-}
+int DeferredCall::interval() const { return m_interval; }
 
 void DeferredCall::setInterval(int intervalMs)
 {
@@ -46,10 +35,7 @@ void DeferredCall::setInterval(int intervalMs)
     m_interval = intervalMs;
 }
 
-bool DeferredCall::isTimerActive() const
-{
-    return m_timerId != 0;
-}
+bool DeferredCall::isTimerActive() const { return m_timerId != 0; }
 
 bool DeferredCall::event(QEvent* event)
 {

@@ -25,8 +25,7 @@ public:
     template <class Owner>
     DeferredCall(Owner* owner, void (Owner::*method)(), int intervalMs = 0, QObject* parent = nullptr)
         : DeferredCall(std::function<void()>([owner, method] { (owner->*method)(); }), intervalMs, parent)
-    {
-    }
+    {}
     DeferredCall(std::function<void()> call, int intervalMs = 0, QObject* parent = nullptr);
     ~DeferredCall() override;
 

@@ -33,10 +33,7 @@ protected:
     virtual void allFilesProcessed(const Timeline::AllFilesProcessedNotification& notification) = 0;
 
 private:
-    void notify(const Timeline::AllFilesProcessedNotification& notification) final
-    {
-        allFilesProcessed(notification);
-    }
+    void notify(const Timeline::AllFilesProcessedNotification& notification) final { allFilesProcessed(notification); }
 };
 
 } // namespace ImportListeners

@@ -13,10 +13,7 @@ namespace MimeUtils {
 
 namespace {
 
-QString lowerSuffix(const QString& path)
-{
-    return QFileInfo(path).suffix().toLower();
-}
+QString lowerSuffix(const QString& path) { return QFileInfo(path).suffix().toLower(); }
 
 // "*.dscproj" and "dscproj" both name the suffix "dscproj".
 QSet<QString> suffixSet(const QStringList& patterns)
@@ -44,8 +41,8 @@ bool readDroppedSvg(const QString& path, QByteArray& content)
         return false;
     }
     if (file.size() > maxDroppedSvgBytes) {
-        LOG(ERROR) << "MimeUtils::makeOverlayPresetList: dropped file " << path.toStdString() << " has "
-                   << file.size() << " bytes, more than the " << maxDroppedSvgBytes << " an overlay may have";
+        LOG(ERROR) << "MimeUtils::makeOverlayPresetList: dropped file " << path.toStdString() << " has " << file.size()
+                   << " bytes, more than the " << maxDroppedSvgBytes << " an overlay may have";
         return false;
     }
     content = file.read(maxDroppedSvgBytes + 1);
@@ -76,10 +73,7 @@ const QSet<QString>& overlaySuffixes()
     return suffixes;
 }
 
-bool hasUrls(const QMimeData* data)
-{
-    return data && data->hasUrls();
-}
+bool hasUrls(const QMimeData* data) { return data && data->hasUrls(); }
 
 QList<QUrl> urls(const QList<QString>& paths)
 {

@@ -4,10 +4,7 @@
 
 #include <optional>
 
-TimelineFileOpenHandler::TimelineFileOpenHandler(const Timeline::Object* timeline)
-{
-    setTimeline(timeline);
-}
+TimelineFileOpenHandler::TimelineFileOpenHandler(const Timeline::Object* timeline) { setTimeline(timeline); }
 
 TimelineFileOpenHandler::~TimelineFileOpenHandler()
 {
@@ -24,10 +21,7 @@ void TimelineFileOpenHandler::setTimeline(const Timeline::Object* timeline)
     m_timeline = timeline;
 }
 
-const Timeline::Object* TimelineFileOpenHandler::timeline() const
-{
-    return m_timeline;
-}
+const Timeline::Object* TimelineFileOpenHandler::timeline() const { return m_timeline; }
 
 void TimelineFileOpenHandler::addFile(const Media::File* file)
 {

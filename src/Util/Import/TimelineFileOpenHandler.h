@@ -8,8 +8,7 @@
 // and the user has answered the failure dialog, marks the timeline's clips of the failed files
 // broken and, if the user chose to remove them, takes those clips off the timeline in one
 // edit.
-class EDITORUTIL_EXPORT TimelineFileOpenHandler : public BaseFileOpenHandler,
-                                                  public ImportListeners::FileAdding
+class EDITORUTIL_EXPORT TimelineFileOpenHandler : public BaseFileOpenHandler, public ImportListeners::FileAdding
 {
 public:
     explicit TimelineFileOpenHandler(const Timeline::Object* timeline);

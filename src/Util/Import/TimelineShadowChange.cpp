@@ -10,10 +10,10 @@
 
 TimelineShadowChange::TimelineShadowChange(const Timeline::Object* source, Timeline::Object::Scope scope,
                                            QObject* parent)
-    : QObject(parent)
-    , m_source(source)
-    , m_scope(scope)
-    , m_deferredReadyCheck(std::make_unique<DeferredCall>(this, &TimelineShadowChange::readyCheck))
+    : QObject(parent),
+      m_source(source),
+      m_scope(scope),
+      m_deferredReadyCheck(std::make_unique<DeferredCall>(this, &TimelineShadowChange::readyCheck))
 {
     std::unique_ptr<Timeline::Object> shadow;
     if (source) {
@@ -70,10 +70,7 @@ void TimelineShadowChange::addImport(const Types::String& path)
     m_deferredReadyCheck->trigger();
 }
 
-void TimelineShadowChange::fileAdding(const Timeline::FileAddingNotification&)
-{
-    ++m_filesAnnounced;
-}
+void TimelineShadowChange::fileAdding(const Timeline::FileAddingNotification&) { ++m_filesAnnounced; }
 
 void TimelineShadowChange::addIntro(const Types::String& first, const Types::String& second)
 {
@@ -108,25 +105,13 @@ void TimelineShadowChange::addQuiz(std::unique_ptr<Quiz::Preset> preset)
     m_deferredReadyCheck->trigger();
 }
 
-const Timeline::Object* TimelineShadowChange::shadowTimeline() const
-{
-    return m_shadow;
-}
+const Timeline::Object* TimelineShadowChange::shadowTimeline() const { return m_shadow; }
 
-const Timeline::Object* TimelineShadowChange::sourceTimeline() const
-{
-    return m_source;
-}
+const Timeline::Object* TimelineShadowChange::sourceTimeline() const { return m_source; }
 
-Timeline::Object::Scope TimelineShadowChange::scope() const
-{
-    return m_scope;
-}
+Timeline::Object::Scope TimelineShadowChange::scope() const { return m_scope; }
 
-bool TimelineShadowChange::filesPending() const
-{
-    return m_filesPending;
-}
+bool TimelineShadowChange::filesPending() const { return m_filesPending; }
 
 void TimelineShadowChange::allFilesProcessed(const Timeline::AllFilesProcessedNotification&)
 {

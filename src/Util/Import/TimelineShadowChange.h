@@ -45,8 +45,7 @@ public:
     // Deep-copies `source` (which must not be null) into the shadow timeline. The copies of the
     // source's clips become records of the model, so clips merged back stay valid after the
     // change is gone; those that no other timeline holds by then are removed with it.
-    TimelineShadowChange(const Timeline::Object* source, Timeline::Object::Scope scope,
-                         QObject* parent = nullptr);
+    TimelineShadowChange(const Timeline::Object* source, Timeline::Object::Scope scope, QObject* parent = nullptr);
     ~TimelineShadowChange() override;
 
     // Adds media files to the shadow; shadowReady waits until all of them opened or failed.

@@ -94,33 +94,27 @@ namespace Details {
 
 template <class T>
 ObjectViewBase<T>::ObjectViewBase(const T* preview) : Message::View<T>(preview)
-{
-}
+{}
 
 template <class T>
 void ObjectViewBase<T>::previewAdded(const T*)
-{
-}
+{}
 
 template <class T>
 void ObjectViewBase<T>::previewChanged(const T*, const T*, const T*)
-{
-}
+{}
 
 template <class T>
 void ObjectViewBase<T>::previewChanged(const T*, const T*)
-{
-}
+{}
 
 template <class T>
 void ObjectViewBase<T>::previewChanged(const T*)
-{
-}
+{}
 
 template <class T>
 void ObjectViewBase<T>::previewRemoved(const T*)
-{
-}
+{}
 
 template <class T>
 void ObjectViewBase<T>::added(const T* object)
@@ -156,18 +150,15 @@ void ObjectViewBase<T>::removed(const T* object)
 
 template <class X>
 View<X>::View(const Object<X>* preview) : Details::ObjectViewBase<Object<X>>(preview)
-{
-}
+{}
 
 template <class X>
 void View<X>::targetChanged(const Object<X>*, const X*)
-{
-}
+{}
 
 template <class X>
 void View<X>::compositionChanged(const Object<X>*, const Composition::Object*)
-{
-}
+{}
 
 template <class X>
 void View<X>::previewChanged(const Object<X>* preview, const Object<X>* previous, const Object<X>* current)
@@ -190,7 +181,7 @@ void View<X>::previewChanged(const Object<X>* preview, const Object<X>* previous
     MODE(Animation::TransformationItem)
 
 #define EDITORUTIL_PREVIEW_EXTERN(X)                                                                                   \
-    extern template class EDITORUTIL_EXPORT Message::View<Preview::Object<X>>;                                        \
+    extern template class EDITORUTIL_EXPORT Message::View<Preview::Object<X>>;                                         \
     extern template class EDITORUTIL_EXPORT Preview::Details::ObjectViewBase<Preview::Object<X>>;                      \
     extern template class EDITORUTIL_EXPORT Preview::View<X>;
 EDITORUTIL_PREVIEW_INSTANTIATIONS(EDITORUTIL_PREVIEW_EXTERN)

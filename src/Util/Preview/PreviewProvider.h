@@ -12,7 +12,8 @@
 // provider, built at construction around stock pictures, and the composition the preview
 // is drawn in. Every committed change of the record updates the composition (activated() or
 // deactivated()) and, while a composition is set, asks for a restart of the preview.
-template <class X> class PreviewProvider : public CompositionProvider, public Preview::View<X>
+template <class X>
+class PreviewProvider : public CompositionProvider, public Preview::View<X>
 {
 public:
     using Record = Preview::Object<X>;
@@ -46,25 +47,27 @@ PreviewProvider<X>::PreviewProvider(QObject* parent, const QStringList& stockIma
 }
 
 template <class X>
-PreviewProvider<X>::PreviewProvider(QObject* parent, const Record& ready)
-    : CompositionProvider(parent)
+PreviewProvider<X>::PreviewProvider(QObject* parent, const Record& ready) : CompositionProvider(parent)
 {
     this->previewOwn(new Record(ready));
 }
 
-template <class X> void PreviewProvider<X>::changeTarget(const X* target)
+template <class X>
+void PreviewProvider<X>::changeTarget(const X* target)
 {
     auto chain = this->previewChange(this->preview());
     chain->target = target;
 }
 
-template <class X> void PreviewProvider<X>::changePosition(std::int64_t position)
+template <class X>
+void PreviewProvider<X>::changePosition(std::int64_t position)
 {
     auto chain = this->previewChange(this->preview());
     chain->position = position;
 }
 
-template <class X> void PreviewProvider<X>::previewChanged(const Record* preview, const Record*)
+template <class X>
+void PreviewProvider<X>::previewChanged(const Record* preview, const Record*)
 {
     setComposition(preview->composition);
     if (preview->composition)

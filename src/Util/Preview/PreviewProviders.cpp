@@ -14,82 +14,67 @@ EDITORUTIL_PREVIEW_INSTANTIATIONS(EDITORUTIL_PREVIEW_PROVIDER_DEFINE)
 #undef EDITORUTIL_PREVIEW_PROVIDER_DEFINE
 
 EffectPreviewProvider::EffectPreviewProvider(QObject* parent)
-    : PreviewProvider(parent, QStringList { Settings::effectPreviewImagePath() }, 0)
-{ }
+    : PreviewProvider(parent, QStringList{Settings::effectPreviewImagePath()}, 0)
+{}
 
 EffectPreviewProvider::~EffectPreviewProvider() = default;
 
-void EffectPreviewProvider::setTarget(const Effect::Object* target)
-{
-    changeTarget(target);
-}
+void EffectPreviewProvider::setTarget(const Effect::Object* target) { changeTarget(target); }
 
 ColorFilterPreviewProvider::ColorFilterPreviewProvider(QObject* parent)
-    : PreviewProvider(parent, QStringList { Settings::effectPreviewImagePath() }, 0)
-{ }
+    : PreviewProvider(parent, QStringList{Settings::effectPreviewImagePath()}, 0)
+{}
 
-ColorFilterPreviewProvider::ColorFilterPreviewProvider(
-    const Preview::Object<Effect::Object>& preview, QObject* parent)
+ColorFilterPreviewProvider::ColorFilterPreviewProvider(const Preview::Object<Effect::Object>& preview, QObject* parent)
     : PreviewProvider(parent, preview)
-{ }
+{}
 
 ColorFilterPreviewProvider::~ColorFilterPreviewProvider() = default;
 
-void ColorFilterPreviewProvider::setTarget(const Effect::Object* target)
-{
-    changeTarget(target);
-}
+void ColorFilterPreviewProvider::setTarget(const Effect::Object* target) { changeTarget(target); }
 
 TransitionPreviewProvider::TransitionPreviewProvider(QObject* parent)
     : PreviewProvider(parent,
-        QStringList { Settings::transitionPreviewImageAPath(), Settings::transitionPreviewImageBPath() }, 0)
-{ }
+                      QStringList{Settings::transitionPreviewImageAPath(), Settings::transitionPreviewImageBPath()}, 0)
+{}
 
 TransitionPreviewProvider::~TransitionPreviewProvider() = default;
 
-void TransitionPreviewProvider::setTarget(const Transition::Object* target)
-{
-    changeTarget(target);
-}
+void TransitionPreviewProvider::setTarget(const Transition::Object* target) { changeTarget(target); }
 
 TitlePreviewProvider::TitlePreviewProvider(QObject* parent)
-    : PreviewProvider(parent, QStringList { Settings::titlePreviewImagePath() },
-        Timeline::Clip::DEFAULT_TITLE_CLIP_DURATION)
-{ }
+    : PreviewProvider(parent, QStringList{Settings::titlePreviewImagePath()},
+                      Timeline::Clip::DEFAULT_TITLE_CLIP_DURATION)
+{}
 
 TitlePreviewProvider::~TitlePreviewProvider() = default;
 
 CalloutPreviewProvider::CalloutPreviewProvider(QObject* parent)
-    : PreviewProvider(parent, QStringList { Settings::calloutPreviewImagePath() },
-        Timeline::Clip::DEFAULT_CALLOUT_CLIP_DURATION)
-{ }
+    : PreviewProvider(parent, QStringList{Settings::calloutPreviewImagePath()},
+                      Timeline::Clip::DEFAULT_CALLOUT_CLIP_DURATION)
+{}
 
 CalloutPreviewProvider::~CalloutPreviewProvider() = default;
 
 QuizPreviewProvider::QuizPreviewProvider(QObject* parent)
-    : PreviewProvider(
-        parent, QStringList { Settings::quizPreviewImagePath() }, Timeline::Clip::DEFAULT_QUIZ_CLIP_DURATION)
-{ }
+    : PreviewProvider(parent, QStringList{Settings::quizPreviewImagePath()}, Timeline::Clip::DEFAULT_QUIZ_CLIP_DURATION)
+{}
 
 QuizPreviewProvider::~QuizPreviewProvider() = default;
 
 PanZoomPreviewProvider::PanZoomPreviewProvider(QObject* parent)
-    : PreviewProvider(parent, QStringList { Settings::panZoomPreviewImagePath() }, 0)
-{ }
+    : PreviewProvider(parent, QStringList{Settings::panZoomPreviewImagePath()}, 0)
+{}
 
 PanZoomPreviewProvider::~PanZoomPreviewProvider() = default;
 
-void PanZoomPreviewProvider::setTarget(const Animation::TransformationItem* target)
-{
-    changeTarget(target);
-}
+void PanZoomPreviewProvider::setTarget(const Animation::TransformationItem* target) { changeTarget(target); }
 
 AnimationPreviewProvider::AnimationPreviewProvider(QObject* parent)
-    : PreviewProvider(parent,
-        QStringList {
-            Settings::animationBackgroundPreviewImagePath(), Settings::animationIconPreviewImagePath() },
+    : PreviewProvider(
+        parent, QStringList{Settings::animationBackgroundPreviewImagePath(), Settings::animationIconPreviewImagePath()},
         0)
-{ }
+{}
 
 AnimationPreviewProvider::~AnimationPreviewProvider() = default;
 
@@ -99,8 +84,6 @@ void AnimationPreviewProvider::setTarget(const Animation::TransformationItem* it
     changeTarget(item);
 }
 
-ImportPreviewProvider::ImportPreviewProvider(QObject* parent)
-    : PreviewProvider(parent, QStringList(), 0)
-{ }
+ImportPreviewProvider::ImportPreviewProvider(QObject* parent) : PreviewProvider(parent, QStringList(), 0) {}
 
 ImportPreviewProvider::~ImportPreviewProvider() = default;

@@ -12,10 +12,7 @@ namespace {
 
 using Id = std::tuple<std::string, Resource::Type>;
 
-Id none()
-{
-    return Id(std::string(), Resource::Unknown);
-}
+Id none() { return Id(std::string(), Resource::Unknown); }
 
 // Files by resource identifier; an entry goes when its file leaves the model.
 class Registry : public Model::View<Media::File>
@@ -79,8 +76,8 @@ Id encode(const QString& path, Resource::Type type, int index)
     default:
         return Id(std::string(), type);
     }
-    const QString key
-        = format.arg(Filesystem::cleanPath(path), 0, QLatin1Char(' ')).arg(index, 0, 10, QLatin1Char(' '));
+    const QString key =
+        format.arg(Filesystem::cleanPath(path), 0, QLatin1Char(' ')).arg(index, 0, 10, QLatin1Char(' '));
     return Id(key.toStdString(), type);
 }
 
@@ -163,9 +160,6 @@ void registerFile(const Media::File* file, const Media::Metadata& metadata)
     registry().enter(file, std::move(ids));
 }
 
-const Media::File* registeredFile(const Id& resource)
-{
-    return registry().find(resource);
-}
+const Media::File* registeredFile(const Id& resource) { return registry().find(resource); }
 
 } // namespace Resource

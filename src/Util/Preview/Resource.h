@@ -14,12 +14,9 @@
 // kind has an empty key.
 namespace Resource {
 
-EDITORUTIL_EXPORT std::tuple<std::string, Resource::Type> encode(
-    const QString& path, Resource::Type type, int index);
-EDITORUTIL_EXPORT std::tuple<std::string, Resource::Type> encode(
-    const Media::File* file, const Media::Video* video);
-EDITORUTIL_EXPORT std::tuple<std::string, Resource::Type> encode(
-    const Media::File* file, const Media::Audio* audio);
+EDITORUTIL_EXPORT std::tuple<std::string, Resource::Type> encode(const QString& path, Resource::Type type, int index);
+EDITORUTIL_EXPORT std::tuple<std::string, Resource::Type> encode(const Media::File* file, const Media::Video* video);
+EDITORUTIL_EXPORT std::tuple<std::string, Resource::Type> encode(const Media::File* file, const Media::Audio* audio);
 EDITORUTIL_EXPORT std::tuple<std::string, Resource::Type> encode(const Media::File::Track::Video* track);
 EDITORUTIL_EXPORT std::tuple<std::string, Resource::Type> encode(const Media::File::Track::Audio* track);
 // The stream a clip shows: video for video and picture clips, audio for audio clips; for

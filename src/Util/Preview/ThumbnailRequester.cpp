@@ -13,10 +13,8 @@ namespace Util {
 class ThumbnailRequester::Private : public Message::View<Thumbnail::Object>
 {
 public:
-    Private(ThumbnailRequester* q, const std::tuple<std::string, Resource::Type>& resource)
-        : q(q)
-        , resource(resource)
-    { }
+    Private(ThumbnailRequester* q, const std::tuple<std::string, Resource::Type>& resource) : q(q), resource(resource)
+    {}
 
     ThumbnailRequester* const q;
     const std::tuple<std::string, Resource::Type> resource;
@@ -69,30 +67,19 @@ protected:
     using Message::View<Thumbnail::Object>::changed;
 };
 
-ThumbnailRequester::ThumbnailRequester(
-    const std::tuple<std::string, Resource::Type>& resource, QObject* parent)
-    : QObject(parent)
-    , d(std::make_unique<Private>(this, resource))
+ThumbnailRequester::ThumbnailRequester(const std::tuple<std::string, Resource::Type>& resource, QObject* parent)
+    : QObject(parent), d(std::make_unique<Private>(this, resource))
 {
     qRegisterMetaType<Types::Time>("Types::Time");
 }
 
 ThumbnailRequester::~ThumbnailRequester() = default;
 
-const std::tuple<std::string, Resource::Type>& ThumbnailRequester::resource() const
-{
-    return d->resource;
-}
+const std::tuple<std::string, Resource::Type>& ThumbnailRequester::resource() const { return d->resource; }
 
-void ThumbnailRequester::setWidth(int width)
-{
-    d->width = width;
-}
+void ThumbnailRequester::setWidth(int width) { d->width = width; }
 
-void ThumbnailRequester::setHeight(int height)
-{
-    d->height = height;
-}
+void ThumbnailRequester::setHeight(int height) { d->height = height; }
 
 void ThumbnailRequester::setSize(int width, int height)
 {
@@ -100,50 +87,23 @@ void ThumbnailRequester::setSize(int width, int height)
     d->height = height;
 }
 
-void ThumbnailRequester::setSize(QSize size)
-{
-    setSize(size.width(), size.height());
-}
+void ThumbnailRequester::setSize(QSize size) { setSize(size.width(), size.height()); }
 
-void ThumbnailRequester::setResizeMode(ResizeMode mode)
-{
-    d->resizeMode = mode;
-}
+void ThumbnailRequester::setResizeMode(ResizeMode mode) { d->resizeMode = mode; }
 
-void ThumbnailRequester::setPaddingColor(QColor color)
-{
-    d->paddingColor = color;
-}
+void ThumbnailRequester::setPaddingColor(QColor color) { d->paddingColor = color; }
 
-void ThumbnailRequester::setResourceDuration(qint64 duration)
-{
-    d->resourceDuration = duration;
-}
+void ThumbnailRequester::setResourceDuration(qint64 duration) { d->resourceDuration = duration; }
 
-int ThumbnailRequester::width() const
-{
-    return d->width;
-}
+int ThumbnailRequester::width() const { return d->width; }
 
-int ThumbnailRequester::height() const
-{
-    return d->height;
-}
+int ThumbnailRequester::height() const { return d->height; }
 
-ThumbnailRequester::ResizeMode ThumbnailRequester::resizeMode() const
-{
-    return d->resizeMode;
-}
+ThumbnailRequester::ResizeMode ThumbnailRequester::resizeMode() const { return d->resizeMode; }
 
-QColor ThumbnailRequester::paddingColor() const
-{
-    return d->paddingColor;
-}
+QColor ThumbnailRequester::paddingColor() const { return d->paddingColor; }
 
-qint64 ThumbnailRequester::resourceDuration() const
-{
-    return d->resourceDuration;
-}
+qint64 ThumbnailRequester::resourceDuration() const { return d->resourceDuration; }
 
 void ThumbnailRequester::request(const QList<qint64>& times)
 {
@@ -162,10 +122,7 @@ void ThumbnailRequester::request(const QList<qint64>& times)
     }
 }
 
-void ThumbnailRequester::request(qint64 time)
-{
-    request(QList<qint64> { time });
-}
+void ThumbnailRequester::request(qint64 time) { request(QList<qint64>{time}); }
 
 void ThumbnailRequester::cancel()
 {
@@ -177,14 +134,8 @@ void ThumbnailRequester::cancel()
     }
 }
 
-QMap<qint64, QPixmap> ThumbnailRequester::previews() const
-{
-    return d->previews;
-}
+QMap<qint64, QPixmap> ThumbnailRequester::previews() const { return d->previews; }
 
-void ThumbnailRequester::ready(qint64 time)
-{
-    emit thumbnailReady(time, d->previews.value(time));
-}
+void ThumbnailRequester::ready(qint64 time) { emit thumbnailReady(time, d->previews.value(time)); }
 
 } // namespace Util

@@ -29,8 +29,8 @@ public:
     // How a frame is fitted into the thumbnail size.
     enum ResizeMode
     {
-        IgnoreAspectRatio = 0, // stretched to the size
-        KeepAspectRatio = 1, // fitted inside; margins get the padding colour
+        IgnoreAspectRatio = 0,          // stretched to the size
+        KeepAspectRatio = 1,            // fitted inside; margins get the padding colour
         KeepAspectRatioByExpanding = 2, // covers the size, the overflow cut evenly
     };
     Q_ENUM(ResizeMode)

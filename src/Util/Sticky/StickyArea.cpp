@@ -20,17 +20,11 @@ bool sameHeight(double a, double b)
 
 } // namespace
 
-StickyArea::StickyArea(QObject* parent)
-    : QObject(parent)
-{
-}
+StickyArea::StickyArea(QObject* parent) : QObject(parent) {}
 
 StickyArea::~StickyArea() = default;
 
-bool StickyArea::onDirection(const QPointF& p) const
-{
-    return (p.y() - m_origin.y()) * m_verticalDirection > 0;
-}
+bool StickyArea::onDirection(const QPointF& p) const { return (p.y() - m_origin.y()) * m_verticalDirection > 0; }
 
 bool StickyArea::isAcceptable(const QList<QGraphicsItem*>&) const { return true; }
 

@@ -36,8 +36,7 @@ public:
         StickyPoint() = default;
         explicit StickyPoint(StickyArea* owner, const QPointF& p = QPointF(), int lvl = 0, int idx = -1)
             : area(owner), pos(p), level(lvl), index(idx)
-        {
-        }
+        {}
 
         StickyArea* area = nullptr;
         QPointF pos;    // value for the item's QGraphicsItem::pos

@@ -4,10 +4,7 @@
 
 #include <glog/logging.h>
 
-StickyCompositeArea::StickyCompositeArea(QObject* parent)
-    : StickyArea(parent)
-{
-}
+StickyCompositeArea::StickyCompositeArea(QObject* parent) : StickyArea(parent) {}
 
 StickyCompositeArea::~StickyCompositeArea() = default;
 

@@ -16,10 +16,7 @@ double sceneX(const QGraphicsItem* item) { return item->scenePos().x(); }
 
 } // namespace
 
-StickyFreeLine::StickyFreeLine(QObject* parent)
-    : StickyArea(parent)
-{
-}
+StickyFreeLine::StickyFreeLine(QObject* parent) : StickyArea(parent) {}
 
 StickyFreeLine::~StickyFreeLine() = default;
 
@@ -52,10 +49,7 @@ StickyArea::StickyPoint StickyFreeLine::findStickyPoint(const QPointF& pos, QGra
     return point;
 }
 
-StickyArea::StickyPoint StickyFreeLine::itemPoint(QGraphicsItem* item)
-{
-    return listItemPoint(m_items, item);
-}
+StickyArea::StickyPoint StickyFreeLine::itemPoint(QGraphicsItem* item) { return listItemPoint(m_items, item); }
 
 QGraphicsItem* StickyFreeLine::itemAt(const StickyPoint& point)
 {
@@ -143,8 +137,7 @@ void StickyFreeLine::sortItems()
     keyed.reserve(static_cast<size_t>(m_items.size()));
     for (QGraphicsItem* item : qAsConst(m_items))
         keyed.emplace_back(sceneX(item), item);
-    std::sort(keyed.begin(), keyed.end(),
-              [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
     for (int i = 0; i < m_items.size(); ++i)
         m_items[i] = keyed[static_cast<size_t>(i)].second;
 }

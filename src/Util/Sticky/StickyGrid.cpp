@@ -7,10 +7,7 @@
 
 #include <algorithm>
 
-StickyGrid::StickyGrid(QObject* parent)
-    : StickyArea(parent)
-{
-}
+StickyGrid::StickyGrid(QObject* parent) : StickyArea(parent) {}
 
 StickyGrid::~StickyGrid() = default;
 
@@ -51,10 +48,7 @@ StickyArea::StickyPoint StickyGrid::findStickyPoint(const QPointF& pos, QGraphic
     return point;
 }
 
-StickyArea::StickyPoint StickyGrid::itemPoint(QGraphicsItem* item)
-{
-    return listItemPoint(m_items, item);
-}
+StickyArea::StickyPoint StickyGrid::itemPoint(QGraphicsItem* item) { return listItemPoint(m_items, item); }
 
 QGraphicsItem* StickyGrid::itemAt(const StickyPoint& point)
 {

@@ -6,10 +6,7 @@
 
 #include <algorithm>
 
-StickyMagneticLine::StickyMagneticLine(QObject* parent)
-    : StickyArea(parent)
-{
-}
+StickyMagneticLine::StickyMagneticLine(QObject* parent) : StickyArea(parent) {}
 
 StickyMagneticLine::~StickyMagneticLine() = default;
 
@@ -52,10 +49,7 @@ StickyArea::StickyPoint StickyMagneticLine::findStickyPoint(const QPointF& pos, 
     return point;
 }
 
-StickyArea::StickyPoint StickyMagneticLine::itemPoint(QGraphicsItem* item)
-{
-    return listItemPoint(m_items, item);
-}
+StickyArea::StickyPoint StickyMagneticLine::itemPoint(QGraphicsItem* item) { return listItemPoint(m_items, item); }
 
 QGraphicsItem* StickyMagneticLine::itemAt(const StickyPoint& point)
 {
@@ -178,8 +172,7 @@ const std::vector<double>& StickyMagneticLine::edges()
     // Negative durations (a subclass may define them) break the running order.
     if (!ascending)
         std::sort(m_edges.begin(), m_edges.end());
-    m_edges.erase(std::unique(m_edges.begin(), m_edges.end(),
-                              [](double a, double b) { return !(a < b) && !(b < a); }),
+    m_edges.erase(std::unique(m_edges.begin(), m_edges.end(), [](double a, double b) { return !(a < b) && !(b < a); }),
                   m_edges.end());
     m_edgesOriginX = originX;
     m_edgesValid = true;

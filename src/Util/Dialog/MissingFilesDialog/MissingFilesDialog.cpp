@@ -55,7 +55,7 @@ const int kPathColumn = 1;
 } // namespace
 
 QMap<QString, QString> MissingFilesDialog::searchFolderTree(const QString& root, const QStringList& lostFiles,
-                                                           const std::atomic<bool>* cancel)
+                                                            const std::atomic<bool>* cancel)
 {
     struct Lost
     {
@@ -269,8 +269,8 @@ void MissingFilesDialog::onSearchDone()
 void MissingFilesDialog::chooseFolder()
 {
     const QString start = m_folder.isEmpty() ? QFileInfo(m_missing.value(0)).absolutePath() : m_folder;
-    const QString folder = QFileDialog::getExistingDirectory(this, tr("Open Directory"), start,
-                                                             QFileDialog::ShowDirsOnly | QFileDialog::HideNameFilterDetails);
+    const QString folder = QFileDialog::getExistingDirectory(
+        this, tr("Open Directory"), start, QFileDialog::ShowDirsOnly | QFileDialog::HideNameFilterDetails);
     if (!folder.isEmpty())
         searchFolder(folder);
 }

@@ -27,7 +27,12 @@ class EDITORUTIL_EXPORT MissingFilesDialog : public QDialog
 {
     Q_OBJECT
 public:
-    enum class State { WaitingForFolder, Searching, Finished };
+    enum class State
+    {
+        WaitingForFolder,
+        Searching,
+        Finished
+    };
     Q_ENUM(State)
 
     explicit MissingFilesDialog(const QStringList& missingFiles, QWidget* parent = nullptr);
