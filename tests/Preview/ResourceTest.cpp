@@ -16,7 +16,7 @@ struct EncodeCase
 {
     const char* name;
     const char* path;
-    int type;
+    Resource::Type type;
     int index;
     Id expected;
 };
@@ -31,19 +31,24 @@ class ResourceEncodeTest : public testing::TestWithParam<EncodeCase>
 TEST_P(ResourceEncodeTest, BuildsTheKeyOfTheStream)
 {
     const EncodeCase& c = GetParam();
-    EXPECT_EQ(Resource::encode(QString::fromUtf8(c.path), Resource::Type(c.type), c.index), c.expected);
+    EXPECT_EQ(Resource::encode(QString::fromUtf8(c.path), c.type, c.index), c.expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Keys, ResourceEncodeTest,
     testing::Values(
-        EncodeCase{"video", "/media/clip.mp4", 1, 0, Id("/media/clip.mp4:v:0", Resource::Video)},
-        EncodeCase{"audio", "/media/clip.mp4", 2, 0, Id("/media/clip.mp4:a:0", Resource::Audio)},
-        EncodeCase{"index_in_decimal", "/media/clip.mp4", 2, 12, Id("/media/clip.mp4:a:12", Resource::Audio)},
-        EncodeCase{"path_cleaned", "  /media//old/../clip.mp4 ", 1, 3, Id("/media/clip.mp4:v:3", Resource::Video)},
-        EncodeCase{"utf8_path", "/média/été.mov", 1, 0, Id("/média/été.mov:v:0", Resource::Video)},
-        EncodeCase{"unknown_type", "/media/clip.mp4", 0, 0, Id("", Resource::Unknown)},
-        EncodeCase{"other_type", "/media/clip.mp4", 7, 1, Id("", Resource::Type(7))}),
+        EncodeCase{"video", "/media/clip.mp4", Resource::Video, 0, Id("/media/clip.mp4:v:0", Resource::Video)},
+        EncodeCase{"audio", "/media/clip.mp4", Resource::Audio, 0, Id("/media/clip.mp4:a:0", Resource::Audio)},
+        EncodeCase{"index_in_decimal", "/media/clip.mp4", Resource::Audio, 12,
+                   Id("/media/clip.mp4:a:12", Resource::Audio)},
+        EncodeCase{"path_cleaned", "  /media//old/../clip.mp4 ", Resource::Video, 3,
+                   Id("/media/clip.mp4:v:3", Resource::Video)},
+        EncodeCase{"utf8_path", "/média/été.mov", Resource::Video, 0, Id("/média/été.mov:v:0", Resource::Video)},
+        // File names holding "%" come out as they are, whatever follows the sign.
+        EncodeCase{"percent_before_digit", "/v/a%2b.mp4", Resource::Video, 3, Id("/v/a%2b.mp4:v:3", Resource::Video)},
+        EncodeCase{"percent_one", "/v/50%1off.mp4", Resource::Audio, 2, Id("/v/50%1off.mp4:a:2", Resource::Audio)},
+        EncodeCase{"percent_signs", "/v/%%3%.mp4", Resource::Video, 1, Id("/v/%%3%.mp4:v:1", Resource::Video)},
+        EncodeCase{"unknown_type", "/media/clip.mp4", Resource::Unknown, 1, Id("", Resource::Unknown)}),
     [](const testing::TestParamInfo<EncodeCase>& info) { return std::string(info.param.name); });
 
 // A file with a video stream 0 and an audio stream 1, in a model.

@@ -65,19 +65,11 @@ Registry& registry()
 
 Id encode(const QString& path, Resource::Type type, int index)
 {
-    QString format;
-    switch (type) {
-    case Resource::Video:
-        format = QStringLiteral("%1:v:%2");
-        break;
-    case Resource::Audio:
-        format = QStringLiteral("%1:a:%2");
-        break;
-    default:
+    if (type != Resource::Video && type != Resource::Audio)
         return Id(std::string(), type);
-    }
+    // Joined, not formatted: a file name may hold "%1" and must come out unchanged.
     const QString key =
-        format.arg(Filesystem::cleanPath(path), 0, QLatin1Char(' ')).arg(index, 0, 10, QLatin1Char(' '));
+        Filesystem::cleanPath(path) + QLatin1String(type == Resource::Video ? ":v:" : ":a:") + QString::number(index);
     return Id(key.toStdString(), type);
 }
 
