@@ -8,6 +8,7 @@
 #include <glog/logging.h>
 
 #include <cstdlib>
+#include <limits>
 
 namespace Format {
 
@@ -111,8 +112,12 @@ QString time(int seconds)
     return formatDuration(s * 1000, 2, s / 3600, false, negative);
 }
 
+QString invalidTime() { return QStringLiteral("--:--"); }
+
 QString timeMs(long long milliseconds)
 {
+    if (milliseconds == std::numeric_limits<long long>::min()) // has no positive counterpart
+        return invalidTime();
     const bool negative = milliseconds < 0;
     const long long ms = negative ? -milliseconds : milliseconds;
     const long long wholeSeconds = ms / 1000;

@@ -26,7 +26,11 @@ namespace Format {
 // with the hours unpadded (90000 seconds give "25:00:00"). A negative duration gets a "-".
 EDITORUTIL_EXPORT QString time(int seconds);
 // As time(), with ".zzz" milliseconds unless the duration is a whole number of seconds.
+// LLONG_MIN is the media engine's "no timestamp" and shows invalidTime(); every other value,
+// LLONG_MAX and -LLONG_MAX included, shows as a duration.
 EDITORUTIL_EXPORT QString timeMs(long long milliseconds);
+// "--:--": the text of a time that is not known.
+EDITORUTIL_EXPORT QString invalidTime();
 // Midnight advanced by the milliseconds (wrapping at one day).
 EDITORUTIL_EXPORT QTime msToQTime(long long milliseconds);
 

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
+
 namespace {
 QString S(const char* text) { return QString::fromUtf8(text); }
 } // namespace
@@ -25,23 +27,27 @@ TEST_P(FormatTime, Durations)
     EXPECT_EQ(c.milliseconds ? Format::timeMs(c.value) : Format::time(static_cast<int>(c.value)), S(c.expected));
 }
 
-INSTANTIATE_TEST_SUITE_P(Durations, FormatTime,
-                         testing::Values(TimeCase{false, 0, "00:00"}, TimeCase{false, 59, "00:59"},
-                                         TimeCase{false, 61, "01:01"}, TimeCase{false, 3599, "59:59"},
-                                         TimeCase{false, 3600, "01:00:00"}, TimeCase{false, 86399, "23:59:59"},
-                                         TimeCase{false, 86400, "24:00:00"}, TimeCase{false, 90061, "25:01:01"},
-                                         TimeCase{false, 360000, "100:00:00"}, TimeCase{false, -59, "-00:59"},
-                                         TimeCase{true, 1500, "00:01.500"}, TimeCase{true, 2000, "00:02"},
-                                         TimeCase{true, 7, "00:00.007"}, TimeCase{true, 3600000, "01:00:00"},
-                                         TimeCase{true, 3600001, "01:00:00.001"},
-                                         TimeCase{true, 90000250, "25:00:00.250"},
-                                         TimeCase{true, -1500, "-00:01.500"}));
+INSTANTIATE_TEST_SUITE_P(
+    Durations, FormatTime,
+    testing::Values(TimeCase{false, 0, "00:00"}, TimeCase{false, 59, "00:59"}, TimeCase{false, 61, "01:01"},
+                    TimeCase{false, 3599, "59:59"}, TimeCase{false, 3600, "01:00:00"},
+                    TimeCase{false, 86399, "23:59:59"}, TimeCase{false, 86400, "24:00:00"},
+                    TimeCase{false, 90061, "25:01:01"}, TimeCase{false, 360000, "100:00:00"},
+                    TimeCase{false, -59, "-00:59"}, TimeCase{true, 1500, "00:01.500"}, TimeCase{true, 2000, "00:02"},
+                    TimeCase{true, 7, "00:00.007"}, TimeCase{true, 3600000, "01:00:00"},
+                    TimeCase{true, 3600001, "01:00:00.001"}, TimeCase{true, 90000250, "25:00:00.250"},
+                    TimeCase{true, -1500, "-00:01.500"},
+                    // The extremes: "no timestamp" is dashed, the rest are durations.
+                    TimeCase{true, LLONG_MIN, "--:--"}, TimeCase{true, LLONG_MAX, "2562047788015:12:55.807"},
+                    TimeCase{true, -LLONG_MAX, "-2562047788015:12:55.807"}, TimeCase{false, INT_MIN, "-596523:14:08"},
+                    TimeCase{false, INT_MAX, "596523:14:07"}));
 
 TEST(Format, MsToQTimeWrapsAtADay)
 {
     EXPECT_EQ(Format::msToQTime(3723004), QTime(1, 2, 3, 4));
     EXPECT_EQ(Format::msToQTime(86400000LL + 5), QTime(0, 0, 0, 5));
     EXPECT_EQ(Format::msToQTime(-1000), QTime(23, 59, 59));
+    EXPECT_EQ(Format::msToQTime(LLONG_MIN), QTime(16, 47, 4, 192));
 }
 
 struct FrameCase
