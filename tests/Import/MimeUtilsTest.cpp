@@ -107,6 +107,22 @@ TEST_F(MimeUtilsTest, ExtractFilesKeepsUrlOrderAndAbsolutePaths)
               (QStringList{a, b, c}));
 }
 
+TEST_F(MimeUtilsTest, UrlsWhosePathHoldsANulAreRefused)
+{
+    TestSupport::LogCapture log;
+    const QString clip = touch(dir, QStringLiteral("clip.mp4"));
+    const QUrl cut(QStringLiteral("file://") + clip + QStringLiteral("%00.mp4"));
+    const QSet<QString> set{QStringLiteral("mp4")};
+    QMimeData data;
+    data.setUrls({QUrl(QStringLiteral("file:///tmp/a%00b.mp4")), QUrl::fromLocalFile(clip), cut});
+    EXPECT_EQ(MimeUtils::extractFiles(&data, set), QStringList{clip});
+
+    QMimeData only;
+    only.setUrls({cut});
+    EXPECT_FALSE(MimeUtils::isMimeDataContainsSupportedFile(&only, set, true));
+    EXPECT_TRUE(log.containsError("holds a NUL"));
+}
+
 TEST_F(MimeUtilsTest, ProjectAndPackageDropsAreRecognisedBySettingsSuffixes)
 {
     const QString project = touch(dir, QStringLiteral("Holiday.DSCPROJ"));

@@ -15,6 +15,18 @@ namespace {
 
 QString lowerSuffix(const QString& path) { return QFileInfo(path).suffix().toLower(); }
 
+// The local path of a dropped URL; empty for one that is not a local file or whose path holds
+// a NUL ("%00"), which no file name can and which file functions would cut short.
+QString droppedPath(const QUrl& url)
+{
+    QString path = url.toLocalFile();
+    if (path.contains(QChar::Null)) {
+        LOG(ERROR) << "MimeUtils: dropped URL " << url.toString().toStdString() << " holds a NUL in its path; refused";
+        path.clear();
+    }
+    return path;
+}
+
 // "*.dscproj" and "dscproj" both name the suffix "dscproj".
 QSet<QString> suffixSet(const QStringList& patterns)
 {
@@ -112,7 +124,7 @@ QString mimeDragAsrc(const QMimeData* data)
 bool isUrlListContainsSupportedFile(const QList<QUrl>& urls, const QSet<QString>& suffixes, bool acceptDirectories)
 {
     for (const QUrl& url : urls) {
-        const QString path = url.toLocalFile();
+        const QString path = droppedPath(url);
         if (path.isEmpty())
             continue;
         if (suffixes.contains(lowerSuffix(path)))
@@ -137,7 +149,7 @@ QStringList extractFiles(const QMimeData* data, const QSet<QString>& suffixes)
         return files;
     const QList<QUrl> dropped = data->urls();
     for (const QUrl& url : dropped) {
-        const QString path = url.toLocalFile();
+        const QString path = droppedPath(url);
         if (path.isEmpty())
             continue;
         if (suffixes.contains(lowerSuffix(path)))
@@ -178,7 +190,7 @@ std::vector<std::unique_ptr<Overlay::Preset>> makeOverlayPresetList(const QMimeD
         return presets;
     const QList<QUrl> dropped = data->urls();
     for (const QUrl& url : dropped) {
-        const QString path = url.toLocalFile();
+        const QString path = droppedPath(url);
         if (path.isEmpty() || !overlaySuffixes().contains(lowerSuffix(path)))
             continue;
         QByteArray content;
