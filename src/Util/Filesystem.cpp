@@ -14,9 +14,11 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QImageReader>
 #include <QRegularExpression>
 #include <QSaveFile>
 #include <QUuid>
+#include <QtEndian>
 
 #include <glog/logging.h>
 
@@ -513,8 +515,42 @@ void saveLastUsedOutputDirectories(QStringList directories)
 namespace {
 constexpr quint32 kPreviewsMagic = 0x45555250; // "EURP"
 constexpr quint32 kPreviewsVersion = 1;
+
+// Bytes of the PNG stream starting at `from` (signature, chunks up to IEND), or 0.
+int pngLength(const QByteArray& data, int from)
+{
+    if (data.mid(from, 8) != QByteArrayLiteral("\x89PNG\r\n\x1a\n"))
+        return 0;
+    qint64 at = from + 8;
+    while (at + 12 <= data.size()) {
+        const quint32 length = qFromBigEndian<quint32>(data.constData() + at);
+        const bool last = data.mid(int(at) + 4, 4) == QByteArrayLiteral("IEND");
+        at += 12 + qint64(length);
+        if (last)
+            return at <= data.size() ? int(at - from) : 0;
+    }
+    return 0;
+}
+
+// The picture decoded no larger than a preview, judged by its header first; null when it is
+// not a PNG or announces more than previewStoredMaxSide pixels a side.
+QImage readPreview(const QByteArray& png)
+{
+    QBuffer buffer;
+    buffer.setData(png);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer, "png");
+    const QSize size = reader.size();
+    if (!size.isValid() || size.width() > previewStoredMaxSide || size.height() > previewStoredMaxSide)
+        return {};
+    if (size.width() > previewSide || size.height() > previewSide)
+        reader.setScaledSize(size.scaled(previewSide, previewSide, Qt::KeepAspectRatio));
+    return reader.read();
+}
 } // namespace
 
+// Read entry by entry as QDataStream writes a QMap<QString, QPixmap> (count, then key, null
+// marker and PNG per entry), so no picture is decoded before its size is known.
 QMap<QString, QPixmap> recentProjectPreviews()
 {
     const QByteArray data = Settings::recentProjectPreviews();
@@ -524,11 +560,28 @@ QMap<QString, QPixmap> recentProjectPreviews()
     in.setVersion(QDataStream::Qt_5_15);
     quint32 magic = 0;
     quint32 version = 0;
+    quint32 count = 0;
+    in >> magic >> version >> count;
     QMap<QString, QPixmap> previews;
-    in >> magic >> version;
-    if (magic == kPreviewsMagic && version == kPreviewsVersion)
-        in >> previews;
-    if (in.status() != QDataStream::Ok || magic != kPreviewsMagic || version != kPreviewsVersion) {
+    bool readable = in.status() == QDataStream::Ok && magic == kPreviewsMagic && version == kPreviewsVersion;
+    for (quint32 i = 0; readable && i < count; ++i) {
+        QString key;
+        qint32 hasPicture = 0;
+        in >> key >> hasPicture;
+        const int at = int(in.device()->pos());
+        const int length = hasPicture ? pngLength(data, at) : 0;
+        readable = in.status() == QDataStream::Ok && (!hasPicture || length > 0);
+        if (!readable)
+            break;
+        in.skipRawData(length);
+        const QImage picture = hasPicture ? readPreview(data.mid(at, length)) : QImage();
+        if (hasPicture && picture.isNull())
+            LOG(ERROR) << "Filesystem::recentProjectPreviews: the preview of " << key.toStdString()
+                       << " is not a PNG of at most " << previewStoredMaxSide << " pixels a side; left out";
+        else
+            previews.insert(key, QPixmap::fromImage(picture));
+    }
+    if (!readable) {
         LOG(ERROR) << "Filesystem::recentProjectPreviews: stored previews are unreadable";
         return {};
     }
@@ -570,8 +623,15 @@ QStringList extensionsToFileFilters(const QStringList& extensions)
 
 QString cleanPath(QString path)
 {
-    const QString trimmed = path.trimmed();
-    return trimmed.isEmpty() ? QString() : QDir::toNativeSeparators(QDir::cleanPath(trimmed));
+    // Trimming can leave a path that cleans further ("a/../ ./b" gives " ./b", then "./b"),
+    // so both repeat until nothing changes: cleaning a cleaned path keeps it.
+    QString cleaned = path.trimmed();
+    for (QString next; !cleaned.isEmpty(); cleaned = next) {
+        next = QDir::cleanPath(cleaned).trimmed();
+        if (next == cleaned)
+            break;
+    }
+    return QDir::toNativeSeparators(cleaned);
 }
 
 QStringList cleanPath(QStringList paths)

@@ -65,7 +65,11 @@ EDITORUTIL_EXPORT void saveRecentProjects(QStringList projects);
 EDITORUTIL_EXPORT QStringList lastUsedOutputDirectories();
 EDITORUTIL_EXPORT void saveLastUsedOutputDirectories(QStringList directories);
 // Preview pictures of recent projects keyed by (cleaned) project path, kept in the settings
-// store as PNG.
+// store as PNG. Read back at most previewSide pixels a side (larger ones scaled down, aspect
+// kept); a stored picture announcing more than previewStoredMaxSide a side is left out, with a
+// logged error, without being decoded.
+constexpr int previewSide = 512;
+constexpr int previewStoredMaxSide = 4096;
 EDITORUTIL_EXPORT QMap<QString, QPixmap> recentProjectPreviews();
 EDITORUTIL_EXPORT void saveRecentProjectPreviews(const QMap<QString, QPixmap>& previews);
 

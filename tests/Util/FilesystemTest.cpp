@@ -7,11 +7,14 @@
 #include "TestFiles.h"
 #include "TestSupport.h"
 
+#include <QBuffer>
+#include <QDataStream>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QUrl>
+#include <QtEndian>
 
 #include <gtest/gtest.h>
 
@@ -62,12 +65,19 @@ class CleanPath : public testing::TestWithParam<CleanCase>
 {
 };
 
-TEST_P(CleanPath, Normalises) { EXPECT_EQ(Filesystem::cleanPath(S(GetParam().input)), S(GetParam().expected)); }
+// Cleaning a cleaned path keeps it.
+TEST_P(CleanPath, NormalisesOnce)
+{
+    const QString cleaned = Filesystem::cleanPath(S(GetParam().input));
+    EXPECT_EQ(cleaned, S(GetParam().expected));
+    EXPECT_EQ(Filesystem::cleanPath(cleaned), cleaned);
+}
 
 INSTANTIATE_TEST_SUITE_P(Paths, CleanPath,
                          testing::Values(CleanCase{" /a//b/./c/../d ", "/a/b/d"}, CleanCase{"/a/b/", "/a/b"},
                                          CleanCase{"", ""}, CleanCase{"   ", ""}, CleanCase{"a/../../b", "../b"},
-                                         CleanCase{"/", "/"}));
+                                         CleanCase{"/", "/"}, CleanCase{"a /", "a"}, CleanCase{"/x/a \t/", "/x/a"},
+                                         CleanCase{"a/../ ./b", "b"}, CleanCase{"q/.. /../ /", "q"}));
 
 TEST(CleanPathList, CleansEveryElementInOrder)
 {
@@ -458,6 +468,72 @@ TEST_F(RecentLists, PreviewsRoundTripAndSurviveGarbage)
     EXPECT_EQ(back.first().toImage().pixelColor(3, 3), QColor(Qt::red));
 
     Settings::setRecentProjectPreviews(QByteArray("not previews"));
+    EXPECT_TRUE(Filesystem::recentProjectPreviews().isEmpty());
+    EXPECT_TRUE(log.containsError("unreadable"));
+}
+
+namespace {
+
+QByteArray png(const QImage& image)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return bytes;
+}
+
+// A small PNG whose header announces `width` x `height` (the header's checksum redone).
+QByteArray pngAnnouncing(quint32 width, quint32 height)
+{
+    QByteArray bytes = png(QImage(1, 1, QImage::Format_RGB32));
+    qToBigEndian(width, bytes.data() + 16);
+    qToBigEndian(height, bytes.data() + 20);
+    quint32 crc = 0xffffffffu;
+    for (int i = 12; i < 29; ++i) {
+        crc ^= quint8(bytes[i]);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc & 1) ? (crc >> 1) ^ 0xedb88320u : crc >> 1;
+    }
+    qToBigEndian(~crc, bytes.data() + 29);
+    return bytes;
+}
+
+// Previews as the store keeps them, the pictures given as PNG bytes (empty for no picture).
+QByteArray storedPreviews(const QList<QPair<QString, QByteArray>>& entries)
+{
+    QByteArray data;
+    QDataStream out(&data, QIODevice::WriteOnly);
+    out << quint32(0x45555250) << quint32(1) << quint32(entries.size());
+    for (const auto& entry : entries) {
+        out << entry.first << qint32(entry.second.isEmpty() ? 0 : 1);
+        out.writeRawData(entry.second.constData(), entry.second.size());
+    }
+    return data;
+}
+
+} // namespace
+
+TEST_F(RecentLists, PreviewsAreReadNoLargerThanAPreview)
+{
+    QImage wide(1000, 600, QImage::Format_RGB32);
+    wide.fill(Qt::blue);
+    Settings::setRecentProjectPreviews(storedPreviews({{S("/p/huge"), pngAnnouncing(100000, 100000)},
+                                                       {S("/p/tall"), pngAnnouncing(1, 20000)},
+                                                       {S("/p/wide"), png(wide)},
+                                                       {S("/p/none"), QByteArray()}}));
+    const QMap<QString, QPixmap> back = Filesystem::recentProjectPreviews();
+    ASSERT_EQ(back.keys(), (QStringList{S("/p/none"), S("/p/wide")}));
+    EXPECT_TRUE(back[S("/p/none")].isNull());
+    EXPECT_EQ(back[S("/p/wide")].size(), QSize(512, 307));
+    EXPECT_EQ(back[S("/p/wide")].toImage().pixelColor(100, 100), QColor(Qt::blue));
+    EXPECT_EQ(log.errors().size(), 2u);
+    EXPECT_TRUE(log.containsError("the preview of /p/huge is not a PNG of at most 4096 pixels a side"));
+
+    // A picture cut short leaves the rest unreadable.
+    QByteArray cut = png(wide);
+    cut.chop(20);
+    Settings::setRecentProjectPreviews(storedPreviews({{S("/p/cut"), cut}}));
     EXPECT_TRUE(Filesystem::recentProjectPreviews().isEmpty());
     EXPECT_TRUE(log.containsError("unreadable"));
 }
