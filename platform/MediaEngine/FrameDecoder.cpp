@@ -108,6 +108,14 @@ QImage scaleFrame(AVFrame* frame, double pixelAspect, const FrameRequest& reques
 
 } // namespace
 
+// When a frame is shown: the time its packet carried, else FFmpeg's guess (which falls back to
+// decoding times when some packets of an MPEG stream carry none, and is then early by the
+// reordering delay).
+static int64_t shownAt(const AVFrame* frame)
+{
+    return frame->pts != AV_NOPTS_VALUE ? frame->pts : frame->best_effort_timestamp;
+}
+
 // The file and decoder kept open between the requests of one FrameDecoder, and where the
 // decoding stands: the last frame shown before the latest time asked for and the first one at
 // or after it (frames come out of the decoder in the order they are shown).
@@ -129,6 +137,10 @@ struct FrameDecoder::Session
     // False once the decoder was drained or failed: the next request seeks.
     bool continuable = false;
     int64_t lastTarget = AV_NOPTS_VALUE;
+    // The demuxer stands past the start (its first packet was read for the start time).
+    bool advanced = false;
+    // No index: a seek guesses a place from timestamps, and the beginning is byte 0.
+    bool indexless = false;
 };
 
 FrameDecoder::FrameDecoder(const Limits& limits) : m_limits(limits) {}
@@ -220,7 +232,27 @@ FrameResult FrameDecoder::decode(const FrameRequest& request, const std::atomic_
         session->stream = stream;
         session->streamIndex = streamIndex;
         session->startTime = stream->start_time != AV_NOPTS_VALUE ? stream->start_time : 0;
+
         session->oneSecond = std::max<int64_t>(1, av_rescale_q(AV_TIME_BASE, AV_TIME_BASE_Q, stream->time_base));
+        const QLatin1String demuxer(context->iformat->name);
+        session->indexless = demuxer == QLatin1String("mpegts") || demuxer == QLatin1String("mpeg")
+                             || demuxer == QLatin1String("mpegvideo");
+        if (stream->start_time == AV_NOPTS_VALUE && demuxer.startsWith(QLatin1String("matroska"))) {
+            // Matroska headers tell no start time (a file whose times start late): the first
+            // packet of the stream does.
+            PacketPtr first(av_packet_alloc());
+            for (int read = 0; first && read < 1000 && av_read_frame(context, first.get()) >= 0; ++read) {
+                const bool ours = first->stream_index == streamIndex;
+                const int64_t time = first->pts != AV_NOPTS_VALUE ? first->pts : first->dts;
+                av_packet_unref(first.get());
+                if (ours) {
+                    if (time != AV_NOPTS_VALUE)
+                        session->startTime = time;
+                    break;
+                }
+            }
+            session->advanced = true;
+        }
         session->before.reset(av_frame_alloc());
         session->after.reset(av_frame_alloc());
         if (!session->before || !session->after)
@@ -242,8 +274,8 @@ FrameResult FrameDecoder::decode(const FrameRequest& request, const std::atomic_
     // earlier one: no key frame lies between where the decoding stands and the time.
     bool goOn = reused && s.continuable && s.lastTarget != AV_NOPTS_VALUE && target >= s.lastTarget;
     if (goOn) {
-        const int64_t reachedPts = s.haveAfter    ? s.after->best_effort_timestamp
-                                   : s.haveBefore ? s.before->best_effort_timestamp
+        const int64_t reachedPts = s.haveAfter    ? shownAt(s.after.get())
+                                   : s.haveBefore ? shownAt(s.before.get())
                                                   : s.lastTarget;
         const int key = av_index_search_timestamp(s.stream, target, AVSEEK_FLAG_BACKWARD);
         const AVIndexEntry* entry = key >= 0 ? avformat_index_get_entry(s.stream, key) : nullptr;
@@ -267,7 +299,7 @@ FrameResult FrameDecoder::decode(const FrameRequest& request, const std::atomic_
 
     // Files frames as before or at/after the target; done once one at or past it came.
     auto offer = [&](AVFrame* decoded) {
-        const int64_t pts = decoded->best_effort_timestamp;
+        const int64_t pts = shownAt(decoded);
         if (seeked && !s.haveBefore && !s.haveAfter && pts != AV_NOPTS_VALUE && pts > target) {
             overshot = true;
             av_frame_unref(decoded);
@@ -368,8 +400,7 @@ FrameResult FrameDecoder::decode(const FrameRequest& request, const std::atomic_
 
     if (goOn) {
         // The frame held at or after the earlier time may be before this one.
-        if (s.haveAfter && s.after->best_effort_timestamp != AV_NOPTS_VALUE
-            && s.after->best_effort_timestamp < target) {
+        if (s.haveAfter && shownAt(s.after.get()) != AV_NOPTS_VALUE && shownAt(s.after.get()) < target) {
             av_frame_unref(s.before.get());
             av_frame_move_ref(s.before.get(), s.after.get());
             s.haveBefore = true;
@@ -393,12 +424,16 @@ FrameResult FrameDecoder::decode(const FrameRequest& request, const std::atomic_
         int64_t seekTo = target;
         int64_t stepBack = oneSecond;
         for (int attempt = 0;; ++attempt) {
-            const bool fromStart = seekTo <= startTime || attempt > maxSeekRetries;
-            if (requested > 0 || attempt > 0 || reused) {
-                const int status = fromStart
-                                       ? avformat_seek_file(context, streamIndex, INT64_MIN, startTime, startTime, 0)
-                                       : av_seek_frame(context, streamIndex, seekTo, AVSEEK_FLAG_BACKWARD);
-                if (status < 0 && (attempt > 0 || reused)
+            const bool fromStart = seekTo <= startTime || attempt > maxSeekRetries
+                                   || (s.indexless && saturatingSubtract(seekTo, startTime) <= oneSecond);
+            if (requested > 0 || attempt > 0 || reused || s.advanced) {
+                s.advanced = false;
+                const int status =
+                    fromStart
+                        ? (s.indexless ? avformat_seek_file(context, -1, INT64_MIN, 0, 0, AVSEEK_FLAG_BYTE)
+                                       : avformat_seek_file(context, streamIndex, INT64_MIN, startTime, startTime, 0))
+                        : av_seek_frame(context, streamIndex, seekTo, AVSEEK_FLAG_BACKWARD);
+                if (status < 0 && (attempt > 0 || reused || fromStart)
                     && avformat_seek_file(context, -1, INT64_MIN, 0, 0, AVSEEK_FLAG_BYTE) < 0)
                     return fail(ErrorCode::FileCorrupted, QStringLiteral("Cannot go back in the file"));
                 avcodec_flush_buffers(decoder);
@@ -426,10 +461,10 @@ FrameResult FrameDecoder::decode(const FrameRequest& request, const std::atomic_
         return fail(ErrorCode::FileCorrupted, QStringLiteral("The stream holds no frame"));
 
     // The nearer of the frames around the time; a frame without a time is farther than any.
-    const bool takeAfter = s.haveAfter
-                           && (!s.haveBefore
-                               || timeDistance(s.after->best_effort_timestamp, target)
-                                      < timeDistance(target, s.before->best_effort_timestamp));
+    const bool takeAfter =
+        s.haveAfter
+        && (!s.haveBefore
+            || timeDistance(shownAt(s.after.get()), target) < timeDistance(target, shownAt(s.before.get())));
     AVFrame* chosen = takeAfter ? s.after.get() : s.before.get();
     // Scaling crops the frame it is given: it gets a reference of its own.
     FramePtr best(av_frame_clone(chosen));
@@ -440,9 +475,9 @@ FrameResult FrameDecoder::decode(const FrameRequest& request, const std::atomic_
     result.image = scaleFrame(best.get(), pixelAspect, request);
     if (result.image.isNull())
         return fail(ErrorCode::FileCorrupted, QStringLiteral("Cannot convert the frame"));
-    if (best->best_effort_timestamp != AV_NOPTS_VALUE)
-        result.frameTime = av_rescale_q(saturatingSubtract(best->best_effort_timestamp, startTime), s.stream->time_base,
-                                        AV_TIME_BASE_Q);
+    if (shownAt(best.get()) != AV_NOPTS_VALUE)
+        result.frameTime =
+            av_rescale_q(saturatingSubtract(shownAt(best.get()), startTime), s.stream->time_base, AV_TIME_BASE_Q);
     if (!(more && more()))
         m_session.reset(); // nothing follows: the file is closed at once
     return result;
