@@ -2,6 +2,7 @@
 //  - probing 200 small files on the engine's pool vs a sequential avformat loop,
 //  - a 160x90 thumbnail of a 1080p frame vs seeking and decoding it by hand, and vs one
 //    ffmpeg process per thumbnail,
+//  - a strip of 10 thumbnails inside one group of pictures vs decoding that group once,
 //  - a repeated thumbnail answered from the frame cache.
 #include <MediaEngine/Engine.h>
 #include <MediaEngine/FrameDecoder.h>
@@ -296,6 +297,82 @@ void BM_ThumbnailFfmpegProcess(benchmark::State& state)
     }
 }
 BENCHMARK(BM_ThumbnailFfmpegProcess)->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// Decoding the first group of pictures of the file once, as a program that wants every frame
+// of it would: open, read, decode its 50 frames (no scaling).
+double decodeGroupByHandMs(const QString& path, int frames)
+{
+    const double start = processCpuMs();
+    AVFormatContext* format = nullptr;
+    const QByteArray name = QFile::encodeName(path);
+    if (avformat_open_input(&format, name.constData(), nullptr, nullptr) < 0)
+        return -1;
+    avformat_find_stream_info(format, nullptr);
+    const int index = av_find_best_stream(format, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+    AVStream* stream = format->streams[index];
+    AVCodecContext* codec = avcodec_alloc_context3(avcodec_find_decoder(stream->codecpar->codec_id));
+    avcodec_parameters_to_context(codec, stream->codecpar);
+    codec->thread_count = 1; // as the engine decodes
+    avcodec_open2(codec, codec->codec, nullptr);
+    AVPacket* packet = av_packet_alloc();
+    AVFrame* frame = av_frame_alloc();
+    int decoded = 0;
+    while (decoded < frames && av_read_frame(format, packet) >= 0) {
+        if (packet->stream_index == index && avcodec_send_packet(codec, packet) >= 0)
+            while (decoded < frames && avcodec_receive_frame(codec, frame) >= 0)
+                ++decoded;
+        av_packet_unref(packet);
+    }
+    av_frame_free(&frame);
+    av_packet_free(&packet);
+    avcodec_free_context(&codec);
+    avformat_close_input(&format);
+    return decoded == frames ? processCpuMs() - start : -1;
+}
+
+// A strip of 10 thumbnails inside the first group of pictures (frames 2, 7, ... 47; key frames
+// every 50), asked of the engine in one turn as a timeline's clip asks for them, against
+// decoding that group once by hand; and one thumbnail at the key frame, the floor of any
+// thumbnail. CPU time of the process: the pool's threads count too.
+void BM_ThumbnailStrip(benchmark::State& state)
+{
+    constexpr int thumbnails = 10;
+    MediaEngine::Engine engine;
+    engine.cache().setCapacity(0); // every request decodes
+    double group = 0, strip = 0, key = 0;
+    for (auto _ : state) {
+        const double g = decodeGroupByHandMs(media().hd, 50);
+        if (g < 0)
+            state.SkipWithError("the group could not be decoded");
+        group += g;
+
+        double start = processCpuMs();
+        const MediaEngine::FrameResult keyFrame = MediaEngine::decodeFrame(hdRequest(0));
+        key += processCpuMs() - start;
+        if (keyFrame.image.size() != thumbnailSize)
+            state.SkipWithError("no key frame");
+
+        start = processCpuMs();
+        QEventLoop loop;
+        int answers = 0;
+        for (int i = 0; i < thumbnails; ++i)
+            engine.requestFrame(hdRequest((5 * i + 2) * 40'000), &loop, [&](const MediaEngine::FrameResult& result) {
+                if (result.image.size() != thumbnailSize)
+                    state.SkipWithError("no frame");
+                if (++answers == thumbnails)
+                    loop.quit();
+            });
+        loop.exec();
+        strip += processCpuMs() - start;
+    }
+    const double n = double(state.iterations());
+    state.counters["group_once_ms"] = group / n;
+    state.counters["strip_ms"] = strip / n;
+    state.counters["strip_vs_group"] = strip / group;
+    state.counters["per_thumbnail_ms"] = strip / n / thumbnails;
+    state.counters["key_frame_floor_ms"] = key / n;
+}
+BENCHMARK(BM_ThumbnailStrip)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
 void BM_ThumbnailFromCache(benchmark::State& state)
 {

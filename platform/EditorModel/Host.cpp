@@ -7,6 +7,7 @@
 
 #include <glog/logging.h>
 
+#include <algorithm>
 #include <map>
 
 namespace Model {
@@ -53,6 +54,25 @@ private:
     Host& m_host;
 };
 
+// Follows the timelines that batches and provisional clips wait on, whoever owns them, so
+// that a timeline removed (or freed with its owner) is never announced or edited afterwards.
+class Host::TimelineWatch : public Model::View<Timeline::Object>
+{
+public:
+    explicit TimelineWatch(Host& host) : m_host(host) {}
+
+    void follow(const Timeline::Object* timeline)
+    {
+        if (!isFollowed(timeline))
+            observe(timeline);
+    }
+
+private:
+    void recordRemoved(const Timeline::Object* timeline) override { m_host.timelineRemoved(timeline); }
+
+    Host& m_host;
+};
+
 Host::Host(QObject* parent) : QObject(parent)
 {
     if (!g_instance)
@@ -76,6 +96,7 @@ Host::Host(QObject* parent) : QObject(parent)
     m_playback = add(std::make_unique<Playback::Object>());
     m_selection = add(std::make_unique<Selection::Object<Timeline::Clip>>());
     m_thumbnailWatch = std::make_unique<ThumbnailWatch>(*this);
+    m_timelineWatch = std::make_unique<TimelineWatch>(*this);
     m_thumbnails = std::make_shared<Thumbnail::StillImageProvider>(*this);
 
     using namespace Timeline;
@@ -96,6 +117,7 @@ Host::~Host()
 {
     unsubscribeEverything();
     m_thumbnailWatch.reset();
+    m_timelineWatch.reset();
     // Records that refer to others (clips to files, timelines to clips) go first.
     for (std::type_index type : {std::type_index(typeid(Timeline::Object)), std::type_index(typeid(Timeline::Clip))})
         m_stores.erase(type);
@@ -316,6 +338,7 @@ void Host::watchFiles(const Timeline::Object* timeline, const std::vector<const 
         LOG(ERROR) << "Model::Host::watchFiles: null timeline";
         return;
     }
+    m_timelineWatch->follow(timeline);
     Batch batch{timeline, {}};
     for (const Media::File* file : files) {
         if (file && owns(file) && !file->isFinished())
@@ -334,6 +357,7 @@ void Host::fitWhenOpened(const Timeline::Object* timeline, const std::vector<con
     for (const Timeline::Clip* clip : clips) {
         if (!clip || !clip->file() || !timeline->contains(clip) || clip->file()->isFinished())
             continue;
+        m_timelineWatch->follow(timeline);
         m_provisional.emplace(clip->file(), Provisional{timeline, clip, timeline->clipTiming(clip)});
     }
 }
@@ -349,15 +373,11 @@ void Host::fitOpenedClips(const Media::File* file)
     if (length <= 0)
         return;
 
-    // One edit per timeline, for all the clips of the file on it.
-    // A timeline removed meanwhile (a shadow given up) is not touched; its address is only
-    // compared, never followed.
-    const std::set<const Timeline::Object*> live = Registry::objectsOf<Timeline::Object>();
+    // One edit per timeline, for all the clips of the file on it. (A timeline removed meanwhile
+    // took its entries with it.)
     std::map<const Timeline::Object*, std::vector<Provisional>> byTimeline;
-    for (const Provisional& p : waiting) {
-        if (live.count(p.timeline))
-            byTimeline[p.timeline].push_back(p);
-    }
+    for (const Provisional& p : waiting)
+        byTimeline[p.timeline].push_back(p);
     for (const auto& entry : byTimeline) {
         const Timeline::Object* timeline = entry.first;
         bool changed = false;
@@ -408,19 +428,28 @@ void Host::announceBatches()
         this,
         [this] {
             m_announceQueued = false;
-            std::vector<const Timeline::Object*> done;
-            for (auto it = m_batches.begin(); it != m_batches.end();) {
-                if (it->waiting.empty()) {
-                    done.push_back(it->timeline);
-                    it = m_batches.erase(it);
-                } else {
-                    ++it;
-                }
-            }
-            for (const Timeline::Object* timeline : done)
+            // One at a time: a receiver may remove another finished batch's timeline, which
+            // takes that batch out of the list before it is announced.
+            for (;;) {
+                const auto finished = std::find_if(m_batches.begin(), m_batches.end(),
+                                                   [](const Batch& batch) { return batch.waiting.empty(); });
+                if (finished == m_batches.end())
+                    break;
+                const Timeline::Object* timeline = finished->timeline;
+                m_batches.erase(finished);
                 publish(Timeline::AllFilesProcessedNotification(timeline));
+            }
         },
         Qt::QueuedConnection);
+}
+
+void Host::timelineRemoved(const Timeline::Object* timeline)
+{
+    m_batches.erase(std::remove_if(m_batches.begin(), m_batches.end(),
+                                   [timeline](const Batch& batch) { return batch.timeline == timeline; }),
+                    m_batches.end());
+    for (auto it = m_provisional.begin(); it != m_provisional.end();)
+        it = it->second.timeline == timeline ? m_provisional.erase(it) : std::next(it);
 }
 
 // --- thumbnails -----------------------------------------------------------------------------------

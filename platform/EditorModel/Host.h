@@ -152,10 +152,18 @@ public:
     const Selection::Object<Timeline::Clip>* clipSelection() const noexcept { return m_selection; }
 
     // --- edit sessions (through the editor object's worker) ---------------------------------------
-    // Starts editing `clip` of `timeline` and asks the worker to load. False without a worker.
+    // Starts editing `clip` of `timeline`: the editor object becomes active with that mode,
+    // clip and timeline and no edit position, then the worker loads the session (its onLoad(),
+    // once). Do not follow it with loadSession(), which would load a second time. False without
+    // a worker (the editor object is active all the same), or, with a log line and nothing
+    // changed, when the clip is not on the timeline.
     bool beginSession(const Timeline::Object* timeline, const Timeline::Clip* clip,
                       Editor::Object::Mode mode = Editor::Object::ClipSettings);
+    // Has the worker load again (its onLoad()), to reread a session whose clip or timeline
+    // changed; the editor object is not touched, active or not. False without a worker.
     bool loadSession();
+    // The worker applies (onApply()) or drops (onReset()) the session's changes; then the editor
+    // object is inactive. False without a worker (the editor object is made inactive anyway).
     bool applySession();
     bool resetSession();
     bool setEditPosition(std::optional<Types::Time> position);
@@ -180,13 +188,15 @@ public:
     bool openFile(const Media::File* file);
     int pendingOpenCount() const noexcept { return int(m_opening.size()); }
     // Publishes Timeline::AllFilesProcessedNotification on `timeline` (from the event loop) once
-    // every file of the batch has finished opening, opened or failed, or was removed.
+    // every file of the batch has finished opening, opened or failed, or was removed. A timeline
+    // removed first (a private copy given up while its files open) takes its batches with it:
+    // nothing is announced for it.
     void watchFiles(const Timeline::Object* timeline, const std::vector<const Media::File*>& files);
     // Clips of `timeline` placed with a provisional length before their file opened: when the
     // file opens, each takes the file's real length (its video stream's, else its audio's; a
     // still keeps its length) in one edit of the timeline, and what follows it on its track
     // moves with its end. A clip whose timing was changed meanwhile, or that left the
-    // timeline, is left alone.
+    // timeline, is left alone, and so is a timeline removed meanwhile.
     void fitWhenOpened(const Timeline::Object* timeline, const std::vector<const Timeline::Clip*>& clips);
 
     // --- thumbnails ------------------------------------------------------------------------------
@@ -202,6 +212,7 @@ public:
 
 private:
     class ThumbnailWatch;
+    class TimelineWatch;
     struct Batch
     {
         const Timeline::Object* timeline;
@@ -212,6 +223,8 @@ private:
     void fileSettled(const Media::File* file);
     void fitOpenedClips(const Media::File* file);
     void announceBatches();
+    // Forgets what waits on a timeline that is being removed.
+    void timelineRemoved(const Timeline::Object* timeline);
     Editor::Worker* worker() const;
     bool editPlaybackState(const char* operation, const std::function<void(Playback::State&)>& change);
 
@@ -234,6 +247,7 @@ private:
     std::shared_ptr<Media::Opener> m_opener;
     std::shared_ptr<Thumbnail::Provider> m_thumbnails;
     std::unique_ptr<ThumbnailWatch> m_thumbnailWatch;
+    std::unique_ptr<TimelineWatch> m_timelineWatch; // timelines batches or clips to fit wait on
     std::shared_ptr<TimelineRequestHandler> m_requests;
     std::unordered_map<const Media::File*, std::uint64_t> m_opening; // file -> opening ticket
     std::uint64_t m_nextTicket = 1;

@@ -79,6 +79,27 @@ bool isoBoxesFit(QFile& file)
     return boxes > 0;
 }
 
+// Walks the chunks of a PNG file: each must fit in the file, up to the closing IEND chunk.
+bool pngChunksFit(QFile& file)
+{
+    const qint64 size = file.size();
+    qint64 at = 8; // the signature
+    for (int chunks = 0; chunks < 1000000; ++chunks) {
+        if (!file.seek(at))
+            return false;
+        const QByteArray header = file.read(8);
+        if (header.size() < 8)
+            return false;
+        const qint64 length = be32(header, 0);
+        at += 12 + length; // length, type, data, checksum
+        if (at > size)
+            return false;
+        if (header.mid(4, 4) == "IEND")
+            return true;
+    }
+    return false;
+}
+
 OpenResult failure(const QString& path, const char* why)
 {
     OpenResult result;
@@ -175,19 +196,34 @@ OpenResult SignatureOpener::probe(const QString& path)
         return result;
     }
 
-    file.close();
-    QImageReader reader(path);
+    // A picture is judged by its header alone, never decoded: a few bytes can announce
+    // pixels enough to stall the pool and exhaust the memory.
+    QImageReader reader(&file);
+    file.seek(0);
     reader.setDecideFormatFromContent(true);
-    const QByteArray format = reader.format();
-    const QImage image = reader.read();
-    if (image.isNull())
+    if (!reader.canRead())
         return failure(path, "neither a known media container nor a readable image");
+    const QByteArray format = reader.format();
+    const QSize size = reader.size();
+    if (!size.isValid() || size.isEmpty())
+        return failure(path, "a picture whose size cannot be read");
+    if (size.width() > MaxPictureSide || size.height() > MaxPictureSide
+        || qint64(size.width()) * size.height() > MaxPicturePixels) {
+        OpenResult result;
+        result.errors.push_back(
+            OpenError{TooLargeCode,
+                      QStringLiteral("a picture of %1x%2 pixels: ").arg(size.width()).arg(size.height()).toStdString()
+                          + path.toStdString()});
+        return result;
+    }
+    if (format == "png" && !pngChunksFit(file))
+        return failure(path, "truncated picture");
     OpenResult result;
     result.ok = true;
     Video video;
     video.index = 0;
-    video.width = image.width();
-    video.height = image.height();
+    video.width = size.width();
+    video.height = size.height();
     video.stillImage = true;
     video.codec = Types::String(std::string(format.constData()));
     result.metadata.videos.push_back(video);

@@ -8,6 +8,8 @@
 
 #include <memory>
 
+#include <dlfcn.h>
+
 namespace {
 
 const char kLastVideo[] = "Paths/lastAddVideo";
@@ -138,6 +140,20 @@ void Settings::setRecentProjectPreviews(const QByteArray& data)
     settings().setValue(QLatin1String(kRecentPreviews), data);
 }
 
+namespace {
+
+// The folder of the shared library this code was linked into (the installed EditorUtil
+// library), or an empty string when it cannot be told.
+QString libraryFolder()
+{
+    Dl_info info = {};
+    if (!dladdr(reinterpret_cast<const void*>(&Settings::previewImageFolder), &info) || !info.dli_fname)
+        return {};
+    return QFileInfo(QFile::decodeName(info.dli_fname)).absolutePath();
+}
+
+} // namespace
+
 QString Settings::previewImageFolder()
 {
     const Store& s = state();
@@ -146,8 +162,17 @@ QString Settings::previewImageFolder()
     const QString fromEnvironment = qEnvironmentVariable("EDITORUTIL_PREVIEW_DIR");
     if (!fromEnvironment.isEmpty())
         return QDir::cleanPath(fromEnvironment);
+    const QString sub = QStringLiteral("/EditorUtil/preview");
+    // The data folder of the installation the library belongs to, wherever the program runs.
+    const QString library = libraryFolder();
+    if (!library.isEmpty()) {
+        const QString besideLibrary =
+            QDir::cleanPath(library + QLatin1Char('/') + QStringLiteral(EDITORSETTINGS_DATA_FROM_LIBRARY) + sub);
+        if (QFileInfo(besideLibrary).isDir())
+            return besideLibrary;
+    }
     const QString besideProgram =
-        QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../share/EditorUtil/preview"));
+        QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../share") + sub);
     if (QFileInfo(besideProgram).isDir())
         return besideProgram;
     const QString installed = QStandardPaths::locate(

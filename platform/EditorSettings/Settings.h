@@ -17,10 +17,13 @@
 // Stock preview pictures (the *PreviewImagePath accessors) are files of one folder:
 //   1. the folder given to setPreviewImageFolder(), else
 //   2. the folder named by the environment variable EDITORUTIL_PREVIEW_DIR, else
-//   3. share/EditorUtil/preview beside the program (<program dir>/../share/EditorUtil/preview),
-//      when it exists, else
-//   4. EditorUtil/preview in the generic data folders (QStandardPaths::GenericDataLocation),
-//      when one exists, else the folder of step 3.
+//   3. EditorUtil/preview in the data folder of the installation the EditorUtil library was
+//      loaded from (<libdir>/../share/EditorUtil/preview for the usual layout), when it
+//      exists, so a program linking the installed library needs no configuration, else
+//   4. share/EditorUtil/preview beside the program (<program dir>/../share/EditorUtil/preview),
+//      when it exists (the build tree), else
+//   5. EditorUtil/preview in the generic data folders (QStandardPaths::GenericDataLocation),
+//      when one exists, else the folder of step 4.
 // File names inside it: effect.png, transitionA.png, transitionB.png, title.png, callout.png,
 // quiz.png, panzoom.png, animationBackground.png, animationIcon.png.
 //

@@ -6,10 +6,58 @@
 #include <QThread>
 
 #include <algorithm>
+#include <mutex>
 
 #include <glog/logging.h>
 
 namespace MediaEngine {
+
+// The decodes waiting for the worker of one file. The worker takes them in the order of their
+// times from where it stands and closes the lane (under the lock) when none is left, so a
+// decode asked for later starts a new worker.
+struct Engine::Lane
+{
+    struct Decode
+    {
+        JobId flight;
+        FrameRequest request;
+        std::shared_ptr<std::atomic_bool> cancelled;
+    };
+    std::mutex mutex;
+    std::vector<Decode> waiting;
+    bool closed = false;
+
+    bool hasWaiting()
+    {
+        std::lock_guard<std::mutex> lock(mutex);
+        return std::any_of(waiting.begin(), waiting.end(), [](const Decode& d) { return !d.cancelled->load(); });
+    }
+
+    // The next decode to run (the earliest at or after `position`, else the earliest), and
+    // whether more wait after it; false when the lane is closed.
+    bool take(qint64 position, Decode& next, bool& more)
+    {
+        std::lock_guard<std::mutex> lock(mutex);
+        waiting.erase(
+            std::remove_if(waiting.begin(), waiting.end(), [](const Decode& d) { return d.cancelled->load(); }),
+            waiting.end());
+        if (waiting.empty()) {
+            closed = true;
+            return false;
+        }
+        auto earlier = [](const Decode& a, const Decode& b) { return a.request.time < b.request.time; };
+        auto chosen = waiting.end();
+        for (auto it = waiting.begin(); it != waiting.end(); ++it)
+            if (it->request.time >= position && (chosen == waiting.end() || earlier(*it, *chosen)))
+                chosen = it;
+        if (chosen == waiting.end())
+            chosen = std::min_element(waiting.begin(), waiting.end(), earlier);
+        next = std::move(*chosen);
+        waiting.erase(chosen);
+        more = !waiting.empty();
+        return true;
+    }
+};
 
 Engine::Engine(QObject* parent) : Engine(Limits(), parent) {}
 
@@ -58,7 +106,9 @@ JobId Engine::requestFrame(const FrameRequest& request, QObject* context, FrameC
     }
     const JobId id = addJob(request.path, context, nullptr, std::move(callback));
     Job& job = m_jobs.at(id);
-    const QImage cached = m_cache.find(request);
+    // Taken now: the frame is cached under the content the file has when it is asked for.
+    FrameKey key = FrameKey::of(request);
+    const QImage cached = m_cache.find(key);
     if (!cached.isNull()) {
         FrameResult result;
         result.request = request;
@@ -68,7 +118,6 @@ JobId Engine::requestFrame(const FrameRequest& request, QObject* context, FrameC
             this, [this, id, result = std::move(result)]() { deliverFrame(id, result); }, Qt::QueuedConnection);
         return id;
     }
-    FrameKey key = FrameKey::of(request);
     const auto sharing = m_flightByKey.find(key);
     if (sharing != m_flightByKey.end()) {
         job.flight = sharing->second;
@@ -78,12 +127,39 @@ JobId Engine::requestFrame(const FrameRequest& request, QObject* context, FrameC
     job.flight = id;
     m_flights.emplace(id, Flight{key, {id}, job.cancelled});
     m_flightByKey.emplace(std::move(key), id);
-    const Limits limits = m_limits;
-    startWork<FrameResult>(
-        job.cancelled,
-        [request, limits](const std::atomic_bool* cancelled) { return decodeFrame(request, limits, cancelled); },
-        [this, id](const FrameResult& result) { deliverFlight(id, result); });
+    enqueueDecode(id, request, job.cancelled);
     return id;
+}
+
+void Engine::enqueueDecode(JobId flight, const FrameRequest& request, std::shared_ptr<std::atomic_bool> cancelled)
+{
+    std::shared_ptr<Lane>& lane = m_lanes[request.path];
+    if (lane) {
+        std::lock_guard<std::mutex> lock(lane->mutex);
+        if (!lane->closed) {
+            lane->waiting.push_back(Lane::Decode{flight, request, std::move(cancelled)});
+            return;
+        }
+    }
+    lane = std::make_shared<Lane>();
+    lane->waiting.push_back(Lane::Decode{flight, request, std::move(cancelled)});
+    m_pool.start(QRunnable::create([this, lane, limits = m_limits]() {
+        FrameDecoder decoder(limits);
+        qint64 position = 0;
+        Lane::Decode next;
+        bool more = false;
+        // Asked while decoding: requests keep coming in while the first ones decode.
+        const std::function<bool()> waiting = [&lane] { return lane->hasWaiting(); };
+        while (lane->take(position, next, more)) {
+            FrameResult result = decoder.decode(next.request, next.cancelled.get(), waiting);
+            position = next.request.time;
+            if (next.cancelled->load())
+                continue;
+            QMetaObject::invokeMethod(
+                this, [this, id = next.flight, result = std::move(result)]() { deliverFlight(id, result); },
+                Qt::QueuedConnection);
+        }
+    }));
 }
 
 template <typename Result>
@@ -175,11 +251,24 @@ void Engine::deliverFlight(JobId flightId, const FrameResult& result)
     const auto flight = m_flights.find(flightId);
     if (flight == m_flights.end())
         return; // every waiter was cancelled
+    // A worker that finished its lane leaves it closed: forget it.
+    const auto lane = m_lanes.find(result.request.path);
+    if (lane != m_lanes.end()) {
+        const std::shared_ptr<Lane> kept = lane->second;
+        bool closed = false;
+        {
+            std::lock_guard<std::mutex> lock(kept->mutex);
+            closed = kept->closed;
+        }
+        if (closed)
+            m_lanes.erase(lane);
+    }
     const std::vector<JobId> waiters = std::move(flight->second.waiters);
-    m_flightByKey.erase(flight->second.key);
+    FrameKey key = std::move(flight->second.key);
+    m_flightByKey.erase(key);
     m_flights.erase(flight);
     if (result.ok())
-        m_cache.insert(result.request, result.image);
+        m_cache.insert(std::move(key), result.image);
     // A callback may cancel the waiters after it: they are skipped.
     for (const JobId id : waiters)
         deliverFrame(id, result);

@@ -41,9 +41,12 @@ public:
     // the callback's lifetime. The id of the job, or 0 (and a log line) without a callback.
     JobId probe(const QString& path, QObject* context, ProbeCallback callback);
 
-    // Decodes a frame; a frame in the cache is answered without decoding (fromCache set),
+    // Decodes a frame; a frame in the cache is answered without decoding (fromCache set) unless
+    // the file was rewritten or replaced since (another size, modification time or inode),
     // and requests for a frame already being decoded share that decode. Successful frames
-    // enter the cache.
+    // enter the cache. The frames of one file are decoded one after another by one worker, in
+    // the order of their times, with the file kept open while more are waiting: a strip of
+    // thumbnails inside one group of pictures decodes the group once.
     JobId requestFrame(const FrameRequest& request, QObject* context, FrameCallback callback);
 
     // The cached frame for the request, or a null image; never decodes.
@@ -81,6 +84,7 @@ private:
         std::shared_ptr<std::atomic_bool> cancelled; // set when the last waiter is dropped
     };
     using Jobs = std::unordered_map<JobId, Job>;
+    struct Lane;
 
     JobId addJob(const QString& path, QObject* context, ProbeCallback probeCallback, FrameCallback frameCallback);
     // Forgets the job; its work stops unless other jobs wait for the same decode.
@@ -95,6 +99,8 @@ private:
     void deliverProbe(JobId id, const ProbeResult& result);
     void deliverFlight(JobId flight, const FrameResult& result);
     void deliverFrame(JobId id, const FrameResult& result);
+    // Hands the decode to the worker of its file, or starts one.
+    void enqueueDecode(JobId flight, const FrameRequest& request, std::shared_ptr<std::atomic_bool> cancelled);
 
     Limits m_limits;
     QThreadPool m_pool;
@@ -103,6 +109,7 @@ private:
     Jobs m_jobs;
     std::unordered_map<JobId, Flight> m_flights;
     std::unordered_map<FrameKey, JobId, FrameKeyHash> m_flightByKey;
+    std::unordered_map<QString, std::shared_ptr<Lane>> m_lanes; // by file path
 };
 
 } // namespace MediaEngine

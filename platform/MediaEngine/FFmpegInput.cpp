@@ -119,6 +119,17 @@ OpenedInput openInput(const QString& path, const Limits& limits, Deadline& deadl
     if (status < 0) // FFmpeg freed the context
         return fail(errorCodeOf(status), QStringLiteral("Cannot open the file: ") + describeAVError(status));
     result.format.reset(context);
+    // Frames the header announces too large fail here, before analysing the streams: the
+    // decoders' own limit would otherwise leave the size unread and the file "corrupted".
+    for (unsigned i = 0; i < context->nb_streams; ++i) {
+        const AVCodecParameters* parameters = context->streams[i]->codecpar;
+        // Cover art of a song is not a picture stream of the file.
+        if (parameters->codec_type == AVMEDIA_TYPE_VIDEO
+            && !(context->streams[i]->disposition & AV_DISPOSITION_ATTACHED_PIC)
+            && frameTooLarge(parameters->width, parameters->height, limits))
+            return fail(ErrorCode::OutOfMemory,
+                        QStringLiteral("Frames of %1x%2 are too large").arg(parameters->width).arg(parameters->height));
+    }
     if (streamInfo == StreamInfo::HeaderIfEnough && headerNamesEveryVideo(context))
         return result;
 

@@ -1,12 +1,33 @@
 #include <MediaEngine/FrameCache.h>
 
+#include <QFile>
 #include <QHash>
+
+#include <sys/stat.h>
 
 namespace MediaEngine {
 
+FileIdentity FileIdentity::of(const QString& path)
+{
+    FileIdentity identity;
+    struct stat status = {};
+    if (path.isEmpty() || ::stat(QFile::encodeName(path).constData(), &status) != 0)
+        return identity;
+    identity.size = qint64(status.st_size);
+    identity.modifiedNs = qint64(status.st_mtim.tv_sec) * 1'000'000'000 + status.st_mtim.tv_nsec;
+    identity.inode = quint64(status.st_ino);
+    identity.device = quint64(status.st_dev);
+    return identity;
+}
+
+bool FileIdentity::operator==(const FileIdentity& other) const
+{
+    return size == other.size && modifiedNs == other.modifiedNs && inode == other.inode && device == other.device;
+}
+
 bool FrameKey::operator==(const FrameKey& other) const
 {
-    return time == other.time && streamIndex == other.streamIndex && size == other.size
+    return time == other.time && file == other.file && streamIndex == other.streamIndex && size == other.size
            && resizeMode == other.resizeMode && padding == other.padding && paddingValid == other.paddingValid
            && path == other.path;
 }
@@ -15,6 +36,9 @@ size_t FrameKeyHash::operator()(const FrameKey& key) const
 {
     size_t seed = qHash(key.path);
     auto combine = [&seed](size_t value) { seed ^= value + 0x9e3779b97f4a7c15ULL + (seed << 6) + (seed >> 2); };
+    combine(qHash(key.file.size));
+    combine(qHash(key.file.modifiedNs));
+    combine(qHash(key.file.inode));
     combine(qHash(key.streamIndex));
     combine(qHash(key.time));
     combine(qHash(key.size.width()));
@@ -30,6 +54,7 @@ FrameCache::FrameCache(int capacity) : m_capacity(std::max(0, capacity)) {}
 FrameKey FrameKey::of(const FrameRequest& request)
 {
     return FrameKey{request.path,
+                    FileIdentity::of(request.path),
                     request.streamIndex,
                     request.time,
                     request.size,
@@ -38,20 +63,23 @@ FrameKey FrameKey::of(const FrameRequest& request)
                     request.paddingColor.isValid()};
 }
 
-QImage FrameCache::find(const FrameRequest& request)
+QImage FrameCache::find(const FrameRequest& request) { return find(FrameKey::of(request)); }
+
+QImage FrameCache::find(const FrameKey& key)
 {
-    const auto found = m_index.find(FrameKey::of(request));
+    const auto found = m_index.find(key);
     if (found == m_index.end())
         return {};
     m_entries.splice(m_entries.begin(), m_entries, found->second);
     return found->second->second;
 }
 
-void FrameCache::insert(const FrameRequest& request, const QImage& image)
+void FrameCache::insert(const FrameRequest& request, const QImage& image) { insert(FrameKey::of(request), image); }
+
+void FrameCache::insert(FrameKey key, const QImage& image)
 {
     if (m_capacity == 0 || image.isNull())
         return;
-    FrameKey key = FrameKey::of(request);
     const auto found = m_index.find(key);
     if (found != m_index.end()) {
         found->second->second = image;

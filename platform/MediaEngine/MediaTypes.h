@@ -24,8 +24,9 @@ constexpr int None = 0;
 constexpr int Unknown = 8;
 // A stream's codec has no decoder in this installation.
 constexpr int CodecNotAvailable = 20;
-// Frames a container announces larger than the engine's limits. (A picture that only its
-// decoder finds too large stays unread: code 36.)
+// Frames a container announces larger than the engine's limits, whether probing, opening for
+// the model or decoding. (A picture that only its decoder finds too large stays unread:
+// code 36.)
 constexpr int OutOfMemory = 34;
 // Missing, vanished, unreadable, truncated or corrupt file.
 constexpr int FileCorrupted = 36;

@@ -8,6 +8,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -158,6 +160,42 @@ TEST_F(HostFilesTest, BatchIsAnnouncedFromTheEventLoopOnceAllFilesFinished)
     EXPECT_EQ(processed.count, 2);
 }
 
+TEST_F(HostFilesTest, RemovedTimelineTakesItsBatchesWithIt)
+{
+    const Timeline::Object* kept = host.addTimeline();
+    const Timeline::Object* first = host.addTimeline();
+    auto privateCopy = std::make_unique<Model::View<Timeline::Object>>();
+    const Timeline::Object* copy = privateCopy->own(std::make_unique<Timeline::Object>());
+    const Media::File* a = host.addFile("/a.mp4");
+    host.watchFiles(kept, {a});
+    host.watchFiles(first, {a});
+    host.watchFiles(copy, {a});
+    host.watchFiles(copy, {a});
+
+    // Whoever hears the first batch removes the timeline of another finished one.
+    class Remover : public PubSub::Subscriber<Timeline::AllFilesProcessedNotification>
+    {
+    public:
+        Remover() { subscribeAll(typeid(Timeline::AllFilesProcessedNotification)); }
+        std::vector<const Timeline::Object*> heard;
+        std::function<void()> onFirst;
+
+    private:
+        void notify(const Timeline::AllFilesProcessedNotification& n) override
+        {
+            heard.push_back(n.timeline);
+            if (heard.size() == 1)
+                onFirst();
+        }
+    } remover;
+    remover.onFirst = [&] { host.remove(first); };
+
+    privateCopy.reset(); // the copy is given up while its file opens
+    opener->answer(0, opened());
+    QCoreApplication::processEvents();
+    EXPECT_THAT(remover.heard, ElementsAre(kept)) << "neither the freed copy nor the removed timeline is announced";
+}
+
 TEST_F(HostFilesTest, AnswerForARemovedFileIsDropped)
 {
     const Media::File* file = host.addFile("/gone.mp4");
@@ -276,6 +314,11 @@ TEST(HostSessionTest, SessionReachesTheWorkerAttachedToTheEditorObject)
         EXPECT_TRUE(host.applySession());
         EXPECT_FALSE(host.editor()->canEdit());
         EXPECT_THAT(panel.log, ElementsAre("changed idle -> active", "load", "apply", "changed active -> idle"));
+        panel.log.clear();
+        ASSERT_TRUE(host.beginSession(timeline, video));
+        EXPECT_TRUE(host.loadSession()) << "a reload";
+        EXPECT_THAT(panel.log, ElementsAre("changed idle -> active", "load", "load"));
+        EXPECT_TRUE(host.applySession());
 
         ASSERT_TRUE(host.beginSession(timeline, video));
         EXPECT_TRUE(host.setEditPosition(40));

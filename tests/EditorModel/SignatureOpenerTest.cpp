@@ -55,6 +55,7 @@ struct OpenCase
     Kind kind;
     const char* format;
     QSize frame = QSize(); // of a still image
+    int failureCode = 36;
 };
 
 void PrintTo(const OpenCase& c, std::ostream* os) { *os << c.name; }
@@ -86,7 +87,7 @@ TEST_P(SignatureOpenerTableTest, OpensOnlyIntactMediaFiles)
             EXPECT_EQ(QSize(result.metadata.videos.front().width, result.metadata.videos.front().height), c.frame);
         }
     } else {
-        EXPECT_EQ(codesOf(result), std::vector<int>{36});
+        EXPECT_EQ(codesOf(result), std::vector<int>{c.failureCode});
         EXPECT_EQ(kindOf(result), Kind::None);
     }
 }
@@ -109,7 +110,12 @@ INSTANTIATE_TEST_SUITE_P(
         OpenCase{"ogg", QByteArray("OggS\x00\x02", 6) + QByteArray(58, '\0'), true, Kind::Audio, "ogg"},
         OpenCase{"flac", QByteArray("fLaC\x00\x00\x00\x22", 8) + QByteArray(34, '\0'), true, Kind::Audio, "flac"},
         OpenCase{"png", png(33, 17), true, Kind::Image, "png", QSize(33, 17)},
-        OpenCase{"png_truncated", png(64, 64).left(40), false, Kind::None, ""}),
+        OpenCase{"png_truncated", png(64, 64).left(40), false, Kind::None, ""},
+        // Judged by the header, never decoded: a few bytes can announce gigabytes of pixels.
+        OpenCase{"png_announcing_8192_square", pngAnnouncing(8192, 8192), true, Kind::Image, "png", QSize(8192, 8192)},
+        OpenCase{"png_announcing_20000_square", pngAnnouncing(20000, 20000), false, Kind::None, "", QSize(), 34},
+        OpenCase{"png_announcing_a_long_strip", pngAnnouncing(20000, 2), false, Kind::None, "", QSize(), 34},
+        OpenCase{"png_announcing_100000_square", pngAnnouncing(100000, 100000), false, Kind::None, "", QSize(), 34}),
     [](const ::testing::TestParamInfo<OpenCase>& info) { return std::string(info.param.name); });
 
 TEST(SignatureOpenerTest, MissingPathsAndDirectoriesFailWithCode36)

@@ -1,6 +1,7 @@
 #include "ImportTestSupport.h"
 #include "TestSupport.h"
 
+#include <Util/Import/TimelineFileOpenHandler.h>
 #include <Util/Import/TimelineShadowChange.h>
 
 #include <QSignalSpy>
@@ -98,6 +99,29 @@ TEST_F(TimelineShadowChangeTest, OverlayThenFilesWaitsForTheFiles)
     EXPECT_EQ(shadow->clipsByType(Timeline::Clip::Video).size(), 1u);
 }
 
+TEST_F(TimelineShadowChangeTest, ReadyOnlyWhenEveryBatchOfFilesFinished)
+{
+    auto opener = std::make_shared<ManualOpener>();
+    host.setOpener(opener);
+    TimelineShadowChange change(source, Timeline::Object::Project);
+    QSignalSpy ready(&change, &TimelineShadowChange::shadowReady);
+    change.addFiles({QStringLiteral("/media/first.mp4")}, FileAdder::DragAndDrop);
+    change.addImport("/media/second.mp4");
+    change.addFiles({QStringLiteral("/media/third.mp4")}, FileAdder::DragAndDrop);
+    const char* const order[] = {"/media/second.mp4", "/media/first.mp4", "/media/third.mp4"};
+    for (const char* path : order) {
+        SCOPED_TRACE(path);
+        EXPECT_TRUE(change.filesPending());
+        spinTurns();
+        EXPECT_EQ(ready.count(), 0);
+        ASSERT_TRUE(opener->answer(QLatin1String(path), opened()));
+    }
+    spinTurns();
+    EXPECT_EQ(ready.count(), 1);
+    EXPECT_FALSE(change.filesPending());
+    EXPECT_EQ(change.shadowTimeline()->clipsByType(Timeline::Clip::Video).size(), 3u);
+}
+
 TEST_F(TimelineShadowChangeTest, IntroGoesFirstAndMovesThePrimaryTrack)
 {
     TimelineShadowChange change(source, Timeline::Object::Project);
@@ -161,6 +185,50 @@ TEST_F(TimelineShadowChangeTest, CopiesNobodyMergedGoWithTheChange)
     }
     EXPECT_FALSE(host.owns(copy));
     EXPECT_TRUE(host.owns(first));
+}
+
+// Closing the window mid-import drops the change while its files still open.
+TEST_F(TimelineShadowChangeTest, DroppingTheChangeWhileFilesOpenIsSafe)
+{
+    class Announcements : public PubSub::Subscriber<Timeline::AllFilesProcessedNotification>
+    {
+    public:
+        Announcements() { subscribeAll(typeid(Timeline::AllFilesProcessedNotification)); }
+        int count = 0;
+
+    private:
+        void notify(const Timeline::AllFilesProcessedNotification&) override { ++count; }
+    };
+    const struct
+    {
+        const char* name;
+        bool keepHandler; // the handler of the shadow outlives it
+    } cases[] = {{"change and handler dropped", false}, {"handler kept", true}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        auto opener = std::make_shared<ManualOpener>();
+        host.setOpener(opener);
+        Announcements announcements;
+        dialog->questions.clear();
+        auto change = std::make_unique<TimelineShadowChange>(source, Timeline::Object::Project);
+        auto handler = std::make_unique<TimelineFileOpenHandler>(change->shadowTimeline());
+        change->addFiles({QStringLiteral("/media/a.mp4"), QStringLiteral("/media/b.mp4")}, FileAdder::DragAndDrop);
+        ASSERT_EQ(opener->pendingCount(), 2);
+        change.reset();
+        if (!c.keepHandler)
+            handler.reset();
+        EXPECT_TRUE(opener->answer(QStringLiteral("/media/a.mp4"), opened()));
+        EXPECT_TRUE(opener->answer(QStringLiteral("/media/b.mp4"), failed({36})));
+        spinTurns();
+        EXPECT_EQ(announcements.count, 0) << "nothing is announced for the freed shadow";
+        if (c.keepHandler) {
+            EXPECT_EQ(handler->timeline(), nullptr);
+            ASSERT_EQ(dialog->questions.size(), 1u) << "the failed file is still reported";
+            EXPECT_FALSE(dialog->questions[0].allowKeep) << "no timeline holds its clip any more";
+        } else {
+            EXPECT_TRUE(dialog->questions.empty());
+        }
+    }
 }
 
 TEST(ReplaceNestedTimelineTest, MarksTheNameOnceAndKeepsThePosition)

@@ -5,6 +5,9 @@
 #include <TestSupport.h>
 
 #include <QCoreApplication>
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTest>
@@ -171,6 +174,39 @@ TEST_F(EngineTest, aRepeatedFrameComesFromTheCacheAsTheSameImage)
     EXPECT_TRUE(answers[1].fromCache);
     EXPECT_EQ(answers[1].image.cacheKey(), answers[0].image.cacheKey());
     EXPECT_EQ(engine->cachedFrame(request).cacheKey(), answers[0].image.cacheKey());
+}
+
+TEST_F(EngineTest, aFileReplacedAtTheSamePathNeverShowsItsOldFrame)
+{
+    const QString file = MediaSamples::copyOf(Sample::Mp4Colours, QStringLiteral("replaced.mp4"));
+    FrameRequest request = thumbnailOf(Sample::Mp4Colours, 0);
+    request.path = file;
+    std::vector<FrameResult> answers;
+    auto ask = [&] {
+        engine->requestFrame(request, nullptr, [&](const FrameResult& result) { answers.push_back(result); });
+        settle();
+    };
+    ask();
+    ask();
+    ASSERT_EQ(answers.size(), 2u);
+    ASSERT_TRUE(answers[0].ok());
+    EXPECT_TRUE(answers[1].fromCache);
+    EXPECT_GT(qRed(answers[0].image.pixel(32, 18)), 200);
+
+    // New content under the old name, as a copy tool or an export leaves it.
+    const QDateTime before = QFileInfo(file).lastModified();
+    ASSERT_TRUE(QFile::remove(file));
+    ASSERT_TRUE(QFile::copy(MediaSamples::path(Sample::MkvAnamorphic), file));
+    QFile touched(file);
+    ASSERT_TRUE(touched.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(touched.setFileTime(before.addSecs(5), QFileDevice::FileModificationTime));
+    touched.close();
+    ask();
+    ASSERT_EQ(answers.size(), 3u);
+    ASSERT_TRUE(answers[2].ok()) << answers[2].errorMessage.toStdString();
+    EXPECT_FALSE(answers[2].fromCache);
+    EXPECT_GT(qBlue(answers[2].image.pixel(32, 18)), 200) << "white, not the old red";
+    EXPECT_TRUE(engine->cachedFrame(request).cacheKey() == answers[2].image.cacheKey());
 }
 
 TEST_F(EngineTest, requestsForAFrameBeingDecodedShareTheDecode)

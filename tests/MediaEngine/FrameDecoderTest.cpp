@@ -1,10 +1,13 @@
 #include "GeneratedMedia.h"
 
 #include <MediaEngine/FrameDecoder.h>
+#include <MediaEngine/TimeArithmetic.h>
 
 #include <TestSupport.h>
 
 #include <gtest/gtest.h>
+
+#include <limits>
 
 using namespace MediaEngine;
 using MediaSamples::Sample;
@@ -109,6 +112,121 @@ INSTANTIATE_TEST_SUITE_P(
                     SampleCase{"bmp", Sample::BmpImage, 3'000'000, -1, Qt::blue},
                     SampleCase{"webp", Sample::WebpImage, 3'000'000, -1, Qt::yellow}),
     [](const testing::TestParamInfo<SampleCase>& info) { return std::string(info.param.name); });
+
+struct ContainerCase
+{
+    const char* name;
+    const char* file;
+    const char* encoder;   // skipped without it
+    const char* arguments; // codec, key frame distance, start time, container
+    int lastFrame = 49;    // the last frame whose packet carries a time
+};
+
+class DecodeContainer : public testing::TestWithParam<ContainerCase>
+{
+};
+
+// 25 frames a second, 2 s, each showing its number in six black or white bars (lowest bit
+// left), which every codec keeps readable.
+QString numberedFrames(const ContainerCase& c)
+{
+    QStringList arguments{QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+                          QStringLiteral("color=c=black:size=192x64:rate=25:duration=2,format=yuv420p,"
+                                         "geq=lum='255*mod(floor(N/pow(2,floor(X*6/W))),2)':cb=128:cr=128")};
+    arguments += QString::fromLatin1(c.arguments).split(QLatin1Char(' '));
+    return MediaSamples::encoded(QLatin1String(c.file), arguments);
+}
+
+int frameNumberOf(const QImage& image)
+{
+    int number = 0;
+    for (int bit = 0; bit < 6; ++bit)
+        number |= (qGray(image.pixel(16 + 32 * bit, 32)) > 128 ? 1 : 0) << bit;
+    return number;
+}
+
+// The frame asked for at a time is the one a player shows then, whatever the container, its
+// index (or lack of one), key frame distance, reordered frames or start time.
+TEST_P(DecodeContainer, givesTheFrameShownAtTheTime)
+{
+    const ContainerCase& c = GetParam();
+    if (!MediaSamples::hasEncoder(c.encoder))
+        GTEST_SKIP() << "no " << c.encoder << " encoder";
+    const QString file = numberedFrames(c);
+    ASSERT_FALSE(file.isEmpty());
+    // The same times asked in a row of one decoder that keeps the file open (a strip of
+    // thumbnails): it goes on from the frames already decoded where it can.
+    FrameDecoder strip;
+    for (const int number : {0, 1, 7, 11, 12, 13, 24, 37, 49}) {
+        if (number > c.lastFrame)
+            continue;
+        for (const qint64 into : {0, 10'000}) { // at the frame's start, and a quarter into it
+            const qint64 time = number * 40'000 + into;
+            SCOPED_TRACE(testing::Message() << "frame " << number << " at " << time << " us");
+            FrameRequest request;
+            request.path = file;
+            request.time = time;
+            request.size = QSize(192, 64);
+            request.resizeMode = ResizeMode::IgnoreAspectRatio;
+            const FrameResult result = decodeFrame(request);
+            ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
+            EXPECT_EQ(frameNumberOf(result.image), number);
+            EXPECT_NEAR(double(result.frameTime), double(number * 40'000), 1'000.0);
+            const FrameResult inStrip = strip.decode(request, nullptr, true);
+            ASSERT_TRUE(inStrip.ok()) << inStrip.errorMessage.toStdString();
+            EXPECT_EQ(frameNumberOf(inStrip.image), number) << "in a strip";
+            EXPECT_EQ(inStrip.frameTime, result.frameTime) << "in a strip";
+        }
+    }
+}
+
+// (The program stream muxer writes the last picture without a time: the frame before it is
+// taken for the end.)
+INSTANTIATE_TEST_SUITE_P(
+    EveryContainer, DecodeContainer,
+    testing::Values(ContainerCase{"mp4H264", "seek.mp4", "libx264", "-c:v libx264 -preset ultrafast -g 12 -bf 2"},
+                    ContainerCase{"movMpeg4", "seek.mov", "mpeg4", "-c:v mpeg4 -q:v 2 -g 12 -bf 2"},
+                    ContainerCase{"mkvH264", "seek.mkv", "libx264", "-c:v libx264 -preset ultrafast -g 12 -bf 2"},
+                    ContainerCase{"webmVp8", "seek.webm", "libvpx", "-c:v libvpx -b:v 1M -g 12"},
+                    ContainerCase{"aviMpeg4", "seek.avi", "mpeg4", "-c:v mpeg4 -q:v 2 -g 12"},
+                    ContainerCase{"tsH264", "seek-h264.ts", "libx264", "-c:v libx264 -preset ultrafast -g 12 -bf 2"},
+                    ContainerCase{"tsMpeg2", "seek-mpeg2.ts", "mpeg2video", "-c:v mpeg2video -q:v 2 -g 12 -bf 2"},
+                    ContainerCase{"tsEveryFrameAKey", "seek-intra.ts", "mpeg2video", "-c:v mpeg2video -q:v 2 -g 1"},
+                    ContainerCase{"mpegProgramStream", "seek.mpg", "mpeg2video",
+                                  "-c:v mpeg2video -q:v 2 -g 12 -bf 2 -f vob", 48},
+                    ContainerCase{"mkvStartingAt10s", "seek-late.mkv", "libx264",
+                                  "-c:v libx264 -preset ultrafast -g 12 -bf 2 -output_ts_offset 10"},
+                    ContainerCase{"tsStartingAt10s", "seek-late.ts", "libx264",
+                                  "-c:v libx264 -preset ultrafast -g 12 -bf 2 -output_ts_offset 10"}),
+    [](const testing::TestParamInfo<ContainerCase>& info) { return std::string(info.param.name); });
+
+// Times a hostile file can carry, "no timestamp" among them, never overflow the arithmetic
+// that picks the nearest frame.
+TEST(DecodeTimes, arithmeticOnExtremeTimesSaturates)
+{
+    using namespace MediaEngine::Detail;
+    constexpr int64_t max = std::numeric_limits<int64_t>::max();
+    const struct
+    {
+        const char* name;
+        int64_t a, b;
+        int64_t distance;
+    } cases[] = {{"ordinary", 40, 100, 60},
+                 {"frame without a time", noTimestamp, 100, max},
+                 {"nearest without a time", 100, noTimestamp, max},
+                 {"both without", noTimestamp, noTimestamp, max},
+                 {"opposite extremes", max, noTimestamp + 1, max},
+                 {"far apart", -max, max, max}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(timeDistance(c.a, c.b), c.distance);
+        EXPECT_EQ(timeDistance(c.b, c.a), c.distance);
+    }
+    EXPECT_EQ(saturatingAdd(max, 1), max);
+    EXPECT_EQ(saturatingSubtract(0, noTimestamp), max);
+    EXPECT_EQ(saturatingSubtract(noTimestamp + 1, 5), noTimestamp + 1) << "never lands on \"no timestamp\"";
+    EXPECT_EQ(saturatingSubtract(100, 40), 60);
+}
 
 // How far two pictures of one size are apart: the mean difference of their channels.
 double distance(const QImage& a, const QImage& b)

@@ -1,13 +1,18 @@
 #include "GeneratedMedia.h"
 
 #include <MediaEngine/FrameDecoder.h>
+#include <MediaEngine/ModelAdapter.h>
 #include <MediaEngine/Probe.h>
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QRandomGenerator>
+#include <QtEndian>
 
 #include <gtest/gtest.h>
+
+#include <vector>
 
 using namespace MediaEngine;
 using MediaSamples::Sample;
@@ -81,5 +86,63 @@ INSTANTIATE_TEST_SUITE_P(Containers, DamagedFiles,
                                          HostileCase{"png", Sample::PngImage}, HostileCase{"jpeg", Sample::JpegImage},
                                          HostileCase{"ogg", Sample::OggAudio}),
                          [](const testing::TestParamInfo<HostileCase>& info) { return std::string(info.param.name); });
+
+// A small valid file whose header was edited to announce frames of 9000x9000, past the
+// engine's 8192x8192 pixels: probing, the model's opener and decoding all refuse it as too
+// large, not as corrupt.
+TEST(HugeHeaders, areTooLargeForProbingOpeningAndDecodingAlike)
+{
+    const struct
+    {
+        const char* name;
+        const char* codec;
+        const char* box;       // in this part of the header,
+        const char* sizeField; // what precedes the frame size...
+        int offset;            // ...and how far after it the width starts
+        bool bigEndian;
+    } cases[] = {{"huge.mov", "mjpeg", "stsd", "jpeg", 28, true}, {"huge.avi", "mpeg4", "strl", "strf", 12, false}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QString small =
+            MediaSamples::encoded(QStringLiteral("small-") + QLatin1String(c.name),
+                                  {QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+                                   QStringLiteral("color=c=red:size=64x64:rate=25:duration=0.2"),
+                                   QStringLiteral("-c:v"), QLatin1String(c.codec)});
+        QFile in(small);
+        ASSERT_TRUE(in.open(QIODevice::ReadOnly));
+        QByteArray bytes = in.readAll();
+        const int at = bytes.indexOf(c.sizeField, bytes.indexOf(c.box));
+        ASSERT_GT(at, 0);
+        uchar* size = reinterpret_cast<uchar*>(bytes.data() + at + c.offset);
+        if (c.bigEndian) {
+            qToBigEndian<quint16>(9000, size);
+            qToBigEndian<quint16>(9000, size + 2);
+        } else {
+            qToLittleEndian<qint32>(9000, size);
+            qToLittleEndian<qint32>(9000, size + 4);
+        }
+        const QString file = MediaSamples::scratchPath(QLatin1String(c.name));
+        QFile out(file);
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        out.write(bytes);
+        out.close();
+
+        EXPECT_EQ(probeFile(file).errorCode, ErrorCode::OutOfMemory);
+        Engine engine;
+        ModelOpener opener(engine);
+        std::vector<int> codes;
+        opener.open(Types::String(file), [&](const Media::OpenResult& result) {
+            for (const Media::OpenError& error : result.errors)
+                codes.push_back(error.code);
+        });
+        ASSERT_TRUE(engine.waitForDone(30000));
+        QCoreApplication::processEvents();
+        EXPECT_EQ(codes, std::vector<int>{ErrorCode::OutOfMemory});
+        FrameRequest request;
+        request.path = file;
+        request.size = QSize(48, 27);
+        EXPECT_EQ(decodeFrame(request).errorCode, ErrorCode::OutOfMemory);
+    }
+}
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "GeneratedMedia.h"
+#include "MediaSamples.h"
 
 #include <QColor>
 #include <QDir>
@@ -82,47 +83,6 @@ bool writeBytes(const QString& file, const QByteArray& bytes)
 {
     QFile out(file);
     return out.open(QIODevice::WriteOnly) && out.write(bytes) == bytes.size();
-}
-
-quint32 crc32Of(const QByteArray& bytes)
-{
-    quint32 crc = 0xffffffffu;
-    for (const char byte : bytes) {
-        crc ^= quint8(byte);
-        for (int bit = 0; bit < 8; ++bit)
-            crc = (crc >> 1) ^ (0xedb88320u & (0u - (crc & 1u)));
-    }
-    return ~crc;
-}
-
-QByteArray pngChunk(const char* type, const QByteArray& data)
-{
-    QByteArray chunk;
-    char length[4];
-    qToBigEndian<quint32>(quint32(data.size()), length);
-    chunk.append(length, 4);
-    const QByteArray typed = QByteArray(type) + data;
-    chunk.append(typed);
-    char crc[4];
-    qToBigEndian<quint32>(crc32Of(typed), crc);
-    chunk.append(crc, 4);
-    return chunk;
-}
-
-// A well-formed png whose header announces an absurd frame and whose data is a few bytes.
-QByteArray hugePng()
-{
-    char header[13];
-    qToBigEndian<quint32>(100000, header);
-    qToBigEndian<quint32>(100000, header + 4);
-    header[8] = 8; // bit depth
-    header[9] = 6; // RGBA
-    header[10] = header[11] = header[12] = 0;
-    QByteArray png("\x89PNG\r\n\x1a\n", 8);
-    png += pngChunk("IHDR", QByteArray(header, 13));
-    png += pngChunk("IDAT", qCompress(QByteArray(1024, '\0')).mid(4)); // zlib stream without Qt's size prefix
-    png += pngChunk("IEND", QByteArray());
-    return png;
 }
 
 QString truncatedCopy(Sample source, const QString& name, int bytes)
@@ -282,7 +242,7 @@ QString make(Sample sample)
     }
     case Sample::HugePng: {
         const QString file = inFolder(QStringLiteral("huge.png"));
-        return writeBytes(file, hugePng()) ? file : QString();
+        return writeBytes(file, pngAnnouncing(100000, 100000)) ? file : QString();
     }
     case Sample::NoDecoder: {
         const QString file = inFolder(QStringLiteral("commodore.nut"));
@@ -315,6 +275,14 @@ QString copyOf(Sample sample, const QString& name)
     const QString file = inFolder(name);
     QFile::remove(file);
     return QFile::copy(path(sample), file) ? file : QString();
+}
+
+QString encoded(const QString& name, const QStringList& arguments)
+{
+    const QString file = inFolder(name);
+    if (QFileInfo(file).size() > 0 || runFfmpeg(arguments, file))
+        return file;
+    return {};
 }
 
 QString scratchPath(const QString& name) { return inFolder(name); }

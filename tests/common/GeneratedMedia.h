@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 // Real media files made once per test program with the ffmpeg command line and QImage, in a
 // temporary folder; each is made the first time a test asks for it. Linked from the static
@@ -44,6 +45,10 @@ QString path(Sample sample);
 // A copy of the sample under a new name in the samples folder (for tests that need
 // several distinct files).
 QString copyOf(Sample sample, const QString& name);
+// A file of the samples folder made by the ffmpeg command with `arguments` (inputs, codecs,
+// format; the output path is appended), once per name; empty (with a test failure) when
+// ffmpeg failed.
+QString encoded(const QString& name, const QStringList& arguments);
 // A path in the samples folder for a file a test writes itself.
 QString scratchPath(const QString& name);
 // Whether the ffmpeg command line lists the encoder.

@@ -60,6 +60,33 @@ inline QByteArray png(int width, int height, QColor color = Qt::darkCyan)
     return bytes;
 }
 
+inline quint32 crc32Of(const QByteArray& bytes)
+{
+    quint32 crc = 0xffffffffu;
+    for (const char byte : bytes) {
+        crc ^= quint8(byte);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc >> 1) ^ (0xedb88320u & (0u - (crc & 1u)));
+    }
+    return ~crc;
+}
+
+inline QByteArray pngChunk(const char* type, const QByteArray& data)
+{
+    const QByteArray typed = QByteArray(type) + data;
+    return be32(quint32(data.size())) + typed + be32(crc32Of(typed));
+}
+
+// A well-formed png whose header announces the frame size and whose data is a few bytes.
+inline QByteArray pngAnnouncing(quint32 width, quint32 height)
+{
+    QByteArray header = be32(width) + be32(height);
+    header += QByteArray("\x08\x06\x00\x00\x00", 5); // 8 bits, RGBA, no interlacing
+    return QByteArray("\x89PNG\r\n\x1a\n", 8) + pngChunk("IHDR", header)
+           + pngChunk("IDAT", qCompress(QByteArray(1024, '\0')).mid(4)) // zlib stream without Qt's size prefix
+           + pngChunk("IEND", QByteArray());
+}
+
 inline bool write(const QString& path, const QByteArray& content)
 {
     QFile file(path);

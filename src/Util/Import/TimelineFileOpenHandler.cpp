@@ -4,7 +4,11 @@
 
 #include <optional>
 
-TimelineFileOpenHandler::TimelineFileOpenHandler(const Timeline::Object* timeline) { setTimeline(timeline); }
+TimelineFileOpenHandler::TimelineFileOpenHandler(const Timeline::Object* timeline)
+{
+    m_timelineEdits.onRemoved = [this] { setTimeline(nullptr); };
+    setTimeline(timeline);
+}
 
 TimelineFileOpenHandler::~TimelineFileOpenHandler()
 {
@@ -14,10 +18,15 @@ TimelineFileOpenHandler::~TimelineFileOpenHandler()
 
 void TimelineFileOpenHandler::setTimeline(const Timeline::Object* timeline)
 {
-    if (m_timeline)
+    if (m_timeline) {
         unsubscribe(m_timeline);
-    if (timeline)
+        if (m_timelineEdits.isObserved(m_timeline))
+            m_timelineEdits.forget(m_timeline);
+    }
+    if (timeline) {
         subscribe(timeline);
+        m_timelineEdits.observe(timeline);
+    }
     m_timeline = timeline;
 }
 

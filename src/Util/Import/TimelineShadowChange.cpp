@@ -54,7 +54,7 @@ void TimelineShadowChange::addFiles(const QStringList& paths, FileAdder::Asrc or
         m_deferredReadyCheck->trigger();
         return;
     }
-    m_filesPending = true;
+    ++m_batchesPending;
 }
 
 void TimelineShadowChange::addImport(const Types::String& path)
@@ -62,7 +62,7 @@ void TimelineShadowChange::addImport(const Types::String& path)
     const int announcedBefore = m_filesAnnounced;
     RequestPublisher::publish(Timeline::FileAddRequest(m_shadow, {path}, -1, nullptr));
     if (m_filesAnnounced > announcedBefore) {
-        m_filesPending = true;
+        ++m_batchesPending;
         return;
     }
     // No file is opening for the request, so nothing will report back.
@@ -111,17 +111,18 @@ const Timeline::Object* TimelineShadowChange::sourceTimeline() const { return m_
 
 Timeline::Object::Scope TimelineShadowChange::scope() const { return m_scope; }
 
-bool TimelineShadowChange::filesPending() const { return m_filesPending; }
+bool TimelineShadowChange::filesPending() const { return m_batchesPending > 0; }
 
 void TimelineShadowChange::allFilesProcessed(const Timeline::AllFilesProcessedNotification&)
 {
-    m_filesPending = false;
+    // Each file addition is one batch of the model, announced once.
+    m_batchesPending = std::max(0, m_batchesPending - 1);
     m_deferredReadyCheck->trigger();
 }
 
 void TimelineShadowChange::readyCheck()
 {
-    if (!m_filesPending)
+    if (!filesPending())
         Q_EMIT shadowReady();
 }
 

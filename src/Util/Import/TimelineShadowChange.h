@@ -48,9 +48,13 @@ public:
     TimelineShadowChange(const Timeline::Object* source, Timeline::Object::Scope scope, QObject* parent = nullptr);
     ~TimelineShadowChange() override;
 
-    // Adds media files to the shadow; shadowReady waits until all of them opened or failed.
+    // Adds media files to the shadow; shadowReady waits until they, and the files of every
+    // earlier addFiles or addImport, have opened or failed. With no file added (every path
+    // refused), readiness is checked in the next turn as after a non-file addition.
     void addFiles(const QStringList& paths, FileAdder::Asrc origin);
-    // Asks for one file to be appended to the shadow (a Timeline::FileAddRequest).
+    // Asks for one file to be appended to the shadow (a Timeline::FileAddRequest); waited for
+    // as the files of addFiles. When no subscriber added a file for it, that is logged and
+    // readiness is checked in the next turn.
     void addImport(const Types::String& path);
     void addIntro(const Types::String& first, const Types::String& second);
     // Hands the preset to the subscriber that places it (over the first clip of the primary
@@ -61,12 +65,15 @@ public:
     const Timeline::Object* shadowTimeline() const;
     const Timeline::Object* sourceTimeline() const;
     Timeline::Object::Scope scope() const;
-    // Whether files added to the shadow are still opening.
+    // Whether files added to the shadow (by any addFiles or addImport call) are still opening.
     bool filesPending() const;
 
 Q_SIGNALS:
-    // The shadow holds every addition asked for so far. Emitted from the event loop, once per
-    // ready check that finds no files pending.
+    // The shadow holds every addition asked for so far, the files of all batches opened or
+    // failed. Emitted from the event loop, never inside the call that asked for an addition:
+    // once per turn in which an addition was asked for or a batch of files finished and no
+    // files are pending any more (so possibly more than once). Destroying the change while
+    // files still open is safe; it then emits nothing.
     void shadowReady();
 
 private:
@@ -79,7 +86,7 @@ private:
     const Timeline::Object* m_shadow = nullptr;
     std::vector<const Timeline::Clip*> m_clonedClips;
     std::vector<const Timeline::Object*> m_clonedTimelines;
-    bool m_filesPending = false;
+    int m_batchesPending = 0; // file additions whose files have not all finished opening
     int m_filesAnnounced = 0; // files the model announced on the shadow so far
     std::unique_ptr<DeferredCall> m_deferredReadyCheck;
 };

@@ -1,7 +1,9 @@
 #include <Util/EditorUtil.h>
+#include <Util/Interfaces/EditorSettings.h>
 #include <Util/Sticky/StickyFreeLine.h>
 
 #include <QApplication>
+#include <QFileInfo>
 #include <QGraphicsRectItem>
 #include <QGraphicsScene>
 
@@ -13,6 +15,9 @@ int main(int argc, char** argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     std::cout << "EditorUtil " << EditorUtil::version().toStdString() << std::endl;
+    // The stock pictures of the preview providers come with the installed library.
+    std::cout << "stock picture " << (QFileInfo::exists(Settings::effectPreviewImagePath()) ? "found" : "missing")
+              << " at " << Settings::effectPreviewImagePath().toStdString() << std::endl;
 
     // Two items dropped on a free line: the second, dropped left of the line's start, is
     // placed at the start.
