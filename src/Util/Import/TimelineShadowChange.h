@@ -48,8 +48,10 @@ public:
     TimelineShadowChange(const Timeline::Object* source, Timeline::Object::Scope scope, QObject* parent = nullptr);
     ~TimelineShadowChange() override;
 
-    // Adds media files to the shadow; shadowReady waits until all of them opened or failed.
-    void addFiles(const QStringList& paths, FileAdder::Asrc origin);
+    // Adds media files to the shadow (at `position` on `track`: see FileAdder::Context);
+    // shadowReady waits until all of them opened or failed.
+    void addFiles(const QStringList& paths, FileAdder::Asrc origin, Types::Time position = -1,
+                  const Timeline::Track* track = nullptr);
     // Asks for one file to be appended to the shadow (a Timeline::FileAddRequest).
     void addImport(const Types::String& path);
     void addIntro(const Types::String& first, const Types::String& second);
