@@ -65,7 +65,7 @@ protected:
 
     QString file(const QString& name, const QByteArray& content = MediaSamples::mp4())
     {
-        const QString path = dir.filePath(name);
+        const QString path = QDir::isAbsolutePath(name) ? name : dir.filePath(name);
         QDir().mkpath(QFileInfo(path).absolutePath());
         EXPECT_TRUE(MediaSamples::write(path, content));
         return path;

@@ -51,13 +51,15 @@ TEST(ClipFrameTest, ReverseAndSpeedChangeTheFramesThePreviewShows)
         {"2x: half way through is the source's end", false, 2, second / 2 + frame, "blue", second + 2 * frame},
         {"2x reversed: first frame is the source's last", true, 2, 0, "blue", 2 * second - frame},
     };
+    int size = 32;
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
+        ++size; // a size of its own per row, so that no frame comes from the cache
         ASSERT_TRUE(adjustments.setReversed(row.reversed));
         ASSERT_TRUE(adjustments.setSpeed(row.speed));
         EXPECT_EQ(timeline->clipTiming(clip).length, Types::Time(double(file->duration()) / row.speed + 0.5));
 
-        const std::optional<FrameRequest> request = frameRequestAt(*timeline, second + row.at, QSize(32, 18));
+        const std::optional<FrameRequest> request = frameRequestAt(*timeline, second + row.at, QSize(size, 18));
         ASSERT_TRUE(request);
         FrameResult result;
         bool answered = false;
@@ -67,6 +69,7 @@ TEST(ClipFrameTest, ReverseAndSpeedChangeTheFramesThePreviewShows)
         });
         ASSERT_TRUE(QTest::qWaitFor([&] { return answered; }, 30000));
         ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
+        EXPECT_FALSE(result.fromCache);
         const QColor pixel = result.image.pixelColor(16, 9);
         EXPECT_STREQ(pixel.red() > pixel.blue() ? "red" : "blue", row.colour);
         EXPECT_NEAR(double(result.frameTime * 10), double(row.frameTime), double(frame / 2));
