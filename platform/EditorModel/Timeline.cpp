@@ -43,6 +43,13 @@ Clip& Clip::removeEffect(const std::string& id)
     return *this;
 }
 
+Types::Time ClipTiming::mediaTimeAt(Types::Time at) const noexcept
+{
+    const Types::Time elapsed = std::clamp<Types::Time>(at - position, 0, std::max<Types::Time>(0, length));
+    const Types::Time played = reversed ? length - elapsed : elapsed;
+    return offset + Types::Time(double(played) * speed + 0.5);
+}
+
 Object::Object()
 {
     for (Track::Kind kind : {Track::Video, Track::Title, Track::ExtraVideo, Track::NativeAudio})

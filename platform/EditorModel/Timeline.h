@@ -58,6 +58,10 @@ public:
     Types::Time end() const noexcept { return position + length; }
     // A timing read for a clip the timeline does not hold has no track.
     bool isValid() const noexcept { return track != nullptr; }
+    // The point of its media the clip shows at `at` (timeline time, held inside the clip): from
+    // the offset forward at its speed, or, reversed, from the end of its media span backward,
+    // so that a reversed clip starts on the last frame of its span.
+    Types::Time mediaTimeAt(Types::Time at) const noexcept;
 
     friend bool operator==(const ClipTiming& a, const ClipTiming& b)
     {

@@ -75,6 +75,35 @@ std::optional<FrameRequest> frameRequestOf(const Thumbnail::Object& thumbnail)
     return request;
 }
 
+std::optional<FrameRequest> frameRequestAt(const Timeline::Object& timeline, Types::Time position, const QSize& size)
+{
+    const std::vector<const Timeline::Track*> tracks = timeline.tracks();
+    // Extra video tracks draw over the primary one, later ones over earlier ones.
+    std::vector<const Timeline::Track*> order;
+    for (auto it = tracks.rbegin(); it != tracks.rend(); ++it) {
+        if ((*it)->kind() == Timeline::Track::ExtraVideo)
+            order.push_back(*it);
+    }
+    order.push_back(timeline.primaryTrack());
+    for (const Timeline::Track* track : order) {
+        for (const Timeline::Clip* clip : timeline.clipsOnTrack(track)) {
+            const Timeline::ClipTiming& timing = timeline.clipTiming(clip);
+            const bool visual = clip->type() == Timeline::Clip::Video || clip->type() == Timeline::Clip::Image;
+            if (!visual || !clip->file() || clip->isBroken() || position < timing.start() || position >= timing.end())
+                continue;
+            FrameRequest request;
+            request.path = clip->file()->path().toQString();
+            request.streamIndex = clip->file()->videoStream(clip->streamIndex()) ? clip->streamIndex() : -1;
+            // A still has one picture, whatever the time.
+            request.time =
+                clip->type() == Timeline::Clip::Image ? 0 : timing.mediaTimeAt(position) / unitsPerMicrosecond;
+            request.size = size;
+            return request;
+        }
+    }
+    return std::nullopt;
+}
+
 ModelOpener::ModelOpener(Engine& engine) : m_engine(&engine) {}
 
 void ModelOpener::open(const Types::String& path, Done done)

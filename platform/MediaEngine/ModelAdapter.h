@@ -5,6 +5,7 @@
 #include <EditorModel/Host.h>
 #include <EditorModel/Media.h>
 #include <EditorModel/Thumbnail.h>
+#include <EditorModel/Timeline.h>
 
 #include <QObject>
 #include <QPointer>
@@ -22,6 +23,14 @@ MEDIAENGINE_EXPORT Media::OpenResult toOpenResult(const ProbeResult& probe);
 // ("<path>:v:<index>"), its time, size, resize mode and padding colour. Nothing for a
 // resource that names no video stream.
 MEDIAENGINE_EXPORT std::optional<FrameRequest> frameRequestOf(const Thumbnail::Object& thumbnail);
+
+// The frame a preview of `timeline` shows at `position`, `size` large: the picture of the
+// topmost clip there that shows a video stream or a still (extra video tracks over the primary
+// one), at the point of its media that the clip's offset, speed and direction give
+// (Timeline::ClipTiming::mediaTimeAt): a reversed clip starts on its span's last frame, a clip
+// at 2x plays its media twice as fast. Nothing where no such clip is.
+MEDIAENGINE_EXPORT std::optional<FrameRequest> frameRequestAt(const Timeline::Object& timeline, Types::Time position,
+                                                              const QSize& size);
 
 // Opens the model's media files with the engine: the streams of an opened file, or the
 // error code a failed file's Media::FileOpenFailedNotification carries. The engine must

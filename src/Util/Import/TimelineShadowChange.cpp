@@ -46,9 +46,11 @@ TimelineShadowChange::~TimelineShadowChange()
     }
 }
 
-void TimelineShadowChange::addFiles(const QStringList& paths, FileAdder::Asrc origin)
+void TimelineShadowChange::addFiles(const QStringList& paths, FileAdder::Asrc origin, Types::Time position,
+                                    const Timeline::Track* track)
 {
-    const FileAdder::AddedResult added = FileAdder::addMediaFiles(paths, origin, FileAdder::Context(m_shadow));
+    const FileAdder::AddedResult added =
+        FileAdder::addMediaFiles(paths, origin, FileAdder::Context(m_shadow, position, track));
     if (added.empty()) {
         // Nothing is opening, so nothing will report back.
         m_deferredReadyCheck->trigger();

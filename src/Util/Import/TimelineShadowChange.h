@@ -48,10 +48,12 @@ public:
     TimelineShadowChange(const Timeline::Object* source, Timeline::Object::Scope scope, QObject* parent = nullptr);
     ~TimelineShadowChange() override;
 
-    // Adds media files to the shadow; shadowReady waits until they, and the files of every
-    // earlier addFiles or addImport, have opened or failed. With no file added (every path
-    // refused), readiness is checked in the next turn as after a non-file addition.
-    void addFiles(const QStringList& paths, FileAdder::Asrc origin);
+    // Adds media files to the shadow (at `position` on `track`: see FileAdder::Context);
+    // shadowReady waits until they, and the files of every earlier addFiles or addImport, have
+    // opened or failed. With no file added (every path refused), readiness is checked in the
+    // next turn as after a non-file addition.
+    void addFiles(const QStringList& paths, FileAdder::Asrc origin, Types::Time position = -1,
+                  const Timeline::Track* track = nullptr);
     // Asks for one file to be appended to the shadow (a Timeline::FileAddRequest); waited for
     // as the files of addFiles. When no subscriber added a file for it, that is logged and
     // readiness is checked in the next turn.

@@ -1,0 +1,251 @@
+#include "ClipAdjustmentsProvider.h"
+
+#include <glog/logging.h>
+
+#include <cmath>
+#include <functional>
+
+const std::string ClipAdjustmentsProvider::normalizationEffect = "normalization";
+const std::string ClipAdjustmentsProvider::stabilizationEffect = "stabilization";
+
+// Follows the clip, its timeline and its media file; edits go through it to their owner.
+class ClipAdjustmentsProvider::Watch : public Timeline::Details::ObjectViewBase,
+                                       public Timeline::Details::ClipViewBase,
+                                       public Media::View<Media::File>
+{
+public:
+    std::function<void()> changed;
+    std::function<void()> gone;
+
+    void follow(const Timeline::Object* timeline, const Timeline::Clip* clip)
+    {
+        for (const Timeline::Object* t : ObjectViewBase::records())
+            ObjectViewBase::forget(t);
+        for (const Timeline::Clip* c : ClipViewBase::records())
+            ClipViewBase::forget(c);
+        for (const Media::File* f : Media::View<Media::File>::records())
+            Media::View<Media::File>::forget(f);
+        if (timeline)
+            ObjectViewBase::observe(timeline);
+        if (clip)
+            ClipViewBase::observe(clip);
+        if (clip && clip->file())
+            Media::View<Media::File>::observe(clip->file());
+    }
+
+private:
+    void timelineChanged(const Timeline::Object*, const Timeline::Object*) override { changed(); }
+    void timelineRemoved(const Timeline::Object*) override { gone(); }
+    void clipChanged(const Timeline::Clip*, const Timeline::Clip*) override { changed(); }
+    void clipRemoved(const Timeline::Clip*) override { gone(); }
+    void fileChanged(const Media::File*, const Media::File*) override { changed(); }
+    void fileRemoved(const Media::File*) override { changed(); }
+};
+
+namespace {
+
+const Effect::Object* colourFilter(const Timeline::Clip* clip)
+{
+    for (const Effect::Object* effect : clip->effects()) {
+        if (effect->collectionId() == EditorCollection::CollectionID::FILTERS_COLOR)
+            return effect;
+    }
+    return nullptr;
+}
+
+bool hasSound(const Timeline::Object* timeline, const Timeline::Clip* clip)
+{
+    const Media::File* file = clip->file();
+    return clip->type() == Timeline::Clip::Audio || (file && !file->audios().empty())
+           || timeline->findNativeAudio(clip) != nullptr;
+}
+
+} // namespace
+
+ClipAdjustmentsProvider::ClipAdjustmentsProvider(QObject* parent) : QObject(parent), m_watch(std::make_unique<Watch>())
+{
+    m_watch->changed = [this] { Q_EMIT adjustmentsChanged(); };
+    m_watch->gone = [this] { setClip(nullptr, nullptr); };
+}
+
+ClipAdjustmentsProvider::~ClipAdjustmentsProvider() = default;
+
+void ClipAdjustmentsProvider::setClip(const Timeline::Object* timeline, const Timeline::Clip* clip)
+{
+    if (clip && (!timeline || !timeline->contains(clip))) {
+        LOG(ERROR) << "ClipAdjustmentsProvider::setClip: the clip is not on the timeline";
+        timeline = nullptr;
+        clip = nullptr;
+    }
+    if (timeline == m_timeline && clip == m_clip)
+        return;
+    m_timeline = timeline;
+    m_clip = clip;
+    m_watch->follow(timeline, clip);
+    Q_EMIT adjustmentsChanged();
+}
+
+const Timeline::Object* ClipAdjustmentsProvider::timeline() const { return m_timeline; }
+
+const Timeline::Clip* ClipAdjustmentsProvider::clip() const { return m_clip; }
+
+QList<Adjustment> ClipAdjustmentsProvider::adjustments() const
+{
+    QList<Adjustment> result;
+    for (Adjustment::Kind kind : {Adjustment::Normalization, Adjustment::Reverse, Adjustment::Speed,
+                                  Adjustment::Stabilization, Adjustment::Filter})
+        result.append(adjustment(kind));
+    return result;
+}
+
+Adjustment ClipAdjustmentsProvider::adjustment(Adjustment::Kind kind) const
+{
+    Adjustment entry;
+    entry.kind = kind;
+    const Timeline::ClipTiming timing = m_clip ? m_timeline->clipTiming(m_clip) : Timeline::ClipTiming();
+    switch (kind) {
+    case Adjustment::Normalization:
+        entry.title = tr("Normalize audio");
+        entry.value = m_clip && m_clip->findEffect(normalizationEffect) != nullptr;
+        break;
+    case Adjustment::Reverse:
+        entry.title = tr("Reverse");
+        entry.value = timing.reversed;
+        break;
+    case Adjustment::Speed:
+        entry.title = tr("Speed");
+        entry.value = timing.speed;
+        break;
+    case Adjustment::Stabilization:
+        entry.title = tr("Stabilize video");
+        entry.value = m_clip && m_clip->findEffect(stabilizationEffect) != nullptr;
+        break;
+    case Adjustment::Filter: {
+        entry.title = tr("Filter");
+        const Effect::Object* filter = m_clip ? colourFilter(m_clip) : nullptr;
+        entry.value = filter ? QString::fromStdString(filter->id()) : QString();
+        break;
+    }
+    }
+    entry.reason = unavailableReason(kind);
+    entry.available = entry.reason.isEmpty();
+    return entry;
+}
+
+QString ClipAdjustmentsProvider::unavailableReason(Adjustment::Kind kind) const
+{
+    if (!m_clip)
+        return tr("No clip is selected.");
+    if (m_clip->isBroken())
+        return tr("The clip's media is missing.");
+    const Timeline::Clip::Type type = m_clip->type();
+    const Media::File* file = m_clip->file();
+    const bool opening = file && !file->isFinished();
+    switch (kind) {
+    case Adjustment::Normalization:
+        if (hasSound(m_timeline, m_clip))
+            return {};
+        return opening && type == Timeline::Clip::Video ? tr("The clip's media is still opening.")
+                                                        : tr("The clip has no sound.");
+    case Adjustment::Reverse:
+    case Adjustment::Speed:
+        if (type == Timeline::Clip::Video || type == Timeline::Clip::Audio)
+            return {};
+        return type == Timeline::Clip::Image ? tr("A still picture does not play over time.")
+                                             : tr("Only video and sound clips play at a speed or backward.");
+    case Adjustment::Stabilization:
+        return type == Timeline::Clip::Video ? QString() : tr("Only video clips can be stabilized.");
+    case Adjustment::Filter:
+        return type == Timeline::Clip::Video || type == Timeline::Clip::Image || type == Timeline::Clip::Nested
+                   ? QString()
+                   : tr("Only pictures and video take a colour filter.");
+    }
+    return {};
+}
+
+bool ClipAdjustmentsProvider::checkAvailable(Adjustment::Kind kind, const char* operation) const
+{
+    const QString reason = unavailableReason(kind);
+    if (!reason.isEmpty())
+        LOG(ERROR) << "ClipAdjustmentsProvider::" << operation << ": " << reason.toStdString();
+    return reason.isEmpty();
+}
+
+bool ClipAdjustmentsProvider::setNormalized(bool on)
+{
+    return checkAvailable(Adjustment::Normalization, "setNormalized")
+           && setEffect(Adjustment::Normalization, EditorCollection::CollectionID::EFFECTS_AUDIO, normalizationEffect,
+                        on);
+}
+
+bool ClipAdjustmentsProvider::setStabilized(bool on)
+{
+    return checkAvailable(Adjustment::Stabilization, "setStabilized")
+           && setEffect(Adjustment::Stabilization, EditorCollection::CollectionID::EFFECTS_VIDEO, stabilizationEffect,
+                        on);
+}
+
+bool ClipAdjustmentsProvider::setFilter(const QString& filterId)
+{
+    if (!checkAvailable(Adjustment::Filter, "setFilter"))
+        return false;
+    const Effect::Object* current = colourFilter(m_clip);
+    const std::string id = filterId.toStdString();
+    if (current ? current->id() == id : id.empty())
+        return true;
+    auto edit = m_watch->ClipViewBase::edit(m_clip);
+    if (current)
+        edit->removeEffect(current->id());
+    if (!id.empty()) {
+        const Effect::Object filter(EditorCollection::CollectionID::FILTERS_COLOR, id);
+        edit->replaceEffect(&filter);
+    }
+    return edit.commit();
+}
+
+bool ClipAdjustmentsProvider::setEffect(Adjustment::Kind kind, const std::string& collection, const std::string& id,
+                                        bool on)
+{
+    if (adjustment(kind).value.toBool() == on)
+        return true;
+    auto edit = m_watch->ClipViewBase::edit(m_clip);
+    if (on) {
+        const Effect::Object effect(collection, id);
+        edit->replaceEffect(&effect);
+    } else {
+        edit->removeEffect(id);
+    }
+    return edit.commit();
+}
+
+bool ClipAdjustmentsProvider::setReversed(bool on)
+{
+    if (!checkAvailable(Adjustment::Reverse, "setReversed"))
+        return false;
+    if (m_timeline->clipTiming(m_clip).reversed == on)
+        return true;
+    auto edit = m_watch->ObjectViewBase::edit(m_timeline);
+    edit->reverseClip(m_clip);
+    // The clip's own sound plays backward with it.
+    if (const Timeline::Clip* sound = edit->findNativeAudio(m_clip))
+        edit->reverseClip(sound);
+    return edit.commit();
+}
+
+bool ClipAdjustmentsProvider::setSpeed(double speed)
+{
+    if (!(speed >= minSpeed && speed <= maxSpeed)) {
+        LOG(ERROR) << "ClipAdjustmentsProvider::setSpeed: the speed must lie from " << minSpeed << " to " << maxSpeed
+                   << ", not " << speed;
+        return false;
+    }
+    if (!checkAvailable(Adjustment::Speed, "setSpeed"))
+        return false;
+    if (m_timeline->clipTiming(m_clip).speed == speed)
+        return true;
+    auto edit = m_watch->ObjectViewBase::edit(m_timeline);
+    edit->setClipSpeed(m_clip, speed);
+    if (const Timeline::Clip* sound = edit->findNativeAudio(m_clip))
+        edit->setClipSpeed(sound, speed);
+    return edit.commit();
+}

@@ -1,0 +1,175 @@
+#include <Util/Editor/ClipAdjustmentsProvider.h>
+
+#include <TestSupport.h>
+#include <TimelineChanges.h>
+
+#include <QSignalSpy>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+constexpr Types::Time second = Types::TimeUnitsPerSecond;
+
+class ClipAdjustmentsProviderTest : public ::testing::Test
+{
+protected:
+    ClipAdjustmentsProviderTest()
+    {
+        timeline = host.addTimeline("Project");
+        withSound = file("talk.mp4", true);
+        video = place(Timeline::Clip(Timeline::Clip::Video, withSound, 0).setName("video"), timeline->primaryTrack(), 0,
+                      4 * second);
+        nativeAudio =
+            place(Timeline::Clip(Timeline::Clip::Audio, withSound, 1), timeline->nativeAudioTrack(), 0, 4 * second);
+        host.edit(timeline)->addLink(video, nativeAudio, 0);
+    }
+
+    const Media::File* file(const char* path, bool sound)
+    {
+        const Media::File* record = host.add(std::make_unique<Media::File>(Types::String(path)));
+        std::vector<const Media::Audio*> audios;
+        if (sound)
+            audios.push_back(host.add(std::make_unique<Media::Audio>()));
+        auto edit = host.edit(record);
+        edit->setStreams({host.add(std::make_unique<Media::Video>())}, audios);
+        edit->setOpened(true);
+        return record;
+    }
+
+    const Timeline::Clip* place(Timeline::Clip clip, const Timeline::Track* track, Types::Time at, Types::Time length)
+    {
+        const Timeline::Clip* record = host.addClip(std::move(clip));
+        host.edit(timeline)->addClip(record, Timeline::ClipTiming(track, at, length));
+        return record;
+    }
+
+    Model::Host host;
+    const Timeline::Object* timeline = nullptr;
+    const Media::File* withSound = nullptr;
+    const Timeline::Clip* video = nullptr;
+    const Timeline::Clip* nativeAudio = nullptr;
+};
+
+} // namespace
+
+TEST_F(ClipAdjustmentsProviderTest, EntriesApplyOnlyWhereTheClipsMediaAllows)
+{
+    const Timeline::Clip* silent = place(Timeline::Clip(Timeline::Clip::Video, file("silent.mkv", false), 0),
+                                         timeline->extraVideoTrack(), 0, second);
+    const Timeline::Clip* still = place(Timeline::Clip(Timeline::Clip::Image, file("still.png", false), 0),
+                                        timeline->primaryTrack(), 9 * second, second);
+    const Timeline::Clip* title = place(Timeline::Clip(Timeline::Clip::Title), timeline->titleTrack(), 0, second);
+    const Timeline::Clip* broken = place(Timeline::Clip(Timeline::Clip::Video, withSound, 0).setBroken(true),
+                                         timeline->primaryTrack(), 20 * second, second);
+    struct Row
+    {
+        const char* name;
+        const Timeline::Clip* clip;
+        const char* available; // N R S St F
+        QString reverseReason;
+    };
+    const Row rows[] = {
+        {"video with sound", video, "NRSXF", {}},
+        {"its native audio", nativeAudio, "NRS--", {}},
+        {"silent video", silent, "-RSXF", {}},
+        {"still picture", still, "----F", QStringLiteral("A still picture does not play over time.")},
+        {"title", title, "-----", QStringLiteral("Only video and sound clips play at a speed or backward.")},
+        {"broken clip", broken, "-----", QStringLiteral("The clip's media is missing.")},
+        {"no clip", nullptr, "-----", QStringLiteral("No clip is selected.")},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        ClipAdjustmentsProvider provider;
+        provider.setClip(row.clip ? timeline : nullptr, row.clip);
+        const QList<Adjustment> entries = provider.adjustments();
+        ASSERT_EQ(entries.size(), 5);
+        std::string available;
+        for (int i = 0; i < entries.size(); ++i) {
+            EXPECT_EQ(entries[i].kind, Adjustment::Kind(i));
+            EXPECT_EQ(entries[i].available, entries[i].reason.isEmpty());
+            available += entries[i].available ? "NRSXF"[i] : '-';
+        }
+        EXPECT_EQ(available, row.available);
+        EXPECT_EQ(entries[Adjustment::Reverse].reason, row.reverseReason);
+        if (row.clip == silent) {
+            EXPECT_EQ(entries[Adjustment::Normalization].reason, QStringLiteral("The clip has no sound."));
+        }
+    }
+}
+
+TEST_F(ClipAdjustmentsProviderTest, EachChangeIsOneEditAndOutOfRangeValuesChangeNothing)
+{
+    TestSupport::LogCapture log;
+    ClipAdjustmentsProvider provider;
+    provider.setClip(timeline, video);
+    QSignalSpy changed(&provider, &ClipAdjustmentsProvider::adjustmentsChanged);
+    TimelineChanges timelineEdits(timeline);
+
+    ASSERT_TRUE(provider.setSpeed(2.0));
+    EXPECT_EQ(timelineEdits.count, 1) << "the clip and its native audio change in one edit";
+    EXPECT_EQ(changed.count(), 1);
+    EXPECT_EQ(timeline->clipTiming(video).length, 2 * second) << "2x plays in half the time";
+    EXPECT_EQ(timeline->clipTiming(nativeAudio).length, 2 * second);
+    EXPECT_EQ(provider.adjustment(Adjustment::Speed).value.toDouble(), 2.0);
+
+    ASSERT_TRUE(provider.setReversed(true));
+    EXPECT_EQ(timelineEdits.count, 2);
+    EXPECT_TRUE(timeline->clipTiming(video).reversed);
+    EXPECT_TRUE(timeline->clipTiming(nativeAudio).reversed);
+    EXPECT_TRUE(provider.setReversed(true)) << "already so: nothing to edit";
+    EXPECT_EQ(timelineEdits.count, 2);
+
+    ASSERT_TRUE(provider.setSpeed(1.0));
+    EXPECT_EQ(timeline->clipTiming(video).length, 4 * second);
+
+    struct Bad
+    {
+        const char* name;
+        double speed;
+    };
+    const Bad bad[] = {{"zero", 0},
+                       {"negative", -2},
+                       {"too fast", 11},
+                       {"NaN", std::nan("")},
+                       {"infinite", std::numeric_limits<double>::infinity()}};
+    for (const Bad& row : bad) {
+        SCOPED_TRACE(row.name);
+        EXPECT_FALSE(provider.setSpeed(row.speed));
+    }
+    EXPECT_TRUE(log.containsError("ClipAdjustmentsProvider::setSpeed: the speed must lie from 0.1 to 10, not 0"));
+    EXPECT_EQ(timelineEdits.count, 3);
+    EXPECT_EQ(changed.count(), 3);
+
+    // Effects: each change is one edit of the clip.
+    ASSERT_TRUE(provider.setNormalized(true));
+    ASSERT_TRUE(provider.setStabilized(true));
+    ASSERT_TRUE(provider.setFilter(QStringLiteral("sepia")));
+    ASSERT_TRUE(provider.setFilter(QStringLiteral("noir")));
+    EXPECT_EQ(changed.count(), 7);
+    std::vector<std::string> effects;
+    for (const Effect::Object* effect : video->effects())
+        effects.push_back(effect->collectionId() + "/" + effect->id());
+    EXPECT_EQ(effects, (std::vector<std::string>{"effects.audio/normalization", "effects.video/stabilization",
+                                                 "filters.color/noir"}));
+    EXPECT_EQ(provider.adjustment(Adjustment::Filter).value.toString(), QStringLiteral("noir"));
+    ASSERT_TRUE(provider.setFilter(QString()));
+    ASSERT_TRUE(provider.setNormalized(false));
+    EXPECT_EQ(video->effects().size(), 1u);
+
+    // An entry that does not apply is refused without an edit.
+    provider.setClip(timeline, nativeAudio);
+    const int before = changed.count();
+    EXPECT_FALSE(provider.setStabilized(true));
+    EXPECT_TRUE(log.containsError("ClipAdjustmentsProvider::setStabilized: Only video clips can be stabilized."));
+    EXPECT_EQ(changed.count(), before);
+
+    // The clip leaving the model leaves the provider empty.
+    host.edit(timeline)->removeClip(nativeAudio);
+    host.remove(nativeAudio);
+    EXPECT_EQ(provider.clip(), nullptr);
+    EXPECT_FALSE(provider.adjustment(Adjustment::Speed).available);
+}
