@@ -11,7 +11,10 @@
 
 #include <Util/Sticky/StickyFreeLine.h>
 #include <Util/Sticky/StickyGrid.h>
+#include <Util/Sticky/StickyLinksSynchronizer.h>
 #include <Util/Sticky/StickyMagneticLine.h>
+#include <Util/Sticky/StickyMoveController.h>
+#include <Util/Sticky/StickyMultiLine.h>
 #include <Util/Sticky/StickyOrder.h>
 
 #include <QGraphicsRectItem>
@@ -41,6 +44,32 @@ protected:
         std::sort(begin(), end(), XOrder());
     }
 };
+
+// The free line's drop as a walk from the front, the way it was answered before the bisection.
+StickyArea::StickyPoint walkFreeLine(StickyArea& line, const QPointF& pos)
+{
+    StickyArea::StickyPoint point(&line, QPointF(pos.x(), line.origin().y()), 0, 0);
+    for (auto it = line.begin(); it != line.end() && (*it)->scenePos().x() < pos.x(); ++it)
+        ++point.index;
+    return point;
+}
+
+// The grid's drop as the walk over every item, the way it was answered before the row index.
+StickyArea::StickyPoint walkGrid(StickyGrid& grid, const QPointF& pos)
+{
+    StickyArea::StickyPoint point(&grid, grid.origin(), 0, 0);
+    double nearest = (point.pos - pos).manhattanLength();
+    int i = 0;
+    for (auto it = grid.begin(); it != grid.end(); ++it, ++i) {
+        const double d = ((*it)->scenePos() - pos).manhattanLength();
+        if (d < nearest) {
+            nearest = d;
+            point.pos = (*it)->scenePos();
+            point.index = i;
+        }
+    }
+    return point;
+}
 
 // Rectangles of varied widths (some of width 0) on a scene of their own.
 struct Items
@@ -288,43 +317,50 @@ using Clock = std::chrono::steady_clock;
 
 double secondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
 
-// Times the same random drops on the magnetic line and on the reference, and checks that
-// every answer is identical (a tenth of the drops land exactly on an item's edge).
-void BM_MagneticFindSpeedup(benchmark::State& state)
+// Times the production answer and a reference on the same drops (a tenth of them exactly on
+// an item) and checks that both answer identical points.
+template <typename Fast, typename Reference>
+void compareFinds(benchmark::State& state, std::vector<QPointF> at, const QList<QGraphicsItem*>& all, Fast fast,
+                  Reference reference)
 {
-    auto& w = world<MagneticPair>(static_cast<int>(state.range(0)));
-    std::vector<QPointF> at = lineDrops(w.line);
     for (size_t i = 0; i < at.size(); i += 10)
-        at[i].setX(w.items.all.at(static_cast<int>(i) % w.items.all.size())->scenePos().x());
-    const size_t queries = w.items.all.size() >= 100000 ? 64 : 512;
-    double fast = 0.0;
-    double reference = 0.0;
+        at[i] = all.at(static_cast<int>(i) % all.size())->scenePos();
+    const size_t queries = all.size() >= 100000 ? 64 : 512;
+    double fastSeconds = 0.0;
+    double referenceSeconds = 0.0;
     for (auto _ : state) {
         std::vector<StickyArea::StickyPoint> fastPoints;
         std::vector<StickyArea::StickyPoint> referencePoints;
-        fastPoints.reserve(queries);
-        referencePoints.reserve(queries);
         auto start = Clock::now();
         for (size_t i = 0; i < queries; ++i)
-            fastPoints.push_back(w.line.findStickyPoint(at[i], nullptr));
-        fast += secondsSince(start);
+            fastPoints.push_back(fast(at[i]));
+        fastSeconds += secondsSince(start);
         start = Clock::now();
         for (size_t i = 0; i < queries; ++i)
-            referencePoints.push_back(w.reference.findStickyPoint(at[i], nullptr));
-        reference += secondsSince(start);
+            referencePoints.push_back(reference(at[i]));
+        referenceSeconds += secondsSince(start);
         for (size_t i = 0; i < queries; ++i) {
             if (fastPoints[i].pos != referencePoints[i].pos || fastPoints[i].index != referencePoints[i].index
                 || fastPoints[i].level != referencePoints[i].level) {
-                state.SkipWithError("the magnetic line and the reference disagree on a drop");
+                state.SkipWithError("the area and its reference disagree on a drop");
                 return;
             }
         }
     }
     const double n = static_cast<double>(state.iterations() * queries);
-    state.counters["fast_us"] = 1e6 * fast / n;
-    state.counters["reference_us"] = 1e6 * reference / n;
-    state.counters["speedup"] = reference / fast;
+    state.counters["fast_us"] = 1e6 * fastSeconds / n;
+    state.counters["reference_us"] = 1e6 * referenceSeconds / n;
+    state.counters["speedup"] = referenceSeconds / fastSeconds;
     state.counters["drops_checked"] = n;
+}
+
+// The magnetic line against the literal edge-set rebuild.
+void BM_MagneticFindSpeedup(benchmark::State& state)
+{
+    auto& w = world<MagneticPair>(static_cast<int>(state.range(0)));
+    compareFinds(
+        state, lineDrops(w.line), w.items.all, [&w](const QPointF& p) { return w.line.findStickyPoint(p, nullptr); },
+        [&w](const QPointF& p) { return w.reference.findStickyPoint(p, nullptr); });
 }
 
 // 10,000 random moves on a free line kept sorted incrementally and on one that re-sorts.
@@ -358,6 +394,93 @@ void BM_FreeMoveSpeedup(benchmark::State& state)
     state.counters["speedup"] = baseline / fast;
 }
 
+// The free line's bisection against the walk from the front.
+void BM_FreeFindSpeedup(benchmark::State& state)
+{
+    auto& w = world<FreeWorld<StickyFreeLine>>(static_cast<int>(state.range(0)));
+    compareFinds(
+        state, lineDrops(w.line), w.items.all, [&w](const QPointF& p) { return w.line.findStickyPoint(p, nullptr); },
+        [&w](const QPointF& p) { return walkFreeLine(w.line, p); });
+}
+
+// The grid's row index against the walk over every item.
+void BM_GridFindSpeedup(benchmark::State& state)
+{
+    auto& w = world<GridWorld>(static_cast<int>(state.range(0)));
+    compareFinds(
+        state, gridDrops(w.grid), w.items.all, [&w](const QPointF& p) { return w.grid.findStickyPoint(p, nullptr); },
+        [&w](const QPointF& p) { return walkGrid(w.grid, p); });
+}
+
+// --- the timeline: 8 levels, 1,000 links, one controller -----------------------------------
+
+struct TimelineWorld
+{
+    explicit TimelineWorld(int n) : items(n)
+    {
+        line.setPlaceholderNeeded(true);
+        std::mt19937 random(9);
+        std::uniform_real_distribution<double> x(0.0, 30.0 * n / 8);
+        line.lockUpdate();
+        for (int level = 0; level < 8; ++level)
+            line.insertItem(StickyArea::StickyPoint(&line, QPointF(0, 0), -1 - level), items.all.at(level), false);
+        for (int i = 8; i < n; ++i)
+            line.insertItem(StickyArea::StickyPoint(&line, QPointF(x(random), 0), i % 8), items.all.at(i), false);
+        line.unlockUpdate();
+        line.updateLayout(nullptr);
+        sync.watch(&line);
+        const int stride = std::max(2, n / 1000);
+        for (int i = 0; i < 1000 && i * stride + 1 < n; ++i)
+            sync.link(items.all.at(i * stride), items.all.at(i * stride + 1));
+        controller.addArea(&line);
+        controller.setSynchronizer(&sync);
+    }
+    Items items;
+    StickyMultiLine line;
+    StickyLinksSynchronizer sync;
+    StickyMoveController controller;
+};
+
+// One mouse move of a drag of a linked clip: the target changes on every step (another x or
+// level), the placeholder moves and the level lays it out.
+void BM_TimelineDragStep(benchmark::State& state)
+{
+    auto& w = world<TimelineWorld>(static_cast<int>(state.range(0)));
+    QGraphicsItem* grabbed = w.items.all.at(0);
+    const std::vector<QPointF> at = drops(0, 30.0 * state.range(0) / 8, 0, 8 * 48, 17);
+    w.controller.startDrag(grabbed, {grabbed}, grabbed->scenePos());
+    size_t i = 0;
+    for (auto _ : state)
+        w.controller.dragProcess(at[i++ % at.size()]);
+    w.controller.abortDrag();
+    state.SetItemsProcessed(state.iterations());
+}
+
+// A mouse move that keeps the target: nothing is laid out.
+void BM_TimelineDragStepSameTarget(benchmark::State& state)
+{
+    auto& w = world<TimelineWorld>(static_cast<int>(state.range(0)));
+    QGraphicsItem* grabbed = w.items.all.at(0);
+    w.controller.startDrag(grabbed, {grabbed}, grabbed->scenePos());
+    w.controller.dragProcess(QPointF(500, 60));
+    int y = 0;
+    for (auto _ : state)
+        w.controller.dragProcess(QPointF(500, 55 + (y++ % 20)));
+    w.controller.abortDrag();
+    state.SetItemsProcessed(state.iterations());
+}
+
+void BM_TimelineFind(benchmark::State& state)
+{
+    auto& w = world<TimelineWorld>(static_cast<int>(state.range(0)));
+    findSingle(state, w.line, drops(0, 30.0 * state.range(0) / 8, 0, 8 * 48, 19), w.items.all.at(0));
+}
+
+void BM_TimelineUpdateLayout(benchmark::State& state)
+{
+    layoutLoop(state, world<TimelineWorld>(static_cast<int>(state.range(0))).line);
+}
+
 void sizes(benchmark::internal::Benchmark* b)
 {
     for (int n : {100, 1000, 10000, 100000})
@@ -381,4 +504,10 @@ BENCHMARK(BM_MagneticDragStep)->Apply(sizes);
 BENCHMARK(BM_FreeDragStep)->Apply(sizes);
 BENCHMARK(BM_GridDragStep)->Apply(sizes);
 BENCHMARK(BM_MagneticFindSpeedup)->Apply(sizes)->Iterations(2);
+BENCHMARK(BM_FreeFindSpeedup)->Apply(sizes)->Iterations(2);
+BENCHMARK(BM_GridFindSpeedup)->Apply(sizes)->Iterations(2);
+BENCHMARK(BM_TimelineFind)->Apply(sizes);
+BENCHMARK(BM_TimelineUpdateLayout)->Apply(sizes);
+BENCHMARK(BM_TimelineDragStep)->Apply(sizes);
+BENCHMARK(BM_TimelineDragStepSameTarget)->Apply(sizes);
 BENCHMARK(BM_FreeMoveSpeedup)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond)->Iterations(1);

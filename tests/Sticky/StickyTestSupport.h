@@ -16,6 +16,21 @@ inline void PrintTo(const StickyArea::StickyPoint& p, std::ostream* os)
         << p.level << ", index " << p.index << "}";
 }
 
+// An area of any layout that counts the relayouts the base asks for.
+template <typename Area>
+class CountingLayouts : public Area
+{
+public:
+    int layouts = 0;
+
+protected:
+    void updateLayoutInner(QGraphicsItem* item) override
+    {
+        ++layouts;
+        Area::updateLayoutInner(item);
+    }
+};
+
 // A real scene whose rectangles measure exactly their given size (no pen margin).
 class StickySceneTest : public ::testing::Test
 {

@@ -10,19 +10,7 @@
 
 namespace {
 
-// Counts the relayouts the base asks for.
-class CountingLine : public StickyFreeLine
-{
-public:
-    int layouts = 0;
-
-protected:
-    void updateLayoutInner(QGraphicsItem* item) override
-    {
-        ++layouts;
-        StickyFreeLine::updateLayoutInner(item);
-    }
-};
+using CountingLine = CountingLayouts<StickyFreeLine>;
 
 class StickyAreaTest : public StickySceneTest
 {

@@ -103,9 +103,10 @@ void StickyArea::insertItem(const StickyPoint& point, QGraphicsItem* item, bool 
         LOG(ERROR) << "StickyArea::insertItem: the item is null";
         return;
     }
-    insertItemInternal(point, item);
+    // The layout already sees a placeholder as one while it places it.
     if (placeholder)
         m_placeholders.insert(item);
+    insertItemInternal(point, item);
     emit itemsCountChanged();
 }
 
@@ -193,7 +194,9 @@ double StickyArea::itemExtent(const QGraphicsItem* item) const
     return m_origin.y() - item->mapToScene(r.topLeft()).y();
 }
 
-double StickyArea::height() const
+double StickyArea::height() const { return heightInner(); }
+
+double StickyArea::heightInner() const
 {
     if (empty())
         return 0.0;

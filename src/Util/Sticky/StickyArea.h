@@ -70,7 +70,8 @@ public:
     virtual void storeKeyState();
     virtual void resetKeyState();
 
-    // Does not lay out; the layout's insertItemInternal decides that. Emits itemsCountChanged().
+    // Does not lay out; the layout's insertItemInternal decides that, already seeing a
+    // placeholder among placeholders(). Emits itemsCountChanged().
     void insertItem(const StickyPoint& point, QGraphicsItem* item, bool placeholder);
     void moveItem(const StickyPoint& point, QGraphicsItem* item);
     // Emits itemsCountChanged(), also for an item the area does not hold.
@@ -109,6 +110,8 @@ protected:
     virtual void moveItemInternal(const StickyPoint& point, QGraphicsItem* item) = 0;
     virtual void removeItemInternal(QGraphicsItem* item) = 0;
     virtual void updateLayoutInner(QGraphicsItem* item) = 0;
+    // What height() answers; by default the signed extent of the item reaching furthest.
+    virtual double heightInner() const;
 
     const QSet<QGraphicsItem*>& placeholders() const;
 

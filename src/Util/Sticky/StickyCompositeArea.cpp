@@ -4,7 +4,7 @@
 
 #include <glog/logging.h>
 
-StickyCompositeArea::StickyCompositeArea(QObject* parent) : StickyArea(parent) {}
+StickyCompositeArea::StickyCompositeArea(QObject* parent) : StickyListArea(parent) {}
 
 StickyCompositeArea::~StickyCompositeArea() = default;
 
@@ -18,19 +18,6 @@ bool StickyCompositeArea::isAcceptable(const QList<QGraphicsItem*>& items) const
     }
     return false;
 }
-
-bool StickyCompositeArea::contains(const QGraphicsItem* item) const
-{
-    return m_items.contains(const_cast<QGraphicsItem*>(item));
-}
-
-QList<QGraphicsItem*>::const_iterator StickyCompositeArea::begin() const { return m_items.cbegin(); }
-
-QList<QGraphicsItem*>::iterator StickyCompositeArea::begin() { return m_items.begin(); }
-
-QList<QGraphicsItem*>::const_iterator StickyCompositeArea::end() const { return m_items.cend(); }
-
-QList<QGraphicsItem*>::iterator StickyCompositeArea::end() { return m_items.end(); }
 
 StickyArea::StickyPoint StickyCompositeArea::findStickyPoint(const QPointF& pos, QGraphicsItem* const item)
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Util/Sticky/StickyArea.h>
+#include <Util/Sticky/StickyListArea.h>
 
 #include <QMap>
 
@@ -11,7 +11,7 @@
 //
 // The composite owns neither its sub-areas nor their roots; a sub-area that is destroyed
 // leaves its slot.
-class EDITORUTIL_EXPORT StickyCompositeArea : public StickyArea
+class EDITORUTIL_EXPORT StickyCompositeArea : public StickyListArea
 {
     Q_OBJECT
 
@@ -20,11 +20,6 @@ public:
     ~StickyCompositeArea() override;
 
     bool isAcceptable(const QList<QGraphicsItem*>& items) const override;
-    bool contains(const QGraphicsItem* item) const override;
-    QList<QGraphicsItem*>::const_iterator begin() const override;
-    QList<QGraphicsItem*>::iterator begin() override;
-    QList<QGraphicsItem*>::const_iterator end() const override;
-    QList<QGraphicsItem*>::iterator end() override;
     using StickyArea::findStickyPoint;
     StickyPoint findStickyPoint(const QPointF& pos, QGraphicsItem* const item) override;
     StickyPoint itemPoint(QGraphicsItem* item) override;
@@ -50,7 +45,6 @@ private:
     static bool reaches(const StickyArea* area, const StickyCompositeArea* composite);
     void forgetArea(QObject* area);
 
-    QList<QGraphicsItem*> m_items;
     QMap<int, StickyArea*> m_slots;
     QMap<StickyArea*, int> m_slotOf;
     QMap<int, QGraphicsItem*> m_roots;

@@ -16,35 +16,18 @@ double sceneX(const QGraphicsItem* item) { return item->scenePos().x(); }
 
 } // namespace
 
-StickyFreeLine::StickyFreeLine(QObject* parent) : StickyArea(parent) {}
+StickyFreeLine::StickyFreeLine(QObject* parent) : StickyListArea(parent) {}
 
 StickyFreeLine::~StickyFreeLine() = default;
-
-bool StickyFreeLine::contains(const QGraphicsItem* item) const
-{
-    return m_items.contains(const_cast<QGraphicsItem*>(item));
-}
-
-QList<QGraphicsItem*>::const_iterator StickyFreeLine::begin() const { return m_items.cbegin(); }
-
-QList<QGraphicsItem*>::iterator StickyFreeLine::begin() { return m_items.begin(); }
-
-QList<QGraphicsItem*>::const_iterator StickyFreeLine::end() const { return m_items.cend(); }
-
-QList<QGraphicsItem*>::iterator StickyFreeLine::end() { return m_items.end(); }
 
 StickyArea::StickyPoint StickyFreeLine::findStickyPoint(const QPointF& pos, QGraphicsItem* const)
 {
     StickyPoint point = defaultPoint();
-    // A walk from the front rather than a binary search: callers may have moved items by
-    // hand since the last sort, and the answer counts the leading items only.
-    int index = 0;
-    for (const QGraphicsItem* i : qAsConst(m_items)) {
-        if (!(sceneX(i) < pos.x()))
-            break;
-        ++index;
-    }
-    point.index = index;
+    // The list is in x order after every insert, move and layout: the leading items left of
+    // pos.x are found by bisection.
+    const auto first = std::partition_point(m_items.cbegin(), m_items.cend(),
+                                            [&pos](const QGraphicsItem* i) { return sceneX(i) < pos.x(); });
+    point.index = static_cast<int>(first - m_items.cbegin());
     point.pos = QPointF(pos.x(), origin().y());
     return point;
 }

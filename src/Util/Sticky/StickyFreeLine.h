@@ -1,11 +1,11 @@
 #pragma once
 
-#include <Util/Sticky/StickyArea.h>
+#include <Util/Sticky/StickyListArea.h>
 
 // One horizontal line of items, each at its own x, kept in left-to-right order (XOrder). A
 // dropped item keeps the x it was dropped at (never left of the origin) and takes the y of
 // its point; its neighbours do not move. Items are expected to be top-level scene items.
-class EDITORUTIL_EXPORT StickyFreeLine : public StickyArea
+class EDITORUTIL_EXPORT StickyFreeLine : public StickyListArea
 {
     Q_OBJECT
 
@@ -13,13 +13,10 @@ public:
     explicit StickyFreeLine(QObject* parent = nullptr);
     ~StickyFreeLine() override;
 
-    bool contains(const QGraphicsItem* item) const override;
-    QList<QGraphicsItem*>::const_iterator begin() const override;
-    QList<QGraphicsItem*>::iterator begin() override;
-    QList<QGraphicsItem*>::const_iterator end() const override;
-    QList<QGraphicsItem*>::iterator end() override;
     using StickyArea::findStickyPoint;
-    // index: how many leading items lie strictly left of pos.x; pos: (pos.x, origin.y).
+    // index: how many leading items lie strictly left of pos.x; pos: (pos.x, origin.y). A
+    // bisection of the ordered list: an item moved by hand (not through moveItem) counts at
+    // its list place until the next updateLayout re-sorts.
     StickyPoint findStickyPoint(const QPointF& pos, QGraphicsItem* const item) override;
     StickyPoint itemPoint(QGraphicsItem* item) override;
     // nullptr when point.index is outside 0 ... count - 1.
@@ -38,5 +35,4 @@ private:
     void sortItems();
 
     QPointF m_appliedOrigin;
-    QList<QGraphicsItem*> m_items;
 };

@@ -6,23 +6,11 @@
 #include <glog/logging.h>
 
 #include <algorithm>
+#include <cmath>
 
-StickyGrid::StickyGrid(QObject* parent) : StickyArea(parent) {}
+StickyGrid::StickyGrid(QObject* parent) : StickyListArea(parent) {}
 
 StickyGrid::~StickyGrid() = default;
-
-bool StickyGrid::contains(const QGraphicsItem* item) const
-{
-    return m_items.contains(const_cast<QGraphicsItem*>(item));
-}
-
-QList<QGraphicsItem*>::const_iterator StickyGrid::begin() const { return m_items.cbegin(); }
-
-QList<QGraphicsItem*>::iterator StickyGrid::begin() { return m_items.begin(); }
-
-QList<QGraphicsItem*>::const_iterator StickyGrid::end() const { return m_items.cend(); }
-
-QList<QGraphicsItem*>::iterator StickyGrid::end() { return m_items.end(); }
 
 StickyArea::StickyPoint StickyGrid::findStickyPoint(const QPointF& pos, QGraphicsItem* const item,
                                                     const QList<QGraphicsItem*>& items)
@@ -36,16 +24,90 @@ StickyArea::StickyPoint StickyGrid::findStickyPoint(const QPointF& pos, QGraphic
     point.pos = origin();
     point.index = 0;
     double nearest = (point.pos - pos).manhattanLength();
-    for (int i = 0; i < m_items.size(); ++i) {
-        const QPointF p = m_items.at(i)->scenePos();
-        const double d = (p - pos).manhattanLength();
-        if (d < nearest) {
+    int best = -1; // the origin, ahead of every item
+    const auto distance = [&pos](double x, double y) { return (QPointF(x, y) - pos).manhattanLength(); };
+    const auto consider = [&](double d, int index) {
+        if (d < nearest || (d == nearest && best >= 0 && index < best)) {
             nearest = d;
-            point.pos = p;
-            point.index = i;
+            best = index;
+        }
+    };
+    if (isLocked()) {
+        for (int i = 0; i < m_items.size(); ++i) {
+            const QPointF p = m_items.at(i)->scenePos();
+            consider(distance(p.x(), p.y()), i);
+        }
+    } else {
+        if (!m_rowsValid)
+            buildRows();
+        // In a row the distance grows with |x - pos.x|: walk out both ways from pos.x while
+        // a place can still be as near (equal distances keep the earlier item).
+        const auto searchRow = [&](const Row& row) {
+            const auto right = std::lower_bound(row.places.cbegin(), row.places.cend(), pos.x(),
+                                                [](const Place& p, double x) { return p.x < x; });
+            for (auto it = right; it != row.places.cend(); ++it) {
+                const double d = distance(it->x, row.y);
+                if (d > nearest)
+                    break;
+                consider(d, it->index);
+            }
+            for (auto it = right; it != row.places.cbegin();) {
+                --it;
+                const double d = distance(it->x, row.y);
+                if (d > nearest)
+                    break;
+                consider(d, it->index);
+            }
+        };
+        const auto below =
+            std::lower_bound(m_rows.cbegin(), m_rows.cend(), pos.y(), [](const Row& r, double y) { return r.y < y; });
+        for (auto it = below; it != m_rows.cend() && std::abs(it->y - pos.y()) <= nearest; ++it)
+            searchRow(*it);
+        for (auto it = below; it != m_rows.cbegin();) {
+            --it;
+            if (std::abs(it->y - pos.y()) > nearest)
+                break;
+            searchRow(*it);
         }
     }
+    if (best >= 0) {
+        point.pos = m_items.at(best)->scenePos();
+        point.index = best;
+    }
     return point;
+}
+
+// Items grouped by equal y, each row by x with the first item at each x. After a layout of a
+// row-filling grid the list is already in that order, and no sort is needed.
+void StickyGrid::buildRows()
+{
+    struct Key
+    {
+        double y;
+        double x;
+        int index;
+        bool operator<(const Key& o) const
+        {
+            return y < o.y || (!(o.y < y) && (x < o.x || (!(o.x < x) && index < o.index)));
+        }
+    };
+    std::vector<Key> keys;
+    keys.reserve(static_cast<size_t>(m_items.size()));
+    for (int i = 0; i < m_items.size(); ++i) {
+        const QPointF p = m_items.at(i)->scenePos();
+        keys.push_back({p.y(), p.x(), i});
+    }
+    if (!std::is_sorted(keys.cbegin(), keys.cend()))
+        std::sort(keys.begin(), keys.end());
+    m_rows.clear();
+    for (const Key& k : keys) {
+        if (m_rows.empty() || m_rows.back().y != k.y)
+            m_rows.push_back({k.y, {}});
+        std::vector<Place>& places = m_rows.back().places;
+        if (places.empty() || places.back().x != k.x)
+            places.push_back({k.x, k.index});
+    }
+    m_rowsValid = true;
 }
 
 StickyArea::StickyPoint StickyGrid::itemPoint(QGraphicsItem* item) { return listItemPoint(m_items, item); }
@@ -139,10 +201,12 @@ void StickyGrid::sortItems(const std::function<bool(QGraphicsItem*, QGraphicsIte
         return;
     }
     std::stable_sort(m_items.begin(), m_items.end(), less);
+    m_rowsValid = false;
 }
 
 void StickyGrid::insertItemInternal(const StickyPoint& point, QGraphicsItem* item)
 {
+    m_rowsValid = false;
     if (point.index >= 0 && point.index < m_items.size())
         m_items.insert(point.index, item);
     else
@@ -152,6 +216,7 @@ void StickyGrid::insertItemInternal(const StickyPoint& point, QGraphicsItem* ite
 
 void StickyGrid::moveItemInternal(const StickyPoint& point, QGraphicsItem* item)
 {
+    m_rowsValid = false;
     const int from = m_items.indexOf(item);
     if (from < 0) {
         LOG(ERROR) << "StickyGrid::moveItem: the item is not in this grid";
@@ -161,10 +226,15 @@ void StickyGrid::moveItemInternal(const StickyPoint& point, QGraphicsItem* item)
     item->setPos(point.pos);
 }
 
-void StickyGrid::removeItemInternal(QGraphicsItem* item) { m_items.removeAll(item); }
+void StickyGrid::removeItemInternal(QGraphicsItem* item)
+{
+    m_items.removeAll(item);
+    m_rowsValid = false;
+}
 
 void StickyGrid::updateLayoutInner(QGraphicsItem*)
 {
+    m_rowsValid = false;
     const QPointF o = origin();
     double x = o.x();
     double y = o.y();

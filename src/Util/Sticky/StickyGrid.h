@@ -1,17 +1,18 @@
 #pragma once
 
-#include <Util/Sticky/StickyArea.h>
+#include <Util/Sticky/StickyListArea.h>
 
 #include <QRectF>
 #include <QSizeF>
 
 #include <functional>
+#include <vector>
 
 // Flows its items in list order into rows (or columns) of a fixed extent, wrapping to the next
 // row (column) when an item would overflow, with a spacing between items and between rows
 // (columns). A drop lands on the place of the nearest item; a dragged group is shown as a
 // small fanned pile.
-class EDITORUTIL_EXPORT StickyGrid : public StickyArea
+class EDITORUTIL_EXPORT StickyGrid : public StickyListArea
 {
     Q_OBJECT
 
@@ -25,16 +26,14 @@ public:
     explicit StickyGrid(QObject* parent = nullptr);
     ~StickyGrid() override;
 
-    bool contains(const QGraphicsItem* item) const override;
-    QList<QGraphicsItem*>::const_iterator begin() const override;
-    QList<QGraphicsItem*>::iterator begin() override;
-    QList<QGraphicsItem*>::const_iterator end() const override;
-    QList<QGraphicsItem*>::iterator end() override;
     // The group's top-left corner snaps, not the grabbed item.
     StickyPoint findStickyPoint(const QPointF& pos, QGraphicsItem* const item,
                                 const QList<QGraphicsItem*>& items) override;
     // The place of the item nearest to pos (Manhattan length); the origin competes first, with
-    // index 0, and ties keep the earlier candidate.
+    // index 0, and ties keep the earlier candidate. Answered from an index of the rows (items
+    // of equal y, by x) searched outwards from pos.y, rebuilt on the first drop after a change;
+    // while updates are locked the items are walked instead, and an item moved by hand is
+    // seen after the next updateLayout.
     StickyPoint findStickyPoint(const QPointF& pos, QGraphicsItem* const item) override;
     StickyPoint itemPoint(QGraphicsItem* item) override;
     // The item at point.index clamped to the list; nullptr only when the grid is empty.
@@ -70,8 +69,21 @@ protected:
     void updateLayoutInner(QGraphicsItem* item) override;
 
 private:
+    struct Place
+    {
+        double x;
+        int index; // the first item at this x of the row
+    };
+    struct Row
+    {
+        double y;
+        std::vector<Place> places; // by x, distinct
+    };
+    void buildRows();
+
+    std::vector<Row> m_rows; // by y, distinct
+    bool m_rowsValid = false;
     Direction m_direction = Rows;
-    QList<QGraphicsItem*> m_items;
     QSizeF m_size;
     QPointF m_spacing;
 };

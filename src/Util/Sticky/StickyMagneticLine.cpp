@@ -6,22 +6,9 @@
 
 #include <algorithm>
 
-StickyMagneticLine::StickyMagneticLine(QObject* parent) : StickyArea(parent) {}
+StickyMagneticLine::StickyMagneticLine(QObject* parent) : StickyListArea(parent) {}
 
 StickyMagneticLine::~StickyMagneticLine() = default;
-
-bool StickyMagneticLine::contains(const QGraphicsItem* item) const
-{
-    return m_items.contains(const_cast<QGraphicsItem*>(item));
-}
-
-QList<QGraphicsItem*>::const_iterator StickyMagneticLine::begin() const { return m_items.cbegin(); }
-
-QList<QGraphicsItem*>::iterator StickyMagneticLine::begin() { return m_items.begin(); }
-
-QList<QGraphicsItem*>::const_iterator StickyMagneticLine::end() const { return m_items.cend(); }
-
-QList<QGraphicsItem*>::iterator StickyMagneticLine::end() { return m_items.end(); }
 
 StickyArea::StickyPoint StickyMagneticLine::findStickyPoint(const QPointF& pos, QGraphicsItem* const item,
                                                             const QList<QGraphicsItem*>& items)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Util/Sticky/StickyArea.h>
+#include <Util/Sticky/StickyListArea.h>
 
 #include <vector>
 
@@ -12,7 +12,7 @@
 // changed (insert, move, remove, layout, origin), and measured afresh on every query while
 // updates are locked. Outside a locked batch, a change of an item's width is seen by drops
 // after the next updateLayout(item), which callers run after every change anyway.
-class EDITORUTIL_EXPORT StickyMagneticLine : public StickyArea
+class EDITORUTIL_EXPORT StickyMagneticLine : public StickyListArea
 {
     Q_OBJECT
 
@@ -20,11 +20,6 @@ public:
     explicit StickyMagneticLine(QObject* parent = nullptr);
     ~StickyMagneticLine() override;
 
-    bool contains(const QGraphicsItem* item) const override;
-    QList<QGraphicsItem*>::const_iterator begin() const override;
-    QList<QGraphicsItem*>::iterator begin() override;
-    QList<QGraphicsItem*>::const_iterator end() const override;
-    QList<QGraphicsItem*>::iterator end() override;
     // The left edge of the whole group, not the grabbed item, snaps to an edge.
     StickyPoint findStickyPoint(const QPointF& pos, QGraphicsItem* const item,
                                 const QList<QGraphicsItem*>& items) override;
@@ -53,7 +48,6 @@ protected:
 private:
     const std::vector<double>& edges();
 
-    QList<QGraphicsItem*> m_items;
     std::vector<double> m_edges; // sorted, distinct
     double m_edgesOriginX = 0.0;
     bool m_edgesValid = false;
