@@ -11,6 +11,7 @@
 #include <QDrag>
 #include <QDragEnterEvent>
 #include <QFileInfo>
+#include <QFontMetrics>
 #include <QGraphicsPixmapItem>
 #include <QGraphicsRectItem>
 #include <QGraphicsSimpleTextItem>
@@ -35,10 +36,14 @@ public:
         m_picture->setBrush(QColor(20, 20, 22));
         m_thumbnail = new QGraphicsPixmapItem(this);
         m_thumbnail->setPos(5, 5);
-        auto* name = new QGraphicsSimpleTextItem(QFileInfo(file->path().toQString()).fileName(), this);
+        const QFontMetrics metrics{QFont()};
+        auto* name = new QGraphicsSimpleTextItem(metrics.elidedText(QFileInfo(file->path().toQString()).fileName(),
+                                                                    Qt::ElideMiddle, BinView::tileWidth - 20),
+                                                 this);
         name->setBrush(QColor(230, 230, 230));
         name->setPos(6, 80);
-        auto* info = new QGraphicsSimpleTextItem(describe(file), this);
+        auto* info = new QGraphicsSimpleTextItem(
+            metrics.elidedText(describe(file), Qt::ElideRight, BinView::tileWidth - 20), this);
         info->setBrush(file->isFailed() ? QColor(240, 120, 110) : QColor(160, 160, 170));
         info->setPos(6, 97);
         setFlag(QGraphicsItem::ItemClipsChildrenToShape);
@@ -102,6 +107,7 @@ BinView::BinView(QWidget* parent) : QGraphicsView(parent), m_grid(new StickyGrid
     m_grid->setWidth(2 * tileWidth);
     setMinimumWidth(2 * tileWidth + 30);
     setAcceptDrops(true);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
 }
 
 BinView::~BinView() { clear(); }
@@ -224,7 +230,7 @@ void BinView::dropEvent(QDropEvent* event)
 
 void BinView::relayout()
 {
-    const double columns = std::max(1, (viewport()->width() - 12) / tileWidth);
+    const double columns = std::max(1, (viewport()->width() - 6) / tileWidth);
     m_grid->setWidth(columns * tileWidth);
     m_grid->updateLayout(nullptr);
     scene()->setSceneRect(scene()->itemsBoundingRect().adjusted(-6, -6, 6, 6));

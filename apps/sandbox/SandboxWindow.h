@@ -40,6 +40,7 @@ public:
     BinView* bin() const { return m_bin; }
     TimelineView* timeline() const { return m_timeline; }
     PreviewPanel* preview() const { return m_preview; }
+    ClipPanel* clipPanel() const { return m_clipPanel; }
     const Timeline::Object* projectTimeline() const { return m_project; }
 
     // Imports files into the bin (asynchronously); `done` gets the files that opened. The

@@ -41,7 +41,7 @@ QString trackName(const Timeline::Track* track)
     case Timeline::Track::ExtraVideo:
         return TimelineView::tr("Overlay video");
     case Timeline::Track::NativeAudio:
-        return TimelineView::tr("Sound of video");
+        return TimelineView::tr("Video sound");
     case Timeline::Track::Audio:
         return TimelineView::tr("Audio");
     }
@@ -100,6 +100,8 @@ public:
 
 TimelineView::TimelineView(Model::Host& host, QWidget* parent) : QGraphicsView(parent), m_host(host)
 {
+    qRegisterMetaType<const Timeline::Clip*>();
+    qRegisterMetaType<const Timeline::Track*>();
     setScene(new QGraphicsScene(this));
     setAlignment(Qt::AlignLeft | Qt::AlignTop);
     setAcceptDrops(true);

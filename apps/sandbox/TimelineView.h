@@ -32,7 +32,7 @@ public:
     static constexpr double trackHeight = 46.0;
     static constexpr double rulerHeight = 24.0;
     static constexpr double snapDistance = 10.0; // pixels
-    static constexpr double headerWidth = 110.0; // track names, left of time 0
+    static constexpr double headerWidth = 120.0; // track names, left of time 0
 
     TimelineView(Model::Host& host, QWidget* parent = nullptr);
     ~TimelineView() override;
@@ -125,3 +125,6 @@ private:
 };
 
 } // namespace Sandbox
+
+Q_DECLARE_METATYPE(const Timeline::Clip*)
+Q_DECLARE_METATYPE(const Timeline::Track*)

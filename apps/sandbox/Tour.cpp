@@ -255,8 +255,10 @@ int Tour::run()
                 found = count;
                 dialogShot = QDir(m_shots).absoluteFilePath(
                     QStringLiteral("%1-missing-files.png").arg(m_number, 2, 10, QLatin1Char('0')));
-                dialog->grab().save(dialogShot);
-                dialog->accept();
+                QTimer::singleShot(50, dialog, [&, dialog] {
+                    dialog->grab().save(dialogShot);
+                    dialog->accept();
+                });
             });
             dialog->searchFolder(QDir(m_work).filePath(QStringLiteral("moved")));
         });

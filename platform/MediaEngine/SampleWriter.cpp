@@ -96,6 +96,7 @@ public:
             return nullptr;
         }
         (*stream)->time_base = context->time_base;
+        (*stream)->avg_frame_rate = context->framerate;
         m_codecs.push_back(std::move(context));
         return m_codecs.back().get();
     }
@@ -117,6 +118,9 @@ public:
         std::unique_ptr<AVPacket, void (*)(AVPacket*)> packet(av_packet_alloc(),
                                                               [](AVPacket* p) { av_packet_free(&p); });
         while ((result = avcodec_receive_packet(codec, packet.get())) >= 0) {
+            // A picture lasts one frame, the last one too, so the file is as long as asked.
+            if (codec->codec_type == AVMEDIA_TYPE_VIDEO && packet->duration <= 0)
+                packet->duration = 1;
             av_packet_rescale_ts(packet.get(), codec->time_base, stream->time_base);
             packet->stream_index = stream->index;
             result = av_interleaved_write_frame(m_format, packet.get());

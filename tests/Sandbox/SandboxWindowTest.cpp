@@ -9,12 +9,24 @@
 #include "TempSettings.h"
 #include "TimelineView.h"
 
+#include "Panels.h"
+
 #include <Util/Dialog/MissingFilesDialog/MissingFilesDialog.h>
 #include <Util/Filesystem.h>
+#include <Util/Import/MimeUtils.h>
 #include <Util/Interfaces/EditorSettings.h>
 
+#include <MediaEngine/Probe.h>
+
+#include <QAction>
 #include <QApplication>
+#include <QCheckBox>
+#include <QDateTime>
 #include <QDir>
+#include <QDoubleSpinBox>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMimeData>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -216,8 +228,8 @@ TEST_F(SandboxWindowTest, escapeDuringADragLeavesTheTimelineAsItWas)
     EXPECT_FALSE(ended[0][1].toBool());
     EXPECT_EQ(changed.count(), 0);
     EXPECT_EQ(window->document(), before);
-    // The picture is back too: the clip is where the model has it.
-    EXPECT_EQ(timeline->clipPoint(bars, 0.0).x(), pointAt(second, project()->primaryTrack()).x());
+    // The picture is back too: the clip is drawn where it was.
+    EXPECT_EQ(timeline->clipPoint(bars, 0.5), from);
 }
 
 TEST_F(SandboxWindowTest, saveThenOpenGivesTheSameTimelineAndBin)
@@ -295,4 +307,156 @@ TEST_F(SandboxWindowTest, aDamagedProjectIsRefusedWithAMessageAndTheOpenProjectS
     EXPECT_EQ(dialogs->warnings[0].title, QStringLiteral("Open Project"));
     EXPECT_TRUE(dialogs->warnings[0].text.contains(QStringLiteral("damaged")));
     EXPECT_EQ(window->document(), before);
+}
+
+TEST_F(SandboxWindowTest, playStopsAtTheSelectedClipsEdgeAndThePreviewShowsTheClipOnTop)
+{
+    import({sample(0), sample(1)});
+    const Timeline::Clip* bars = drop(sample(0), 0, project()->primaryTrack());
+    const Timeline::Clip* shape = drop(sample(1), 5 * second, project()->extraVideoTrack());
+    ASSERT_TRUE(bars && shape);
+    auto* preview = window->preview();
+    struct Row
+    {
+        const char* name;
+        Types::Time at;
+        const Timeline::Clip* shown;
+    };
+    const Row rows[] = {
+        {"inside the bars", second / 2, bars},
+        {"the overlay over the main track", 6 * second, shape},
+        {"the bars' end edge, nothing after it", project()->clipTiming(bars).end(), bars},
+        {"past every clip", 30 * second, nullptr},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        timeline->setPlayhead(row.at);
+        EXPECT_EQ(preview->shownClip(), row.shown);
+        ASSERT_TRUE(Scripted::waitFor([&] { return preview->frameShown(); }));
+        EXPECT_EQ(preview->picture() && !preview->picture()->isNull(), row.shown != nullptr);
+    }
+
+    // With the bars selected, playing from 1 s stops on their end edge.
+    Scripted::click(viewport, timeline->clipPoint(bars, 0.5));
+    EXPECT_EQ(timeline->selectedClip(), bars);
+    timeline->setPlayhead(second);
+    QSignalSpy stopped(window.get(), &SandboxWindow::playbackStopped);
+    window->play();
+    EXPECT_TRUE(window->playing());
+    ASSERT_TRUE(Scripted::waitFor([&] { return stopped.count() == 1; }));
+    EXPECT_EQ(timeline->playhead(), project()->clipTiming(bars).end());
+    EXPECT_EQ(window->host().playback()->state()->code, Playback::State::Stopped);
+
+    // A click on an empty place moves the playhead and clears the selection; playing then
+    // goes to the end of the timeline.
+    Scripted::click(viewport, pointAt(7 * second, project()->titleTrack()));
+    EXPECT_EQ(timeline->selectedClip(), nullptr);
+    EXPECT_EQ(timeline->playhead(), 7 * second);
+    window->play();
+    ASSERT_TRUE(Scripted::waitFor([&] { return stopped.count() == 2; }));
+    EXPECT_EQ(timeline->playhead(), project()->duration());
+}
+
+TEST_F(SandboxWindowTest, theClipPanelChangesTheSpeedAndDirectionOfTheSelectedClip)
+{
+    import({sample(0)});
+    const Timeline::Clip* bars = drop(sample(0), 0, project()->primaryTrack());
+    ASSERT_NE(bars, nullptr);
+    const Types::Time length = project()->clipTiming(bars).length;
+    auto* speed = window->clipPanel()->findChild<QDoubleSpinBox*>();
+    auto* backwards = window->clipPanel()->findChild<QCheckBox*>();
+    ASSERT_TRUE(speed && backwards);
+    ASSERT_TRUE(speed->isEnabled());
+    speed->setValue(2.0);
+    EXPECT_EQ(project()->clipTiming(bars).speed, 2.0);
+    EXPECT_NEAR(double(project()->clipTiming(bars).length), length / 2.0, 1.0);
+    backwards->click();
+    EXPECT_TRUE(project()->clipTiming(bars).reversed);
+    EXPECT_TRUE(window->isModified());
+    // Nothing selected: nothing to change.
+    timeline->selectClip(nullptr);
+    EXPECT_FALSE(speed->isEnabled());
+    EXPECT_FALSE(backwards->isEnabled());
+}
+
+TEST_F(SandboxWindowTest, theBinDragsItsFilesOutAndImportsFilesDroppedOnIt)
+{
+    QSignalSpy finished(window.get(), &SandboxWindow::importFinished);
+    auto* bin = window->bin();
+    ASSERT_TRUE(Scripted::dropFiles(bin->viewport(), {sample(3), sample(2)}, QPoint(40, 40)));
+    ASSERT_TRUE(Scripted::waitFor([&] { return finished.count() == 1; }));
+    ASSERT_EQ(bin->files().size(), 2u);
+    for (const Media::File* file : bin->files())
+        EXPECT_EQ(bin->fileAt(bin->tilePoint(file)), file);
+
+    std::unique_ptr<QMimeData> data(Sandbox::BinView::mimeDataFor({sample(3)}));
+    EXPECT_EQ(MimeUtils::extractFiles(data.get(), {QStringLiteral("png")}), QStringList{sample(3)});
+    EXPECT_EQ(MimeUtils::mimeDragAsrc(data.get()), QStringLiteral("bin"));
+}
+
+TEST_F(SandboxWindowTest, theSampleMediaIsWrittenOnceAndOnlyTheBrokenFileFails)
+{
+    QMap<QString, QDateTime> written;
+    for (const QString& path : *samples)
+        written[path] = QFileInfo(path).lastModified();
+    EXPECT_EQ(SampleMedia::ensure(QFileInfo(sample(0)).absolutePath()), *samples);
+    for (const QString& path : *samples)
+        EXPECT_EQ(QFileInfo(path).lastModified(), written[path]) << path.toStdString();
+
+    const MediaEngine::ProbeResult bars = MediaEngine::probeFile(sample(0));
+    ASSERT_TRUE(bars.ok());
+    EXPECT_EQ(bars.video.size(), 1u);
+    EXPECT_EQ(bars.audio.size(), 1u);
+    EXPECT_NEAR(double(bars.duration), 4'000'000.0, 100'000.0);
+    EXPECT_EQ(MediaEngine::probeFile(sample(4)).errorCode, MediaEngine::ErrorCode::FileCorrupted);
+}
+
+TEST_F(SandboxWindowTest, recentProjectsThatAreGoneStayInTheMenuMarked)
+{
+    const QString kept = settings.folder() + QStringLiteral("/kept.dscproj");
+    const QString gone = settings.folder() + QStringLiteral("/gone.dscproj");
+    Project::rememberProject(gone);
+    ASSERT_TRUE(window->saveProjectAs(kept));
+    QMenu* recent = nullptr;
+    for (QMenu* menu : window->menuBar()->findChildren<QMenu*>())
+        if (menu->title() == QStringLiteral("Open &Recent"))
+            recent = menu;
+    ASSERT_NE(recent, nullptr);
+    QMetaObject::invokeMethod(recent, "aboutToShow");
+    const QList<QAction*> actions = recent->actions();
+    ASSERT_EQ(actions.size(), 2);
+    EXPECT_EQ(actions[0]->text(), Filesystem::cleanPath(kept));
+    EXPECT_TRUE(actions[0]->isEnabled());
+    EXPECT_EQ(actions[1]->text(), Filesystem::cleanPath(gone) + QStringLiteral(" (not found)"));
+    EXPECT_FALSE(actions[1]->isEnabled());
+}
+
+TEST_F(SandboxWindowTest, aProjectWhoseFilesAreAllGoneSaysSoAndKeepsItsClipsAsMissing)
+{
+    QTemporaryDir work;
+    const QString tone = work.filePath(QStringLiteral("tone.wav"));
+    ASSERT_TRUE(QFile::copy(sample(2), tone));
+    import({tone});
+    drop(tone, 0, project()->tracks().back());
+    const QString path = work.filePath(QStringLiteral("lost.dscproj"));
+    ASSERT_TRUE(window->saveProjectAs(path));
+    ASSERT_TRUE(QFile::remove(tone));
+
+    // The search is skipped without naming a folder.
+    QTimer driver;
+    driver.setInterval(10);
+    QObject::connect(&driver, &QTimer::timeout, [&] {
+        if (auto* dialog = qobject_cast<MissingFilesDialog*>(QApplication::activeModalWidget()))
+            dialog->reject();
+    });
+    driver.start();
+    QSignalSpy loaded(window.get(), &SandboxWindow::projectLoaded);
+    ASSERT_TRUE(window->openProject(path));
+    ASSERT_TRUE(Scripted::waitFor([&] { return loaded.count() == 1; }));
+    ASSERT_EQ(dialogs->warnings.size(), 1u);
+    EXPECT_TRUE(dialogs->warnings[0].text.startsWith(QStringLiteral("None of the media files of this project")));
+    EXPECT_EQ(dialogs->failedFilesQuestions.size(), 1u); // the lost tone, when the project opened
+    ASSERT_EQ(project()->clips().size(), 1u);
+    EXPECT_TRUE(Scripted::waitFor([&] { return project()->clips()[0]->isBroken(); }));
+    EXPECT_EQ(positionOf(project()->clips()[0]), 0);
 }
