@@ -251,14 +251,19 @@ int Tour::run()
             if (!dialog || dialog->state() != MissingFilesDialog::State::WaitingForFolder || found >= 0)
                 return;
             found = 0;
+            // The dialog closes itself once every lost file is found; it is pictured just before.
+            QObject::connect(dialog, &MissingFilesDialog::stateChanged, dialog,
+                             [&, dialog](MissingFilesDialog::State state) {
+                                 if (state != MissingFilesDialog::State::Finished)
+                                     return;
+                                 dialogShot = QDir(m_shots).absoluteFilePath(
+                                     QStringLiteral("%1-missing-files.png").arg(m_number, 2, 10, QLatin1Char('0')));
+                                 dialog->grab().save(dialogShot);
+                             });
             QObject::connect(dialog, &MissingFilesDialog::searchFinished, dialog, [&, dialog](int count) {
                 found = count;
-                dialogShot = QDir(m_shots).absoluteFilePath(
-                    QStringLiteral("%1-missing-files.png").arg(m_number, 2, 10, QLatin1Char('0')));
-                QTimer::singleShot(50, dialog, [&, dialog] {
-                    dialog->grab().save(dialogShot);
-                    dialog->accept();
-                });
+                if (!dialog->remainingFiles().isEmpty())
+                    QMetaObject::invokeMethod(dialog, &QDialog::reject, Qt::QueuedConnection);
             });
             dialog->searchFolder(QDir(m_work).filePath(QStringLiteral("moved")));
         });
