@@ -1,0 +1,490 @@
+#include "SandboxWindow.h"
+
+#include "BinView.h"
+#include "Panels.h"
+#include "SampleMedia.h"
+#include "TimelineView.h"
+
+#include <Util/Dialog/Dialog.h>
+#include <Util/Filesystem.h>
+#include <Util/Format.h>
+#include <Util/Import/TimelineFileOpenHandler.h>
+#include <Util/Import/TimelineShadowChange.h>
+#include <Util/Interfaces/EditorSettings.h>
+
+#include <MediaEngine/ModelAdapter.h>
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QFileInfo>
+#include <QFutureWatcher>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMenuBar>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QtConcurrent>
+
+#include <algorithm>
+
+namespace Sandbox {
+
+namespace {
+
+constexpr Types::Time playStep = 40 * Types::TimeUnitsPerMillisecond;
+
+QString fileName(const Media::File* file) { return QFileInfo(file->path().toQString()).fileName(); }
+
+} // namespace
+
+struct SandboxWindow::Import
+{
+    std::unique_ptr<TimelineShadowChange> change;
+    std::unique_ptr<TimelineFileOpenHandler> handler;
+    std::function<void(const std::vector<const Media::File*>&)> done;
+};
+
+SandboxWindow::SandboxWindow(QWidget* parent) : QMainWindow(parent)
+{
+    Model::installDefaultServices(m_host);
+    MediaEngine::connectToModel(m_host, m_engine);
+    m_binSource = m_host.addTimeline("Media bin");
+
+    m_bin = new BinView(this);
+    m_timeline = new TimelineView(m_host, this);
+    m_preview = new PreviewPanel(this);
+    m_clipPanel = new ClipPanel(m_host, this);
+
+    auto* top = new QSplitter(Qt::Horizontal, this);
+    top->addWidget(m_bin);
+    top->addWidget(m_preview);
+    top->addWidget(m_clipPanel);
+    top->setStretchFactor(0, 2);
+    top->setStretchFactor(1, 3);
+    top->setStretchFactor(2, 2);
+    auto* main = new QSplitter(Qt::Vertical, this);
+    main->addWidget(top);
+    main->addWidget(m_timeline);
+    main->setStretchFactor(0, 3);
+    main->setStretchFactor(1, 2);
+    setCentralWidget(main);
+    m_summary = new QLabel(this);
+    statusBar()->addPermanentWidget(m_summary);
+    buildMenus();
+
+    connect(m_timeline, &TimelineView::filesDropped, this, &SandboxWindow::placeDropped);
+    connect(m_bin, &BinView::filesDropped, this, [this](const QStringList& paths) { importFiles(paths); });
+    connect(m_timeline, &TimelineView::selectionChanged, this,
+            [this](const Timeline::Clip* clip) { m_clipPanel->setClip(m_project, clip); });
+    connect(m_timeline, &TimelineView::playheadMoved, this,
+            [this](Types::Time time) { m_preview->showFrame(m_project, time); });
+    connect(m_timeline, &TimelineView::timelineChanged, this, [this] {
+        m_modified = true;
+        m_clipPanel->setClip(m_project, m_timeline->selectedClip());
+        m_preview->showFrame(m_project, m_timeline->playhead());
+        updateTitle();
+        updateStatus();
+    });
+    connect(m_timeline, &TimelineView::dragEnded, this, [this](const Timeline::Clip* clip, bool moved, bool snapped) {
+        if (!moved)
+            statusBar()->showMessage(tr("Drag of %1 aborted: nothing moved").arg(clip->name().toQString()), 5000);
+        else
+            statusBar()->showMessage(
+                tr("%1 moved to %2%3")
+                    .arg(clip->name().toQString(),
+                         Format::timeMs(m_project->clipTiming(clip).position / Types::TimeUnitsPerMillisecond),
+                         snapped ? tr(", snapped to an edge") : QString()),
+                5000);
+    });
+    m_playTimer.setInterval(40);
+    connect(&m_playTimer, &QTimer::timeout, this, &SandboxWindow::tick);
+    m_autosaveTimer.setInterval(2 * 60 * 1000);
+    connect(&m_autosaveTimer, &QTimer::timeout, this, [this] {
+        if (m_modified)
+            autosaveNow();
+    });
+    m_autosaveTimer.start();
+
+    newProject();
+    resize(1400, 860);
+}
+
+SandboxWindow::~SandboxWindow()
+{
+    m_playTimer.stop();
+    m_imports.clear();
+    m_projectFiles.reset();
+    m_engine.cancelAll();
+}
+
+void SandboxWindow::buildMenus()
+{
+    QMenu* file = menuBar()->addMenu(tr("&File"));
+    file->addAction(tr("&New Project"), this, &SandboxWindow::newProject, QKeySequence::New);
+    file->addAction(
+        tr("&Open Project..."), this,
+        [this] {
+            const QString path = Filesystem::openProject(QString());
+            if (!path.isEmpty())
+                openProject(path);
+        },
+        QKeySequence::Open);
+    m_recentMenu = file->addMenu(tr("Open &Recent"));
+    connect(m_recentMenu, &QMenu::aboutToShow, this, &SandboxWindow::fillRecentMenu);
+    file->addAction(tr("&Save"), this, &SandboxWindow::saveProject, QKeySequence::Save);
+    file->addAction(
+        tr("Save &As..."), this,
+        [this] {
+            const QString path = Filesystem::savingProjectPath(m_projectName);
+            if (!path.isEmpty())
+                saveProjectAs(path);
+        },
+        QKeySequence::SaveAs);
+    file->addSeparator();
+    file->addAction(
+        tr("&Import Media..."), this,
+        [this] {
+            const QStringList paths = Filesystem::openFiles(Filesystem::Video | Filesystem::Audio | Filesystem::Image);
+            if (!paths.isEmpty())
+                importFiles(paths);
+        },
+        QKeySequence(Qt::CTRL | Qt::Key_I));
+    file->addSeparator();
+    file->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence::Quit);
+    QMenu* playback = menuBar()->addMenu(tr("&Playback"));
+    playback->addAction(tr("&Play to the Clip's Edge"), this, &SandboxWindow::play, QKeySequence(Qt::Key_Space));
+    playback->addAction(tr("&Stop"), this, &SandboxWindow::stop);
+}
+
+void SandboxWindow::fillRecentMenu()
+{
+    m_recentMenu->clear();
+    const QList<Project::RecentEntry> entries = Project::recentProjects();
+    if (entries.isEmpty())
+        m_recentMenu->addAction(tr("No recent projects"))->setEnabled(false);
+    for (const Project::RecentEntry& entry : entries) {
+        QAction* action = m_recentMenu->addAction(entry.reachable ? entry.path : tr("%1 (not found)").arg(entry.path));
+        action->setEnabled(entry.reachable);
+        connect(action, &QAction::triggered, this, [this, path = entry.path] { openProject(path); });
+    }
+}
+
+void SandboxWindow::setProjectTimeline(const Timeline::Object* timeline)
+{
+    stop();
+    m_project = timeline;
+    m_host.setPlaybackTimeline(timeline);
+    m_timeline->setTimeline(timeline);
+    m_timeline->setPlayhead(0);
+    m_preview->showFrame(m_project, 0);
+    m_clipPanel->setClip(m_project, nullptr);
+}
+
+void SandboxWindow::newProject()
+{
+    const Timeline::Object* timeline = m_host.addTimeline("Project");
+    m_host.edit(timeline)->addTrack(Timeline::Track::Audio);
+    m_projectFiles = std::make_unique<TimelineFileOpenHandler>(timeline);
+    m_bin->clear();
+    setProjectTimeline(timeline);
+    m_projectPath.clear();
+    m_projectName = Settings::projectNameDefault();
+    m_modified = false;
+    updateTitle();
+    updateStatus();
+}
+
+const Media::File* SandboxWindow::binFile(const QString& path) const
+{
+    const QString cleaned = Filesystem::cleanPath(path);
+    for (const Media::File* file : m_bin->files())
+        if (Filesystem::cleanPath(file->path().toQString()) == cleaned)
+            return file;
+    return nullptr;
+}
+
+void SandboxWindow::importFiles(const QStringList& paths,
+                                std::function<void(const std::vector<const Media::File*>&)> done)
+{
+    auto import = std::make_unique<Import>();
+    import->change = std::make_unique<TimelineShadowChange>(m_binSource, Timeline::Object::Nested);
+    import->handler = std::make_unique<TimelineFileOpenHandler>(import->change->shadowTimeline());
+    import->done = std::move(done);
+    Import* raw = import.get();
+    // Finished from the event loop: the change is not destroyed inside its own signal.
+    connect(import->change.get(), &TimelineShadowChange::shadowReady, this,
+            [this, raw] { QTimer::singleShot(0, this, [this, raw] { finishImport(raw); }); });
+    m_imports.push_back(std::move(import));
+    statusBar()->showMessage(tr("Importing %n file(s)...", nullptr, int(paths.size())));
+    raw->change->addFiles(paths, FileAdder::ImportPanel);
+}
+
+void SandboxWindow::finishImport(Import* import)
+{
+    const auto it =
+        std::find_if(m_imports.begin(), m_imports.end(), [import](const auto& i) { return i.get() == import; });
+    if (it == m_imports.end())
+        return;
+    std::unique_ptr<Import> owned = std::move(*it);
+    m_imports.erase(it);
+    std::vector<const Media::File*> opened;
+    int failed = 0;
+    for (const Timeline::Clip* clip : owned->change->shadowTimeline()->clips()) {
+        const Media::File* file = clip->file();
+        if (!file || binFile(file->path().toQString()))
+            continue;
+        m_bin->addFile(file);
+        if (file->isOpened())
+            opened.push_back(file);
+        else
+            ++failed;
+    }
+    statusBar()->showMessage(failed ? tr("Imported %1 file(s), %2 could not be opened").arg(opened.size()).arg(failed)
+                                    : tr("Imported %1 file(s)").arg(opened.size()),
+                             8000);
+    updateStatus();
+    if (owned->done)
+        owned->done(opened);
+    emit importFinished(int(opened.size()), failed);
+}
+
+void SandboxWindow::placeDropped(const QStringList& paths, Types::Time time, const Timeline::Track* track)
+{
+    QStringList unknown;
+    for (const QString& path : paths) {
+        const Media::File* file = binFile(path);
+        if (!file) {
+            unknown << path;
+            continue;
+        }
+        if (const Timeline::Clip* clip = m_timeline->placeFile(file, time, track)) {
+            time = m_project->clipTiming(clip).end();
+            m_timeline->selectClip(clip);
+        }
+    }
+    // Files from the desktop join the bin first.
+    if (!unknown.isEmpty())
+        importFiles(unknown, [this, time, track](const std::vector<const Media::File*>& files) {
+            Types::Time at = time;
+            for (const Media::File* file : files)
+                if (const Timeline::Clip* clip = m_timeline->placeFile(file, at, track))
+                    at = m_project->clipTiming(clip).end();
+        });
+}
+
+Project::Document SandboxWindow::document() const { return Project::capture(m_project, m_bin->files(), m_projectName); }
+
+bool SandboxWindow::saveProject()
+{
+    if (m_projectPath.isEmpty()) {
+        const QString path = Filesystem::savingProjectPath(m_projectName);
+        return !path.isEmpty() && saveProjectAs(path);
+    }
+    return saveProjectAs(m_projectPath);
+}
+
+bool SandboxWindow::saveProjectAs(const QString& path)
+{
+    const QString name = QFileInfo(path).completeBaseName();
+    Project::Document doc = document();
+    doc.name = name;
+    if (!Project::saveOrWarn(path, doc).ok())
+        return false;
+    m_projectPath = Filesystem::cleanPath(path);
+    m_projectName = name;
+    m_modified = false;
+    Project::rememberProject(m_projectPath);
+    statusBar()->showMessage(tr("Saved %1").arg(m_projectPath), 8000);
+    updateTitle();
+    return true;
+}
+
+QString SandboxWindow::autosaveNow()
+{
+    const QString path = Project::autosave(document());
+    if (!path.isEmpty())
+        statusBar()->showMessage(tr("Autosaved to %1").arg(path), 5000);
+    return path;
+}
+
+bool SandboxWindow::openProject(const QString& path)
+{
+    Project::Result result = Project::loadOrWarn(path);
+    if (!result.ok())
+        return false;
+    Project::Document& doc = result.document;
+    const QStringList missing = Project::missingFiles(doc);
+    if (!missing.isEmpty()) {
+        // The user names a folder; its whole tree is searched for the lost names.
+        QMap<QString, QString> found;
+        Filesystem::findMissingFiles(missing, found);
+        const int relinked = Project::relink(doc, found);
+        const QStringList still = Project::missingFiles(doc);
+        if (!still.isEmpty() && still.size() == missing.size() && still.size() >= doc.media.size())
+            Dialog::showWarning(tr("Open Project"),
+                                tr("None of the media files of this project were found. Its clips are kept and "
+                                   "shown as missing."));
+        statusBar()->showMessage(tr("%1 of %2 lost file(s) found").arg(relinked).arg(missing.size()), 8000);
+    }
+    applyDocument(doc, path);
+    return true;
+}
+
+void SandboxWindow::applyDocument(const Project::Document& doc, const QString& path)
+{
+    const Timeline::Object* timeline = m_host.addTimeline(doc.name);
+    std::map<QString, const Media::File*> files;
+    auto fileOf = [&](const QString& filePath) -> const Media::File* {
+        if (filePath.isEmpty())
+            return nullptr;
+        const Media::File*& file = files[filePath];
+        if (!file)
+            file = m_host.addFile(filePath);
+        return file;
+    };
+    m_projectFiles = std::make_unique<TimelineFileOpenHandler>(timeline);
+    m_loadingBin.clear();
+    for (const QString& filePath : doc.media)
+        m_loadingBin.push_back(fileOf(filePath));
+    {
+        auto edit = m_host.edit(timeline);
+        for (int i = int(edit->tracks().size()); i < doc.trackKinds.size(); ++i)
+            edit->addTrack(Timeline::Track::Kind(doc.trackKinds[i]));
+        const std::vector<const Timeline::Track*> tracks = edit->tracks();
+        std::vector<const Timeline::Clip*> clips;
+        for (const Project::ClipEntry& entry : doc.clips) {
+            const Timeline::Clip* clip = m_host.addClip(
+                Timeline::Clip(Timeline::Clip::Type(entry.type), fileOf(entry.file), entry.stream).setName(entry.name));
+            Timeline::ClipTiming timing(tracks.at(std::size_t(entry.track)), entry.position, entry.length,
+                                        entry.offset);
+            timing.speed = entry.speed;
+            timing.reversed = entry.reversed;
+            edit->addClip(clip, timing);
+            if (entry.master >= 0)
+                edit->addLink(clips[std::size_t(entry.master)], clip, entry.linkOffset);
+            clips.push_back(clip);
+        }
+    }
+    m_bin->clear();
+    m_loading.clear();
+    for (const auto& entry : files) {
+        m_projectFiles->addFile(entry.second);
+        observe(entry.second);
+        m_loading.push_back(entry.second);
+    }
+    m_loadingPath = Filesystem::cleanPath(path);
+    setProjectTimeline(timeline);
+    m_projectPath = m_loadingPath;
+    m_projectName = doc.name;
+    m_modified = false;
+    Project::rememberProject(m_projectPath);
+    updateTitle();
+    checkLoaded();
+}
+
+void SandboxWindow::fileOpened(const Media::File*) { checkLoaded(); }
+void SandboxWindow::fileFailed(const Media::File*) { checkLoaded(); }
+
+void SandboxWindow::checkLoaded()
+{
+    if (m_loading.empty()
+        || !std::all_of(m_loading.begin(), m_loading.end(), [](const Media::File* f) { return f->isFinished(); }))
+        return;
+    for (const Media::File* file : m_loading)
+        forget(file);
+    m_loading.clear();
+    for (const Media::File* file : m_loadingBin)
+        m_bin->addFile(file);
+    m_loadingBin.clear();
+    m_preview->showFrame(m_project, m_timeline->playhead());
+    updateStatus();
+    statusBar()->showMessage(tr("Opened %1").arg(m_loadingPath), 8000);
+    emit projectLoaded(m_loadingPath);
+}
+
+void SandboxWindow::buildSampleProject(const QString& folder, std::function<void(bool)> done)
+{
+    statusBar()->showMessage(tr("Making sample media in %1...").arg(folder));
+    auto* watcher = new QFutureWatcher<QStringList>(this);
+    connect(watcher, &QFutureWatcher<QStringList>::finished, this, [this, watcher, done] {
+        const QStringList paths = watcher->result();
+        watcher->deleteLater();
+        if (paths.isEmpty()) {
+            statusBar()->showMessage(tr("The sample media could not be made"));
+            if (done)
+                done(false);
+            return;
+        }
+        importFiles(paths, [this, done](const std::vector<const Media::File*>& files) {
+            auto named = [&](const QString& name) -> const Media::File* {
+                for (const Media::File* file : files)
+                    if (fileName(file) == name)
+                        return file;
+                return nullptr;
+            };
+            const Types::Time second = Types::TimeUnitsPerSecond;
+            const Timeline::Clip* bars =
+                m_timeline->placeFile(named(SampleMedia::barsFile()), 0, m_project->primaryTrack());
+            m_timeline->placeFile(named(SampleMedia::stillFile()), bars ? m_project->clipTiming(bars).end() : 0,
+                                  m_project->primaryTrack());
+            m_timeline->placeFile(named(SampleMedia::shapeFile()), 2 * second, m_project->extraVideoTrack());
+            m_timeline->placeFile(named(SampleMedia::toneFile()), 1 * second, m_project->tracks().back());
+            m_timeline->setPlayhead(second);
+            if (done)
+                done(bars != nullptr);
+        });
+    });
+    watcher->setFuture(QtConcurrent::run([folder] { return SampleMedia::ensure(folder); }));
+}
+
+void SandboxWindow::play()
+{
+    if (!m_project)
+        return;
+    const Types::Time at = m_timeline->playhead();
+    const Timeline::Clip* clip = m_timeline->selectedClip();
+    m_playUntil =
+        clip && at < m_project->clipTiming(clip).end() ? m_project->clipTiming(clip).end() : m_project->duration();
+    if (at >= m_playUntil)
+        return;
+    m_host.setPlaybackCode(Playback::State::Playing);
+    m_playTimer.start();
+    statusBar()->showMessage(tr("Playing to %1").arg(Format::timeMs(m_playUntil / Types::TimeUnitsPerMillisecond)));
+}
+
+void SandboxWindow::stop()
+{
+    if (!m_playTimer.isActive())
+        return;
+    m_playTimer.stop();
+    m_host.setPlaybackCode(Playback::State::Stopped);
+    const Types::Time at = m_timeline->playhead();
+    statusBar()->showMessage(tr("Stopped at %1").arg(Format::timeMs(at / Types::TimeUnitsPerMillisecond)), 8000);
+    emit playbackStopped(at);
+}
+
+void SandboxWindow::tick()
+{
+    const Types::Time next = std::min(m_timeline->playhead() + playStep, m_playUntil);
+    m_timeline->setPlayhead(next);
+    m_host.setPlaybackPosition(next);
+    if (next >= m_playUntil)
+        stop();
+}
+
+void SandboxWindow::updateTitle()
+{
+    setWindowTitle(tr("%1%2 - EditorUtil sandbox").arg(m_projectName, m_modified ? QStringLiteral("*") : QString()));
+}
+
+void SandboxWindow::updateStatus()
+{
+    if (!m_project)
+        return;
+    m_summary->setText(tr("%1 file(s) in the bin   %2 clip(s)   %3")
+                           .arg(m_bin->files().size())
+                           .arg(m_project->clips().size())
+                           .arg(Format::time(int(m_project->duration() / Types::TimeUnitsPerSecond))));
+}
+
+} // namespace Sandbox

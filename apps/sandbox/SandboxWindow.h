@@ -1,0 +1,119 @@
+#pragma once
+
+#include <Util/Interfaces/EditorModel.h>
+#include <Util/Project.h>
+
+#include <MediaEngine/Engine.h>
+
+#include <QMainWindow>
+#include <QTimer>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <vector>
+
+class QLabel;
+class QMenu;
+class TimelineFileOpenHandler;
+
+namespace Sandbox {
+
+class BinView;
+class ClipPanel;
+class PreviewPanel;
+class TimelineView;
+
+// The sandbox editor's window: media bin, preview, clip panel, timeline and status line over
+// one model whose files the media engine opens. It only wires the library's parts: imports go
+// through a shadow change and a file-open handler, projects through Project, lost files
+// through the missing-files search, questions through the dialog strategy.
+class SandboxWindow : public QMainWindow, private Media::View<Media::File>
+{
+    Q_OBJECT
+
+public:
+    explicit SandboxWindow(QWidget* parent = nullptr);
+    ~SandboxWindow() override;
+
+    Model::Host& host() { return m_host; }
+    BinView* bin() const { return m_bin; }
+    TimelineView* timeline() const { return m_timeline; }
+    PreviewPanel* preview() const { return m_preview; }
+    ClipPanel* clipPanel() const { return m_clipPanel; }
+    const Timeline::Object* projectTimeline() const { return m_project; }
+
+    // Imports files into the bin (asynchronously); `done` gets the files that opened. The
+    // failed files are asked about once, grouped by cause.
+    void importFiles(const QStringList& paths, std::function<void(const std::vector<const Media::File*>&)> done = {});
+    bool importRunning() const { return !m_imports.empty(); }
+    // The bin's file with that path, or null.
+    const Media::File* binFile(const QString& path) const;
+
+    // Projects. A project that cannot be opened leaves the current one as it was.
+    void newProject();
+    bool openProject(const QString& path);
+    bool loading() const { return !m_loading.empty(); }
+    bool saveProject();
+    bool saveProjectAs(const QString& path);
+    QString projectPath() const { return m_projectPath; }
+    bool isModified() const { return m_modified; }
+    Project::Document document() const;
+    QString autosaveNow();
+
+    // Writes the sample media into `folder` (on a worker thread), imports it and lays it out
+    // on the timeline; `done` reports whether it worked.
+    void buildSampleProject(const QString& folder, std::function<void(bool)> done = {});
+
+    // Plays from the playhead to the selected clip's end edge (or the timeline's end).
+    void play();
+    void stop();
+    bool playing() const { return m_playTimer.isActive(); }
+
+Q_SIGNALS:
+    void importFinished(int opened, int failed);
+    void projectLoaded(const QString& path);
+    void playbackStopped(Types::Time position);
+
+private:
+    struct Import;
+
+    void buildMenus();
+    void setProjectTimeline(const Timeline::Object* timeline);
+    void placeDropped(const QStringList& paths, Types::Time time, const Timeline::Track* track);
+    void finishImport(Import* import);
+    void applyDocument(const Project::Document& document, const QString& path);
+    void fileOpened(const Media::File* file) override;
+    void fileFailed(const Media::File* file) override;
+    void checkLoaded();
+    void tick();
+    void updateTitle();
+    void updateStatus();
+    void fillRecentMenu();
+
+    Model::Host m_host;
+    MediaEngine::Engine m_engine;
+    const Timeline::Object* m_project = nullptr;
+    const Timeline::Object* m_binSource = nullptr;
+    std::vector<std::unique_ptr<Import>> m_imports;
+    std::unique_ptr<TimelineFileOpenHandler> m_projectFiles;
+    std::vector<const Media::File*> m_loading;
+    std::vector<const Media::File*> m_loadingBin;
+    QString m_loadingPath;
+
+    BinView* m_bin;
+    TimelineView* m_timeline;
+    PreviewPanel* m_preview;
+    ClipPanel* m_clipPanel;
+    QLabel* m_summary;
+    QMenu* m_recentMenu = nullptr;
+
+    QString m_projectPath;
+    QString m_projectName;
+    bool m_modified = false;
+    QTimer m_autosaveTimer;
+    QTimer m_playTimer;
+    Types::Time m_playUntil = 0;
+};
+
+} // namespace Sandbox
