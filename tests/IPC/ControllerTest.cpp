@@ -168,8 +168,9 @@ TEST_F(IpcTest, TwentySimultaneousStartsHandEveryFileToOnePrimaryOnceAndInOrder)
             }
         EXPECT_EQ(secondaries, primaryRunning ? 20 : 19);
         ASSERT_EQ(primaries().size(), 1u);
-        if (primaryRunning)
+        if (primaryRunning) {
             EXPECT_EQ(primaries().begin()->first, primaryPid);
+        }
         EXPECT_EQ(primaries().begin()->second, S("lock"));
         EXPECT_EQ(commands(0, S("AddFile")).size(), 100);
         expectEachOnceInOrder(files);
@@ -203,8 +204,9 @@ TEST_F(IpcTest, KilledPrimaryIsReplacedByTheNextStartWithoutLosingFiles)
     for (const auto& [pid, how] : chosen)
         EXPECT_EQ(how, S("lock")) << pid;
     for (QProcess* start : starts)
-        if (chosen.count(start->processId()) == 0)
+        if (chosen.count(start->processId()) == 0) {
             EXPECT_TRUE(finishedWithZero(start));
+        }
     EXPECT_EQ(commands(0, S("AddFile")).size(), 21);
     expectEachOnceInOrder(files);
 }
