@@ -107,8 +107,9 @@ protected:
     // Waits for the process to end; true when it ended with status 0.
     static bool finishedWithZero(QProcess* process)
     {
-        return process->waitForFinished(15000) && process->exitStatus() == QProcess::NormalExit
-               && process->exitCode() == 0;
+        // waitForFinished() is false for a process that has already ended.
+        return (process->state() == QProcess::NotRunning || process->waitForFinished(15000))
+               && process->exitStatus() == QProcess::NormalExit && process->exitCode() == 0;
     }
     // Every file of `files` added exactly once over all instances, and each sender's files
     // in its own order.
