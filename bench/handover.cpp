@@ -78,6 +78,8 @@ public:
 // A secondary's start to its file at this primary's command provider.
 void BM_Handover(benchmark::State& state)
 {
+    // The secondaries are IpcInstance programs: register under their name so they find us.
+    QCoreApplication::setApplicationName(QStringLiteral("IpcInstance"));
     const QString key = QUuid::createUuid().toString();
     CommandProvider commands(QStringList{QStringLiteral("bench")});
     Launcher::Options options;

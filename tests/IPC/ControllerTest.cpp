@@ -246,6 +246,7 @@ TEST_F(IpcTest, LeftoversAtTheLockAndSocketPathsNeverBlockAStart)
              QFile lock(lockPath());
              ASSERT_TRUE(lock.open(QIODevice::WriteOnly));
              lock.write(contents.readAll());
+             lock.flush();
              lock.setFileTime(QDateTime::currentDateTime().addSecs(-10), QFileDevice::FileModificationTime);
          },
          "lock", "removed the lock"},

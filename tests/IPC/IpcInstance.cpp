@@ -105,6 +105,8 @@ int main(int argc, char** argv)
         });
     Application application;
     QTimer::singleShot(envInt("EU_IPC_STARTUP_MS", 0), [&application] { application.startupCompleted(); });
+    // A primary whose test died before sending "quit" must not outlive it for long.
+    QTimer::singleShot(envInt("EU_IPC_LIFETIME_MS", 60000), &app, &QCoreApplication::quit);
     const int result = app.exec();
     QThread::msleep(envInt("EU_IPC_SHUTDOWN_MS", 0));
     return result;
