@@ -191,3 +191,20 @@ QString Settings::quizPreviewImagePath() { return previewFile("quiz.png"); }
 QString Settings::panZoomPreviewImagePath() { return previewFile("panzoom.png"); }
 QString Settings::animationBackgroundPreviewImagePath() { return previewFile("animationBackground.png"); }
 QString Settings::animationIconPreviewImagePath() { return previewFile("animationIcon.png"); }
+
+namespace {
+QString customizationKey(const QString& name) { return QStringLiteral("Customization/") + name; }
+} // namespace
+
+QVariant Settings::customizationValue(const QString& name) { return settings().value(customizationKey(name)); }
+void Settings::setCustomizationValue(const QString& name, const QVariant& value)
+{
+    settings().setValue(customizationKey(name), value);
+}
+void Settings::removeCustomizationValue(const QString& name) { settings().remove(customizationKey(name)); }
+
+QVariantMap Settings::actionUsageCounts() { return settings().value(QStringLiteral("ActionUsage")).toMap(); }
+void Settings::setActionUsageCounts(const QVariantMap& counts)
+{
+    settings().setValue(QStringLiteral("ActionUsage"), counts);
+}

@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <QVariant>
+#include <QVariantMap>
 
 #include <string>
 
@@ -92,4 +94,13 @@ public:
     static QString panZoomPreviewImagePath();
     static QString animationBackgroundPreviewImagePath();
     static QString animationIconPreviewImagePath();
+
+    // Look and behaviour options of the application, each kept as written under
+    // "Customization/<name>"; an invalid QVariant when the store has none.
+    static QVariant customizationValue(const QString& name);
+    static void setCustomizationValue(const QString& name, const QVariant& value);
+    static void removeCustomizationValue(const QString& name);
+    // How often each tagged action was used, kept under "ActionUsage" on this machine only.
+    static QVariantMap actionUsageCounts();
+    static void setActionUsageCounts(const QVariantMap& counts);
 };
