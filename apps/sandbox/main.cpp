@@ -5,15 +5,19 @@
 #include "Scripted.h"
 #include "Tour.h"
 
+#include <Util/CommandProvider.h>
 #include <Util/Dialog/Dialog.h>
 #include <Util/Filesystem.h>
+#include <Util/Interfaces/EditorModel.h>
 #include <Util/Interfaces/EditorSettings.h>
+#include <Util/Launcher.h>
 
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <glog/logging.h>
 
@@ -62,6 +66,58 @@ QString dataFolder()
     return QDir(QDir::tempPath()).filePath(QStringLiteral("editorutil-sandbox-samples"));
 }
 
+// Application commands (from this start's command line and from later starts handed over by
+// the launcher) reach the window here. Files handed over one by one are imported together.
+class CommandSink : public PubSub::Subscriber<Command::OpenProject>,
+                    public PubSub::Subscriber<Command::AddFile>,
+                    public PubSub::Subscriber<Command::ShowMainWindow>,
+                    public PubSub::Publisher<AppEvents::StartupCompleted>
+{
+public:
+    explicit CommandSink(Sandbox::SandboxWindow& window) : m_window(window)
+    {
+        subscribe(Command::globalObject());
+        m_flush.setSingleShot(true);
+        m_flush.setInterval(0);
+        QObject::connect(&m_flush, &QTimer::timeout, [this] {
+            m_window.importFiles(m_files);
+            m_files.clear();
+        });
+    }
+    ~CommandSink() override { unsubscribeEverything(); }
+
+    // Publishes the start-up event; commands recorded so far arrive now. True when any did.
+    bool startupCompleted()
+    {
+        publish(AppEvents::StartupCompleted());
+        return m_received;
+    }
+
+    void notify(const Command::OpenProject& m) override
+    {
+        m_received = true;
+        m_window.openProject(m.path().toQString());
+    }
+    void notify(const Command::AddFile& m) override
+    {
+        m_received = true;
+        m_files << m.path().toQString();
+        m_flush.start();
+    }
+    void notify(const Command::ShowMainWindow&) override
+    {
+        m_window.showNormal();
+        m_window.raise();
+        m_window.activateWindow();
+    }
+
+private:
+    Sandbox::SandboxWindow& m_window;
+    QStringList m_files;
+    QTimer m_flush;
+    bool m_received = false;
+};
+
 int runTour(const Options& options)
 {
     QTemporaryDir work;
@@ -101,15 +157,19 @@ int main(int argc, char** argv)
     if (options.tour)
         return runTour(options);
 
+    // A second start hands its files to the running window and ends. The launcher delivers
+    // this start's own files too, so the provider is given none of them itself.
+    const QString program = QApplication::arguments().value(0);
+    CommandProvider commands(QStringList{program});
+    Launcher launcher(&commands, QStringList{program} + options.files, {});
+    if (launcher.start() == IPC::Controller::Role::Secondary)
+        return 0;
+
     Dialog::initialize(true);
     Sandbox::SandboxWindow window;
     window.show();
-    const QStringList projects = Filesystem::extractProjectFiles(options.files);
-    if (!projects.isEmpty())
-        window.openProject(projects.front());
-    else if (!options.files.isEmpty())
-        window.importFiles(options.files);
-    else
+    CommandSink sink(window);
+    if (!sink.startupCompleted())
         window.buildSampleProject(dataFolder());
     return app.exec();
 }
