@@ -9,7 +9,7 @@ packages=(
   libboost-dev libgoogle-glog-dev
   libavformat-dev libavcodec-dev libavutil-dev libswscale-dev ffmpeg
   googletest libgtest-dev libgmock-dev libbenchmark-dev
-  xvfb clang-format
+  xvfb clang-format gcovr
 )
 
 missing=()

@@ -2,6 +2,7 @@
 
 #include <EditorModel/Messages.h>
 #include <EditorModel/Registry.h>
+#include <EditorModel/WorkingCopy.h>
 
 #include <glog/logging.h>
 
@@ -17,46 +18,18 @@ namespace Model {
 template <class T>
 class View;
 
-// An edit of one record: a working copy the caller writes through -> or *, committed when the
-// edit is destroyed (or by commit()). The view applies it when it owns the record and otherwise
-// sends it to the owner as a Change request. cancel() drops it. A refused edit (a null record,
-// a record that is not the host's) still has a working copy, whose writes are dropped.
+// An edit of one record: a working copy committed when the edit is destroyed (or by commit()).
+// The view applies it when it owns the record and otherwise sends it to the owner as a Change
+// request. cancel() drops it. A refused edit (a null record, a record that is not the host's)
+// still has a working copy, whose writes are dropped.
 template <class T>
-class Edit
+class Edit : public WorkingCopy<T, View<T>>
 {
 public:
     Edit(View<T>* view, const T* object)
-        : m_view(object ? view : nullptr), m_object(object), m_source(object), m_copy(object ? new T(*object) : new T())
+        : WorkingCopy<T, View<T>>(object ? view : nullptr, object,
+                                  object ? std::make_unique<T>(*object) : std::make_unique<T>())
     {}
-    Edit(Edit&& other) noexcept
-        : m_view(std::exchange(other.m_view, nullptr)),
-          m_object(other.m_object),
-          m_source(other.m_source),
-          m_copy(std::move(other.m_copy))
-    {}
-    Edit(const Edit&) = delete;
-    Edit& operator=(const Edit&) = delete;
-    Edit& operator=(Edit&&) = delete;
-    ~Edit() { commit(); }
-
-    T* operator->() const noexcept { return m_copy.get(); }
-    T& operator*() const noexcept { return *m_copy; }
-    T* get() const noexcept { return m_copy.get(); }
-    const T* object() const noexcept { return m_object; }
-
-    // Applies or requests the change now; true when the owner applied it.
-    bool commit()
-    {
-        View<T>* view = std::exchange(m_view, nullptr);
-        return view && m_copy ? view->applyEdit(m_object, *m_copy, m_source) : false;
-    }
-    void cancel() noexcept { m_view = nullptr; }
-
-private:
-    View<T>* m_view;
-    const T* m_object;
-    const PubSub::Object* m_source; // taken while the record is surely alive
-    std::unique_ptr<T> m_copy;
 };
 
 // The model's view of records of one type. It keeps the records it owns (and applies changes to)
@@ -192,12 +165,12 @@ public:
         return it == m_records.end() ? nullptr : it->second.get();
     }
 
-    // Applies `requested` to an owned record, or sends it to the record's owner. Used by Edit.
-    bool applyEdit(const T* object, T& requested, const PubSub::Object* source)
+    // Applies an edit's copy to an owned record, or sends it to the record's owner.
+    bool commitCopy(const T* object, std::unique_ptr<T>& copy, const PubSub::Object* source)
     {
         if (T* owned = ownedPointer(object))
-            return applyOwned(object, owned, requested);
-        const Change message(object, &requested, source);
+            return applyOwned(object, owned, *copy);
+        const Change message(object, copy.get(), source);
         this->publish(message);
         if (!message.applied())
             LOG(ERROR) << "Model::View: the change of a " << typeid(T).name()
@@ -289,9 +262,6 @@ protected:
     }
 
 private:
-    template <class>
-    friend class Edit;
-
     std::map<const T*, std::unique_ptr<T>> m_records;
 };
 

@@ -50,17 +50,6 @@ bool Dispatcher::hasSubscribers(const std::type_index& messageType, const PubSub
     return !record.all.empty() || (source && record.perObject.contains(source));
 }
 
-std::deque<void*> Dispatcher::getSubscribers(const MessageBase& /*message*/, const std::type_index& messageType,
-                                             const PubSub::Object* source, const std::type_index& /*sourceType*/)
-{
-    std::deque<void*> result;
-    TypeRecord* record = typeRecord(messageType);
-    Delivery delivery(*record, source);
-    for (std::size_t i = 0; i < delivery.size(); ++i)
-        result.push_back(delivery.target(i));
-    return result;
-}
-
 std::uint64_t Dispatcher::addEntry(EntryList& list, SubscriberBase* base, void* self)
 {
     const std::uint64_t serial = m_nextSerial++;

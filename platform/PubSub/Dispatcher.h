@@ -120,11 +120,6 @@ private:
     Dispatcher();
     ~Dispatcher();
 
-    // The registered subscribers (their Details::Subscriber<T> parts) for that message type and
-    // source, in delivery order: subscribers of the source first, then those of every source.
-    std::deque<void*> getSubscribers(const MessageBase& message, const std::type_index& messageType,
-                                     const PubSub::Object* source, const std::type_index& sourceType);
-
     std::uint64_t addEntry(EntryList& list, SubscriberBase* base, void* self);
     bool removeEntry(EntryList& list, const SubscriberBase* base);
     // Appends a node to the list starting at `head` / unlinks the node of `base` from it.
@@ -133,7 +128,6 @@ private:
 
     friend class SubscriberBase;
     friend class Delivery;
-    friend struct DispatcherAccess; // for tests that inspect delivery order directly
 
     std::unordered_map<std::type_index, std::unique_ptr<TypeRecord>> m_types;
     std::vector<Node> m_nodes = std::vector<Node>(1); // node 0 stands for "none"

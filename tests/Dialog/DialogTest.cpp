@@ -18,7 +18,7 @@ using TestSupport::ModalDriver;
 
 namespace {
 
-QString S(const char* text) { return QString::fromUtf8(text); }
+using TestSupport::S;
 
 // What the user saw in an alert box.
 struct Seen

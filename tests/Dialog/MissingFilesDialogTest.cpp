@@ -5,6 +5,7 @@
 #include "FileDialogs.h"
 #include "ModalDriver.h"
 #include "TestFiles.h"
+#include "TestSupport.h"
 
 #include <QDir>
 #include <QFile>
@@ -23,7 +24,7 @@ using TestSupport::ModalDriver;
 
 namespace {
 
-QString S(const char* text) { return QString::fromUtf8(text); }
+using TestSupport::S;
 
 void touch(const QString& path) { ASSERT_TRUE(TestSupport::writeFile(path)) << path.toStdString(); }
 

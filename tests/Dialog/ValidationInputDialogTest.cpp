@@ -9,9 +9,11 @@
 
 #include <gtest/gtest.h>
 
+#include "TestSupport.h"
+
 namespace {
 
-QString S(const char* text) { return QString::fromUtf8(text); }
+using TestSupport::S;
 
 // Names of 1 to 8 letters.
 bool validName(const QString& text, QString& error)

@@ -1,7 +1,5 @@
 #include "NotingEditor.h"
 
-#include <QSignalSpy>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -37,17 +35,9 @@ protected:
 
 TEST_F(EditorTreeTest, AnEditorThatOverridesNothingStillPassesEveryStepOn)
 {
-    QSignalSpy loads(&passThrough, &AbstractEditor::load);
-    QSignalSpy applies(&passThrough, &AbstractEditor::apply);
-    QSignalSpy resets(&passThrough, &AbstractEditor::reset);
-
     emit root.load();
     emit root.apply();
     emit root.reset();
-
-    EXPECT_EQ(loads.count(), 1);
-    EXPECT_EQ(applies.count(), 1);
-    EXPECT_EQ(resets.count(), 1);
     EXPECT_THAT(journal, ElementsAre("panel loads", "leaf loads", "sibling loads", "panel applies", "leaf applies",
                                      "sibling applies", "panel resets", "leaf resets", "sibling resets"));
 }

@@ -94,7 +94,7 @@ TEST_F(ThumbnailTest, FramesOfSeveralTimesArriveInRequestOrderFromOneDecode)
     EXPECT_TRUE(Model::Registry::objectsOf<Thumbnail::Object>().empty()) << "answered requests leave no records";
 }
 
-TEST_F(ThumbnailTest, ALaterRequestForTheSamePictureIsServedWithoutDecodingAgain)
+TEST_F(ThumbnailTest, ALaterRequestIsServedWithoutDecodingAgainAndTheLatestFrameOfATimeIsKept)
 {
     auto requester = requesterOf(picture);
     requester->setSize(160, 90);
@@ -103,10 +103,16 @@ TEST_F(ThumbnailTest, ALaterRequestForTheSamePictureIsServedWithoutDecodingAgain
 
     requester->request({0, 1000});
     ASSERT_TRUE(waitForFrames(3));
-
     EXPECT_THAT(frameTimes(), ElementsAre(0, 0, 1000));
     EXPECT_EQ(service().decodeCount(), 1);
     EXPECT_EQ(service().pendingCount(), 0);
+
+    requester->setSize(QSize(32, 18));
+    requester->request(0);
+    ASSERT_TRUE(waitForFrames(4));
+    EXPECT_EQ(frames[3].second.size(), QSize(32, 18));
+    EXPECT_EQ(requester->previews().value(0).size(), QSize(32, 18));
+    EXPECT_EQ(requester->previews().keys(), QList<qint64>({0, 1000}));
 }
 
 TEST_F(ThumbnailTest, AnotherSizeIsAnotherDecodeAndFramesStillArriveInRequestOrder)
@@ -122,22 +128,6 @@ TEST_F(ThumbnailTest, AnotherSizeIsAnotherDecodeAndFramesStillArriveInRequestOrd
     EXPECT_EQ(frames[0].second.size(), QSize(160, 90));
     EXPECT_EQ(frames[1].second.size(), QSize(32, 18));
     EXPECT_EQ(service().decodeCount(), 2);
-}
-
-TEST_F(ThumbnailTest, TheLatestFrameOfATimeIsKept)
-{
-    auto requester = requesterOf(picture);
-    requester->setSize(160, 90);
-    requester->request(0);
-    ASSERT_TRUE(waitForFrames(1));
-
-    requester->setSize(QSize(32, 18));
-    requester->request(0);
-    ASSERT_TRUE(waitForFrames(2));
-
-    EXPECT_EQ(frames[1].second.size(), QSize(32, 18));
-    EXPECT_EQ(requester->previews().value(0).size(), QSize(32, 18));
-    EXPECT_EQ(requester->previews().size(), 1);
 }
 
 TEST_F(ThumbnailTest, WithoutASizeNothingIsAskedFor)

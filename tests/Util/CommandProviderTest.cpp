@@ -5,11 +5,13 @@
 
 #include <gtest/gtest.h>
 
+#include "TestSupport.h"
+
 #include <vector>
 
 namespace {
 
-QString S(const char* text) { return QString::fromUtf8(text); }
+using TestSupport::S;
 
 // Everything published to Command::globalObject(), in order, as "Name argument".
 class CommandLog : public PubSub::Subscriber<Command::OpenProject>,

@@ -8,9 +8,11 @@
 
 #include <gtest/gtest.h>
 
+#include "TestSupport.h"
+
 namespace {
 
-QString S(const char* text) { return QString::fromUtf8(text); }
+using TestSupport::S;
 
 QString describe(int code, int context)
 {

@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-QString S(const char* text) { return QString::fromUtf8(text); }
-} // namespace
+#include "TestSupport.h"
+
+using TestSupport::S;
 
 TEST(FontUtils, NamesWithStyleComeBeforeTheFamily)
 {

@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QString>
 #include <QUrl>
 
 #include <mutex>
@@ -11,6 +12,9 @@
 #include <vector>
 
 namespace TestSupport {
+
+// A QString from UTF-8 text, for the library's strict no-cast-from-ASCII builds.
+inline QString S(const char* text) { return QString::fromUtf8(text); }
 
 // Collects the glog lines written while it lives, so a test can assert that a caller's
 // mistake was reported (and that a correct call reported nothing).

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <Util/Editor/MessageView.h>
 #include <Util/EditorUtilExport.h>
 #include <Util/Interfaces/EditorModel.h>
+#include <Util/Preview/MessageView.h>
 
 #include <cstdint>
 #include <set>

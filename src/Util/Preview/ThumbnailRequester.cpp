@@ -1,6 +1,6 @@
 #include "ThumbnailRequester.h"
 
-#include <Util/Editor/MessageView.h>
+#include <Util/Preview/MessageView.h>
 
 #include <QPointer>
 

@@ -3,8 +3,6 @@
 
 #include <Util/Editor/ModelEditor.h>
 
-#include <QSignalSpy>
-
 #include <gmock/gmock.h>
 
 #include <memory>
@@ -69,26 +67,6 @@ TEST_F(EditSessionTest, ApplyingOrResettingRunsTheTreeBeforeTheSessionEnds)
 
     EXPECT_THAT(journal,
                 ElementsAre("settings resets", "preview resets", "preview part resets", "state active -> idle"));
-}
-
-TEST_F(EditSessionTest, StateChangesCarryTheNewStateFirst)
-{
-    QSignalSpy spy(root.get(), &ModelEditor::editorStateChanged);
-    const Editor::Object* seenFrom = nullptr;
-    bool fromWasIdle = false;
-    QObject::connect(root.get(), &ModelEditor::editorStateChanged, &listenerContext,
-                     [&](const Editor::Object*, const Editor::Object* from) {
-                         seenFrom = from;
-                         fromWasIdle = !from->active && from->clip == nullptr;
-                     });
-
-    host.beginSession(timeline, clip);
-
-    ASSERT_EQ(spy.count(), 1);
-    EXPECT_EQ(spy.at(0).at(0).value<const Editor::Object*>(), host.editor());
-    EXPECT_NE(seenFrom, host.editor());
-    EXPECT_TRUE(fromWasIdle);
-    EXPECT_EQ(host.editor()->clip, clip);
 }
 
 TEST_F(EditSessionTest, AnEditPositionIsAStateChange)

@@ -7,20 +7,10 @@
 
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <stdexcept>
 #include <string>
 #include <vector>
-
-namespace PubSub::Details {
-// Reaches the dispatcher's private subscriber list, to check it against what deliveries do.
-struct DispatcherAccess
-{
-    static std::deque<void*> subscribers(const MessageBase& message, const PubSub::Object* source)
-    {
-        return Dispatcher::instance().getSubscribers(message, typeid(message), source, typeid(*source));
-    }
-};
-} // namespace PubSub::Details
 
 namespace {
 
@@ -130,18 +120,6 @@ TEST_F(PubSubTest, UnsubscribingKeepsTheOrderOfTheOthersAndResubscribingGoesLast
         log, ElementsAre("first:ping1", "third:ping1", "third:ping2", "second:ping2", "second:ping3", "first:ping3"));
 }
 
-TEST_F(PubSubTest, DispatcherListsTheSubscriberPartsInDeliveryOrder)
-{
-    Listener first("first", log), second("second", log);
-    first.subscribe(&a);
-    second.subscribe(&a);
-    const Ping ping(&a, 1);
-    EXPECT_THAT(PubSub::Details::DispatcherAccess::subscribers(ping, &a),
-                ElementsAre(static_cast<PubSub::Details::Subscriber<Ping>*>(&first),
-                            static_cast<PubSub::Details::Subscriber<Ping>*>(&second)));
-    EXPECT_THAT(PubSub::Details::DispatcherAccess::subscribers(ping, &b), IsEmpty());
-}
-
 TEST_F(PubSubTest, SubscriptionStateFollowsSubscribeAndUnsubscribe)
 {
     Listener listener("l", log);
@@ -179,66 +157,62 @@ TEST_F(PubSubTest, SubscribeAllReceivesEveryObjectOfThatMessageTypeOnce)
     EXPECT_THAT(log, ElementsAre("all:ping4", "own:ping4"));
 }
 
-TEST_F(PubSubTest, UnsubscribingDuringDeliveryIsNeverCalledAfterwards)
+// What the first of three subscribers of `a` does to the others, to itself or to a fourth, not
+// yet subscribed, while its first message is being delivered; two messages are sent.
+struct ReentryCase
 {
-    Listener first("first", log), second("second", log), third("third", log);
-    first.subscribe(&a);
-    second.subscribe(&a);
-    third.subscribe(&a);
-    first.onPing = [&](const Ping&) { third.unsubscribe(&a); };
+    const char* name;
+    std::function<void(std::unique_ptr<Listener>* listeners, Record& a)> act;
+    std::vector<std::string> log;
+};
 
-    sender.publish(Ping(&a, 1));
-    EXPECT_THAT(log, ElementsAre("first:ping1", "second:ping1"));
-}
+void PrintTo(const ReentryCase& row, std::ostream* out) { *out << row.name; }
 
-TEST_F(PubSubTest, SubscriberDestroyedDuringDeliveryIsNeverCalled)
+class PubSubReentryTest : public PubSubTest, public ::testing::WithParamInterface<ReentryCase>
 {
-    auto doomed = std::make_unique<Listener>("doomed", log);
-    Listener killer("killer", log), last("last", log);
-    killer.subscribe(&a);
-    doomed->subscribe(&a);
-    last.subscribe(&a);
-    killer.onPing = [&](const Ping&) { doomed.reset(); };
+};
 
-    sender.publish(Ping(&a, 1));
-    EXPECT_THAT(log, ElementsAre("killer:ping1", "last:ping1"));
-}
-
-TEST_F(PubSubTest, SubscriberDestroyingItselfStopsOnlyItsOwnCalls)
+TEST_P(PubSubReentryTest, DeliveryHonoursChangesMadeDuringIt)
 {
-    auto self = std::make_unique<Listener>("self", log);
-    Listener after("after", log);
-    self->subscribe(&a);
-    after.subscribe(&a);
-    self->onPing = [&](const Ping&) { self.reset(); };
-    sender.publish(Ping(&a, 1));
-    sender.publish(Ping(&a, 2));
-    EXPECT_THAT(log, ElementsAre("self:ping1", "after:ping1", "after:ping2"));
-}
-
-TEST_F(PubSubTest, SubscribingDuringDeliveryWaitsForTheNextMessage)
-{
-    Listener first("first", log), late("late", log);
-    first.subscribe(&a);
-    first.onPing = [&](const Ping&) { late.subscribe(&a); };
-    sender.publish(Ping(&a, 1));
-    EXPECT_THAT(log, ElementsAre("first:ping1"));
-    sender.publish(Ping(&a, 2));
-    EXPECT_THAT(log, ElementsAre("first:ping1", "first:ping2", "late:ping2"));
-}
-
-TEST_F(PubSubTest, ResubscribingDuringDeliveryDoesNotRestoreTheMessageInFlight)
-{
-    Listener first("first", log), second("second", log);
-    first.subscribe(&a);
-    second.subscribe(&a);
-    first.onPing = [&](const Ping&) {
-        second.unsubscribe(&a);
-        second.subscribe(&a);
+    std::unique_ptr<Listener> listeners[4];
+    const char* names[] = {"first", "second", "third", "late"};
+    for (int i = 0; i < 4; ++i) {
+        listeners[i] = std::make_unique<Listener>(names[i], log);
+        if (i < 3)
+            listeners[i]->subscribe(&a);
+    }
+    listeners[0]->onPing = [&](const Ping& p) {
+        if (p.number == 1)
+            GetParam().act(listeners, a);
     };
     sender.publish(Ping(&a, 1));
-    EXPECT_THAT(log, ElementsAre("first:ping1"));
+    sender.publish(Ping(&a, 2));
+    EXPECT_EQ(log, GetParam().log);
 }
+
+using L = std::unique_ptr<Listener>;
+INSTANTIATE_TEST_SUITE_P(
+    Reentry, PubSubReentryTest,
+    ::testing::Values(ReentryCase{"unsubscribed_one_is_never_called_afterwards",
+                                  [](L* l, Record& a) { l[2]->unsubscribe(&a); },
+                                  {"first:ping1", "second:ping1", "first:ping2", "second:ping2"}},
+                      ReentryCase{"destroyed_one_is_never_called",
+                                  [](L* l, Record&) { l[1].reset(); },
+                                  {"first:ping1", "third:ping1", "first:ping2", "third:ping2"}},
+                      ReentryCase{"destroying_itself_stops_only_its_own_calls",
+                                  [](L* l, Record&) { l[0].reset(); },
+                                  {"first:ping1", "second:ping1", "third:ping1", "second:ping2", "third:ping2"}},
+                      ReentryCase{"new_subscriber_waits_for_the_next_message",
+                                  [](L* l, Record& a) { l[3]->subscribe(&a); },
+                                  {"first:ping1", "second:ping1", "third:ping1", "first:ping2", "second:ping2",
+                                   "third:ping2", "late:ping2"}},
+                      ReentryCase{"resubscribed_one_misses_the_message_in_flight",
+                                  [](L* l, Record& a) {
+                                      l[1]->unsubscribe(&a);
+                                      l[1]->subscribe(&a);
+                                  },
+                                  {"first:ping1", "third:ping1", "first:ping2", "third:ping2", "second:ping2"}}),
+    [](const ::testing::TestParamInfo<ReentryCase>& info) { return std::string(info.param.name); });
 
 TEST_F(PubSubTest, ThrowingSubscriberStopsTheDeliveryAndLeavesTheBusUsable)
 {

@@ -22,35 +22,11 @@ template <class T>
 class View : public Message::Types::Participant<T>
 {
 public:
-    // A short-lived edit: the view, the record (null for a new one) and a working copy of its
-    // value. Write fields through -> or *; the destructor commits: a change of the named record,
-    // or the addition of the copy as a new record of the view.
-    class SetterChain
-    {
-    public:
-        SetterChain(SetterChain&& other) noexcept;
-        SetterChain(const SetterChain&) = delete;
-        SetterChain& operator=(const SetterChain&) = delete;
-        SetterChain& operator=(SetterChain&&) = delete;
-        ~SetterChain();
-
-        // The working copy. A refused chain (a null record given to add or own) has one too, and
-        // drops what is written to it.
-        T* operator->() const noexcept { return m_copy.get(); }
-        T& operator*() const noexcept { return *m_copy; }
-        T* get() const noexcept { return m_copy.get(); }
-        const T* object() const noexcept { return m_object; }
-
-    private:
-        friend class View;
-        SetterChain(View* view, const T* object, std::unique_ptr<T> copy, bool owned);
-
-        View* m_view;
-        const T* m_object;
-        const PubSub::Object* m_source; // the record's bus object, taken while it surely lives
-        std::unique_ptr<T> m_copy;
-        bool m_owned;
-    };
+    // A short-lived edit: the record (null for a new one) and a working copy of its value. Write
+    // fields through -> or *; the destructor commits: a change of the named record, or the
+    // addition of the copy as a new record of the view. A refused chain (a null record given to
+    // add or own) has a copy too, and drops what is written to it.
+    using SetterChain = Model::WorkingCopy<T, View>;
 
     explicit View(const T* object = nullptr);
     View(const View&) = delete;
@@ -106,41 +82,16 @@ protected:
     void notify(const Message::Types::Removed<T>& message) override;
 
 private:
+    friend SetterChain;
+    bool commitCopy(const T* object, std::unique_ptr<T>& copy, const PubSub::Object* source);
     T* ownedPtr(const T* object) const;
     bool doChange(const T* object, T* requested, const PubSub::Object* source);
-    void doAdd(T* object, bool owned);
+    void doAdd(T* object);
     void doRemove(const T* object);
 
     const T* m_object;
     std::map<const T*, std::unique_ptr<T>> m_objects;
 };
-
-// --- SetterChain ---------------------------------------------------------------------------------
-
-template <class T>
-View<T>::SetterChain::SetterChain(View* view, const T* object, std::unique_ptr<T> copy, bool owned)
-    : m_view(view), m_object(object), m_source(object), m_copy(std::move(copy)), m_owned(owned)
-{}
-
-template <class T>
-View<T>::SetterChain::SetterChain(SetterChain&& other) noexcept
-    : m_view(std::exchange(other.m_view, nullptr)),
-      m_object(other.m_object),
-      m_source(other.m_source),
-      m_copy(std::move(other.m_copy)),
-      m_owned(other.m_owned)
-{}
-
-template <class T>
-View<T>::SetterChain::~SetterChain()
-{
-    if (!m_view || !m_copy)
-        return;
-    if (m_object)
-        m_view->doChange(m_object, m_copy.get(), m_source);
-    else
-        m_view->doAdd(m_copy.release(), m_owned);
-}
 
 // --- View ------------------------------------------------------------------------------------------
 
@@ -228,7 +179,7 @@ typename View<T>::SetterChain View<T>::own(T* object)
 {
     if (!object)
         LOG(ERROR) << "Message::View::own: null object";
-    return SetterChain(object ? this : nullptr, nullptr, std::unique_ptr<T>(object ? object : new T()), true);
+    return SetterChain(object ? this : nullptr, nullptr, std::unique_ptr<T>(object ? object : new T()));
 }
 
 template <class T>
@@ -236,13 +187,13 @@ typename View<T>::SetterChain View<T>::add(T* object)
 {
     if (!object)
         LOG(ERROR) << "Message::View::add: null object";
-    return SetterChain(object ? this : nullptr, nullptr, std::unique_ptr<T>(object ? object : new T()), true);
+    return SetterChain(object ? this : nullptr, nullptr, std::unique_ptr<T>(object ? object : new T()));
 }
 
 template <class T>
 typename View<T>::SetterChain View<T>::change(const T* object)
 {
-    return SetterChain(this, object, std::make_unique<T>(object ? T(*object) : T()), true);
+    return SetterChain(this, object, std::make_unique<T>(object ? T(*object) : T()));
 }
 
 template <class T>
@@ -363,14 +314,22 @@ bool View<T>::doChange(const T* object, T* requested, const PubSub::Object* sour
 }
 
 template <class T>
-void View<T>::doAdd(T* object, bool owned)
+bool View<T>::commitCopy(const T* object, std::unique_ptr<T>& copy, const PubSub::Object* source)
 {
-    m_objects[object].reset(owned ? object : nullptr);
+    if (object)
+        return doChange(object, copy.get(), source);
+    doAdd(copy.release());
+    return true;
+}
+
+template <class T>
+void View<T>::doAdd(T* object)
+{
+    m_objects[object].reset(object);
     if (!m_object)
         m_object = object;
     this->subscribe(object);
-    if (owned)
-        Model::Registry::enter(typeid(T), object);
+    Model::Registry::enter(typeid(T), object);
     added(object);
     this->publish(Message::Types::Added<T>(object));
 }
@@ -399,7 +358,7 @@ void View<T>::notify(const Message::Types::Add<T>& message)
     if (!object || !message.take())
         return;
     addRequested(object);
-    doAdd(object, true);
+    doAdd(object);
 }
 
 template <class T>

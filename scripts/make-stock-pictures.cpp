@@ -1,8 +1,8 @@
 // Draws the stock pictures that previews of effects, transitions, titles, callouts,
 // quizzes, pan-and-zoom and animations are shown on, and writes them as PNG files.
-// The pictures are committed beside this file; rebuild them after changing a drawing:
+// The pictures are committed in share/EditorUtil/preview; rebuild them after changing a drawing:
 //
-//   g++ -std=c++17 -fPIC make-stock-pictures.cpp -o /tmp/make-stock-pictures \
+//   g++ -std=c++17 -fPIC scripts/make-stock-pictures.cpp -o /tmp/make-stock-pictures \
 //       $(pkg-config --cflags --libs Qt5Gui)
 //   QT_QPA_PLATFORM=offscreen /tmp/make-stock-pictures share/EditorUtil/preview
 
