@@ -1,16 +1,26 @@
 #pragma once
 
+#include <Util/Editor/ClipAdjustmentsProvider.h>
+#include <Util/Interfaces/DQtUtil.h>
 #include <Util/Interfaces/EditorModel.h>
 
 #include <QGroupBox>
+#include <QImage>
 #include <QLabel>
 
+#include <functional>
 #include <map>
+#include <memory>
 #include <string>
+#include <vector>
 
 class QCheckBox;
+class QComboBox;
 class QDoubleSpinBox;
 class QFormLayout;
+class QTreeWidget;
+class QUndoStack;
+class CompositionProvider;
 
 namespace Util {
 class ThumbnailRequester;
@@ -19,7 +29,8 @@ class ThumbnailRequester;
 namespace Sandbox {
 
 // The preview: the frame under the playhead (the overlay track over the main track), drawn
-// by the model's thumbnail service, with the clip's name and the time below it.
+// by the model's thumbnail service, with the clip's name and the time below it; or, while the
+// browser of effects and presets holds the player, the picture of the item chosen there.
 class PreviewPanel : public QWidget
 {
     Q_OBJECT
@@ -32,16 +43,22 @@ public:
     ~PreviewPanel() override;
 
     void showFrame(const Timeline::Object* timeline, Types::Time position);
-    // The clip shown, or null when nothing is under the playhead.
+    // Shows a still picture instead of the timeline (a preview of an effect or a preset).
+    void showPicture(const QImage& picture, const QString& caption);
+    // The clip shown, or null when nothing is under the playhead (or a picture is shown).
     const Timeline::Clip* shownClip() const { return m_clip; }
     // Whether the frame asked for last has arrived.
     bool frameShown() const { return m_shown; }
+    bool showsPicture() const { return m_showsPicture; }
     const QPixmap* picture() const;
+    // A line above the frame saying who uses the player.
+    void setNote(const QString& note);
 
 Q_SIGNALS:
     void frameArrived();
 
 private:
+    QLabel* m_note;
     QLabel* m_picture;
     QLabel* m_caption;
     std::map<std::string, Util::ThumbnailRequester*> m_requesters;
@@ -49,31 +66,74 @@ private:
     std::string m_wantedResource;
     qint64 m_wantedTime = -1;
     bool m_shown = false;
+    bool m_showsPicture = false;
 };
 
-// The selected clip: what it shows, where it stands, and the adjustments the timeline keeps
-// for it (speed, direction).
+// The effects, filters, transitions, titles, callouts, quizzes, pan-and-zoom and animation
+// presets, each kind with its preview provider. Choosing an item takes the player: the item
+// becomes its provider's target and the player gives the preview its composition, upon which
+// the provider asks for a (re)start and the preview's picture is drawn on the stock picture.
+// Whoever takes the player next ends the preview (the composition goes).
+class PreviewBrowser : public QWidget
+{
+    Q_OBJECT
+
+public:
+    PreviewBrowser(ExclusiveService& player, QWidget* parent = nullptr);
+    ~PreviewBrowser() override;
+
+    QTreeWidget* list() const { return m_list; }
+    // Chooses item `index` of the kind named `kind` ("Effects", "Colour filters", ...).
+    bool choose(const QString& kind, int index);
+    ExclusiveClient* client() const { return m_client; }
+
+Q_SIGNALS:
+    void pictureReady(const QImage& picture, const QString& caption);
+
+private:
+    struct Kind;
+    template <class X, class Provider>
+    void addKind(const QString& name, Provider* provider,
+                 std::vector<std::pair<QString, std::shared_ptr<const X>>> items, std::int64_t position = 0);
+    void chosen(int kind, int index);
+
+    QTreeWidget* m_list;
+    ExclusiveClient* m_client;
+    Composition::Object m_composition;
+    std::vector<std::unique_ptr<Kind>> m_kinds;
+    std::function<void()> m_endPreview;
+    QString m_caption;
+};
+
+// The selected clip: what it shows, where it stands, and its adjustments (normalization,
+// direction, speed, stabilization, colour filter) through the library's adjustments provider:
+// each change is one command of `undo`, entries that do not apply are disabled with the
+// reason, and a refused value is put back with the provider's message below.
 class ClipPanel : public QGroupBox
 {
     Q_OBJECT
 
 public:
-    ClipPanel(Model::Host& host, QWidget* parent = nullptr);
+    ClipPanel(QUndoStack& undo, QWidget* parent = nullptr);
     void setClip(const Timeline::Object* timeline, const Timeline::Clip* clip);
+    ClipAdjustmentsProvider& adjustments() { return m_adjustments; }
+    QString message() const { return m_message->text(); }
 
 private:
     void refresh();
 
-    Model::Host& m_host;
-    const Timeline::Object* m_timeline = nullptr;
-    const Timeline::Clip* m_clip = nullptr;
+    ClipAdjustmentsProvider m_adjustments;
     QFormLayout* m_form;
     QLabel* m_name;
     QLabel* m_media;
     QLabel* m_place;
     QLabel* m_format;
-    QDoubleSpinBox* m_speed;
     QCheckBox* m_reversed;
+    QDoubleSpinBox* m_speed;
+    QCheckBox* m_normalized;
+    QCheckBox* m_stabilized;
+    QComboBox* m_filter;
+    QLabel* m_message;
     bool m_refreshing = false;
 };
 

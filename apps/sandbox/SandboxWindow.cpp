@@ -6,6 +6,9 @@
 #include "TimelineView.h"
 
 #include <Util/Dialog/Dialog.h>
+#include <Util/Editor/EditPlaybackTracker.h>
+#include <Util/Editor/ModelEditor.h>
+#include <Util/Editor/PlayerEditor.h>
 #include <Util/Filesystem.h>
 #include <Util/Format.h>
 #include <Util/Import/TimelineFileOpenHandler.h>
@@ -31,11 +34,29 @@ namespace Sandbox {
 
 namespace {
 
-constexpr Types::Time playStep = 40 * Types::TimeUnitsPerMillisecond;
-
 QString fileName(const Media::File* file) { return QFileInfo(file->path().toQString()).fileName(); }
 
 } // namespace
+
+// Follows the player: where it is, and when it stops.
+class SandboxWindow::PlaybackWatch : public Playback::View
+{
+public:
+    std::function<void(Types::Time)> moved;
+    std::function<void()> stopped;
+
+private:
+    void playbackStopped(const Playback::Object* object) override
+    {
+        positionChanged(object);
+        stopped();
+    }
+    void positionChanged(const Playback::Object* object) override
+    {
+        if (const Playback::State* state = object->state())
+            moved(state->position);
+    }
+};
 
 struct SandboxWindow::Import
 {
@@ -53,12 +74,19 @@ SandboxWindow::SandboxWindow(QWidget* parent) : QMainWindow(parent)
     m_bin = new BinView(this);
     m_timeline = new TimelineView(m_host, this);
     m_preview = new PreviewPanel(this);
-    m_clipPanel = new ClipPanel(m_host, this);
+    m_clipPanel = new ClipPanel(m_undo, this);
+    m_browser = new PreviewBrowser(m_player, this);
+    m_timelineClient = new ExclusiveClient(&m_player, this);
+    m_sessionClient = new ExclusiveClient(&m_player, this);
+    buildEditors();
 
     auto* top = new QSplitter(Qt::Horizontal, this);
     top->addWidget(m_bin);
     top->addWidget(m_preview);
-    top->addWidget(m_clipPanel);
+    auto* side = new QSplitter(Qt::Vertical, this);
+    side->addWidget(m_clipPanel);
+    side->addWidget(m_browser);
+    top->addWidget(side);
     top->setStretchFactor(0, 2);
     top->setStretchFactor(1, 3);
     top->setStretchFactor(2, 2);
@@ -74,14 +102,33 @@ SandboxWindow::SandboxWindow(QWidget* parent) : QMainWindow(parent)
 
     connect(m_timeline, &TimelineView::filesDropped, this, &SandboxWindow::placeDropped);
     connect(m_bin, &BinView::filesDropped, this, [this](const QStringList& paths) { importFiles(paths); });
-    connect(m_timeline, &TimelineView::selectionChanged, this,
-            [this](const Timeline::Clip* clip) { m_clipPanel->setClip(m_project, clip); });
-    connect(m_timeline, &TimelineView::playheadMoved, this,
-            [this](Types::Time time) { m_preview->showFrame(m_project, time); });
+    connect(m_timeline, &TimelineView::selectionChanged, this, [this](const Timeline::Clip* clip) {
+        m_clipPanel->setClip(m_project, clip);
+        selectForEditing(clip);
+    });
+    connect(m_timeline, &TimelineView::playheadMoved, this, [this](Types::Time time) {
+        if (!m_following) {
+            // Moved by the user: the timeline takes the player back from a preview, and the
+            // player seeks there.
+            if (m_player.holder() == m_browser->client())
+                m_timelineClient->acquire();
+            m_tracker->seekTo(time);
+        }
+        showPlayer();
+    });
+    connect(m_browser, &PreviewBrowser::pictureReady, this, [this](const QImage& picture, const QString& caption) {
+        m_preview->showPicture(picture, caption);
+        m_preview->setNote(tr("Preview on the stock picture"));
+    });
+    connect(m_timelineClient, &ExclusiveClient::released, this, [this] {
+        if (m_playing)
+            stop();
+    });
+    connect(&m_player, &ExclusiveService::acquired, this, [this] { showPlayer(); });
     connect(m_timeline, &TimelineView::timelineChanged, this, [this] {
         m_modified = true;
         m_clipPanel->setClip(m_project, m_timeline->selectedClip());
-        m_preview->showFrame(m_project, m_timeline->playhead());
+        showPlayer();
         updateTitle();
         updateStatus();
     });
@@ -96,8 +143,6 @@ SandboxWindow::SandboxWindow(QWidget* parent) : QMainWindow(parent)
                          snapped ? tr(", snapped to an edge") : QString()),
                 5000);
     });
-    m_playTimer.setInterval(40);
-    connect(&m_playTimer, &QTimer::timeout, this, &SandboxWindow::tick);
     m_autosaveTimer.setInterval(2 * 60 * 1000);
     connect(&m_autosaveTimer, &QTimer::timeout, this, [this] {
         if (m_modified)
@@ -111,7 +156,10 @@ SandboxWindow::SandboxWindow(QWidget* parent) : QMainWindow(parent)
 
 SandboxWindow::~SandboxWindow()
 {
-    m_playTimer.stop();
+    // The player's users go quietly: nothing is shown or stopped on a closing window.
+    disconnect(m_timelineClient, nullptr, this, nullptr);
+    disconnect(&m_player, nullptr, this, nullptr);
+    m_playbackWatch.reset();
     m_imports.clear();
     m_projectFiles.reset();
     m_engine.cancelAll();
@@ -151,6 +199,13 @@ void SandboxWindow::buildMenus()
         QKeySequence(Qt::CTRL | Qt::Key_I));
     file->addSeparator();
     file->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence::Quit);
+    QMenu* edit = menuBar()->addMenu(tr("&Edit"));
+    QAction* undo = m_undo.createUndoAction(this, tr("&Undo"));
+    undo->setShortcut(QKeySequence::Undo);
+    edit->addAction(undo);
+    QAction* redo = m_undo.createRedoAction(this, tr("&Redo"));
+    redo->setShortcut(QKeySequence::Redo);
+    edit->addAction(redo);
     QMenu* playback = menuBar()->addMenu(tr("&Playback"));
     playback->addAction(tr("&Play to the Clip's Edge"), this, &SandboxWindow::play, QKeySequence(Qt::Key_Space));
     playback->addAction(tr("&Stop"), this, &SandboxWindow::stop);
@@ -169,14 +224,83 @@ void SandboxWindow::fillRecentMenu()
     }
 }
 
+void SandboxWindow::buildEditors()
+{
+    // The edit session of the selected clip: the panel's root editor (the model's worker), and
+    // below it the PlayerEditor whose client holds the session's view of the player while the
+    // session's own client holds the preview's player.
+    m_clipEditor = std::make_unique<ModelEditor>(
+        [](const std::set<const Timeline::Clip*>& clips, const Timeline::Object* timeline) {
+            return timeline && !clips.empty()
+                   && std::all_of(clips.begin(), clips.end(), [timeline](auto* c) { return timeline->contains(c); });
+        },
+        nullptr);
+    m_playerEditor = std::make_unique<PlayerEditor>(*m_clipEditor, m_host.editor(), m_sessionClient);
+    m_playerEditor->setPlayerService(&m_sessionPlayer);
+    connect(m_clipEditor.get(), &AbstractEditor::load, this, [this] {
+        if (!m_host.editor()->canEdit())
+            return;
+        m_sessionClient->acquire();
+        m_playerEditor->playerClient()->acquire();
+    });
+    // Follows the player while the clip is edited: playback ends the session's hold, and
+    // playback running across the clip's end stops on that edge.
+    m_tracker = std::make_unique<EditPlaybackTracker>(
+        m_playerEditor->playerClient(), m_playerEditor.get(), m_host.editor(),
+        [this]() -> const Timeline::Clip* { return m_host.editor()->canEdit() ? m_host.editor()->clip : nullptr; },
+        nullptr);
+    m_tracker->setPlayback(m_host.playback());
+    m_tracker->setStopAtClipEdge(true);
+
+    m_clock = std::make_unique<Model::PlaybackClock>(m_host);
+    m_playbackWatch = std::make_unique<PlaybackWatch>();
+    m_playbackWatch->moved = [this](Types::Time position) { playbackMoved(position); };
+    m_playbackWatch->stopped = [this] { playbackEnded(); };
+    m_playbackWatch->observe(m_host.playback());
+}
+
+void SandboxWindow::selectForEditing(const Timeline::Clip* clip)
+{
+    if (m_host.editor()->active)
+        m_host.applySession();
+    if (!clip || !m_project || !m_project->contains(clip)) {
+        m_sessionClient->finalize();
+        showPlayer();
+        return;
+    }
+    // Loading the session takes the player (see buildEditors).
+    m_host.beginSession(m_project, clip);
+    showPlayer();
+}
+
+void SandboxWindow::showPlayer()
+{
+    ExclusiveClient* holder = m_player.holder();
+    if (holder && holder == m_browser->client())
+        return; // the browser's picture stays until somebody takes the player
+    m_preview->showFrame(m_project, m_timeline->playhead());
+    const Editor::Object* session = m_host.editor();
+    if (holder == m_sessionClient && session->canEdit())
+        m_preview->setNote(tr("Editing %1").arg(session->clip->name().toQString()));
+    else
+        m_preview->setNote(m_playing ? tr("Playing the timeline") : tr("Timeline"));
+}
+
 void SandboxWindow::setProjectTimeline(const Timeline::Object* timeline)
 {
     stop();
+    if (m_host.editor()->active)
+        m_host.applySession();
+    m_sessionClient->finalize();
+    // A project opens on the timeline: a preview shown meanwhile ends.
+    if (m_timelineClient->acquire())
+        m_timelineClient->finalize();
+    m_undo.clear();
     m_project = timeline;
     m_host.setPlaybackTimeline(timeline);
     m_timeline->setTimeline(timeline);
     m_timeline->setPlayhead(0);
-    m_preview->showFrame(m_project, 0);
+    showPlayer();
     m_clipPanel->setClip(m_project, nullptr);
 }
 
@@ -396,7 +520,7 @@ void SandboxWindow::checkLoaded()
     for (const Media::File* file : m_loadingBin)
         m_bin->addFile(file);
     m_loadingBin.clear();
-    m_preview->showFrame(m_project, m_timeline->playhead());
+    showPlayer();
     updateStatus();
     statusBar()->showMessage(tr("Opened %1").arg(m_loadingPath), 8000);
     emit projectLoaded(m_loadingPath);
@@ -439,37 +563,46 @@ void SandboxWindow::buildSampleProject(const QString& folder, std::function<void
 
 void SandboxWindow::play()
 {
-    if (!m_project)
+    if (!m_project || m_playing)
         return;
     const Types::Time at = m_timeline->playhead();
-    const Timeline::Clip* clip = m_timeline->selectedClip();
-    m_playUntil =
-        clip && at < m_project->clipTiming(clip).end() ? m_project->clipTiming(clip).end() : m_project->duration();
-    if (at >= m_playUntil)
+    if (at >= m_project->duration())
         return;
+    // The timeline takes the player (the clip's session lets it go); the player's clock moves
+    // it and the tracker stops it on the edited clip's end edge.
+    m_timelineClient->acquire();
+    m_playing = true;
     m_host.setPlaybackCode(Playback::State::Playing);
-    m_playTimer.start();
-    statusBar()->showMessage(tr("Playing to %1").arg(Format::timeMs(m_playUntil / Types::TimeUnitsPerMillisecond)));
+    const Editor::Object* session = m_host.editor();
+    statusBar()->showMessage(session->canEdit() && at < m_project->clipTiming(session->clip).end()
+                                 ? tr("Playing to the end of %1").arg(session->clip->name().toQString())
+                                 : tr("Playing to the end of the timeline"));
+    showPlayer();
 }
 
 void SandboxWindow::stop()
 {
-    if (!m_playTimer.isActive())
-        return;
-    m_playTimer.stop();
-    m_host.setPlaybackCode(Playback::State::Stopped);
-    const Types::Time at = m_timeline->playhead();
-    statusBar()->showMessage(tr("Stopped at %1").arg(Format::timeMs(at / Types::TimeUnitsPerMillisecond)), 8000);
-    emit playbackStopped(at);
+    if (m_playing)
+        m_host.setPlaybackCode(Playback::State::Stopped);
 }
 
-void SandboxWindow::tick()
+void SandboxWindow::playbackMoved(Types::Time position)
 {
-    const Types::Time next = std::min(m_timeline->playhead() + playStep, m_playUntil);
-    m_timeline->setPlayhead(next);
-    m_host.setPlaybackPosition(next);
-    if (next >= m_playUntil)
-        stop();
+    m_following = true;
+    m_timeline->setPlayhead(position);
+    m_following = false;
+}
+
+void SandboxWindow::playbackEnded()
+{
+    if (!m_playing)
+        return;
+    m_playing = false;
+    m_timelineClient->finalize();
+    const Types::Time at = m_timeline->playhead();
+    statusBar()->showMessage(tr("Stopped at %1").arg(Format::timeMs(at / Types::TimeUnitsPerMillisecond)), 8000);
+    showPlayer();
+    emit playbackStopped(at);
 }
 
 void SandboxWindow::updateTitle()

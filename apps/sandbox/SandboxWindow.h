@@ -1,12 +1,15 @@
 #pragma once
 
+#include <Util/Interfaces/DQtUtil.h>
 #include <Util/Interfaces/EditorModel.h>
 #include <Util/Project.h>
 
+#include <EditorModel/PlaybackClock.h>
 #include <MediaEngine/Engine.h>
 
 #include <QMainWindow>
 #include <QTimer>
+#include <QUndoStack>
 
 #include <functional>
 #include <map>
@@ -15,19 +18,27 @@
 
 class QLabel;
 class QMenu;
+class EditPlaybackTracker;
+class ModelEditor;
+class PlayerEditor;
 class TimelineFileOpenHandler;
 
 namespace Sandbox {
 
 class BinView;
 class ClipPanel;
+class PreviewBrowser;
 class PreviewPanel;
 class TimelineView;
 
 // The sandbox editor's window: media bin, preview, clip panel, timeline and status line over
 // one model whose files the media engine opens. It only wires the library's parts: imports go
 // through a shadow change and a file-open handler, projects through Project, lost files
-// through the missing-files search, questions through the dialog strategy.
+// through the missing-files search, questions through the dialog strategy. The preview's player
+// is used by one editor at a time: the timeline (showing and playing it), the edit session of
+// the selected clip (a PlayerEditor with an EditPlaybackTracker that stops playback on the
+// clip's end edge) or the browser of effects and presets; whoever takes it ends the others'
+// use, and playback with it.
 class SandboxWindow : public QMainWindow, private Media::View<Media::File>
 {
     Q_OBJECT
@@ -41,6 +52,13 @@ public:
     TimelineView* timeline() const { return m_timeline; }
     PreviewPanel* preview() const { return m_preview; }
     ClipPanel* clipPanel() const { return m_clipPanel; }
+    PreviewBrowser* browser() const { return m_browser; }
+    QUndoStack& undoStack() { return m_undo; }
+    // The preview's player, and the clients of the timeline and of the clip's edit session.
+    ExclusiveService& player() { return m_player; }
+    ExclusiveClient* timelineClient() const { return m_timelineClient; }
+    ExclusiveClient* sessionClient() const { return m_sessionClient; }
+    const PlayerEditor* playerEditor() const { return m_playerEditor.get(); }
     const Timeline::Object* projectTimeline() const { return m_project; }
 
     // Imports files into the bin (asynchronously); `done` gets the files that opened. The
@@ -68,7 +86,7 @@ public:
     // Plays from the playhead to the selected clip's end edge (or the timeline's end).
     void play();
     void stop();
-    bool playing() const { return m_playTimer.isActive(); }
+    bool playing() const { return m_playing; }
 
 Q_SIGNALS:
     void importFinished(int opened, int failed);
@@ -77,8 +95,14 @@ Q_SIGNALS:
 
 private:
     struct Import;
+    class PlaybackWatch;
 
     void buildMenus();
+    void buildEditors();
+    void selectForEditing(const Timeline::Clip* clip);
+    void playbackMoved(Types::Time position);
+    void playbackEnded();
+    void showPlayer();
     void setProjectTimeline(const Timeline::Object* timeline);
     void placeDropped(const QStringList& paths, Types::Time time, const Timeline::Track* track);
     void finishImport(Import* import);
@@ -86,7 +110,6 @@ private:
     void fileOpened(const Media::File* file) override;
     void fileFailed(const Media::File* file) override;
     void checkLoaded();
-    void tick();
     void updateTitle();
     void updateStatus();
     void fillRecentMenu();
@@ -104,6 +127,7 @@ private:
     BinView* m_bin;
     TimelineView* m_timeline;
     PreviewPanel* m_preview;
+    PreviewBrowser* m_browser;
     ClipPanel* m_clipPanel;
     QLabel* m_summary;
     QMenu* m_recentMenu = nullptr;
@@ -112,8 +136,20 @@ private:
     QString m_projectName;
     bool m_modified = false;
     QTimer m_autosaveTimer;
-    QTimer m_playTimer;
-    Types::Time m_playUntil = 0;
+    QUndoStack m_undo;
+
+    // The preview's player and its users.
+    ExclusiveService m_player;
+    ExclusiveClient* m_timelineClient;
+    ExclusiveClient* m_sessionClient;
+    ExclusiveService m_sessionPlayer; // the session's own view of the player
+    std::unique_ptr<ModelEditor> m_clipEditor;
+    std::unique_ptr<PlayerEditor> m_playerEditor;
+    std::unique_ptr<EditPlaybackTracker> m_tracker;
+    std::unique_ptr<Model::PlaybackClock> m_clock;
+    std::unique_ptr<PlaybackWatch> m_playbackWatch;
+    bool m_playing = false;
+    bool m_following = false; // the playhead follows the player
 };
 
 } // namespace Sandbox

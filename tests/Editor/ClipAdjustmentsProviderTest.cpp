@@ -4,10 +4,12 @@
 #include <TimelineChanges.h>
 
 #include <QSignalSpy>
+#include <QUndoStack>
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <limits>
 
 namespace {
@@ -172,4 +174,79 @@ TEST_F(ClipAdjustmentsProviderTest, EachChangeIsOneEditAndOutOfRangeValuesChange
     host.remove(nativeAudio);
     EXPECT_EQ(provider.clip(), nullptr);
     EXPECT_FALSE(provider.adjustment(Adjustment::Speed).available);
+}
+
+TEST_F(ClipAdjustmentsProviderTest, EachChangeIsOneUndoCommandThatPutsTheClipBackExactly)
+{
+    QUndoStack stack;
+    ClipAdjustmentsProvider provider;
+    provider.setUndoStack(&stack);
+    provider.setClip(timeline, video);
+    // A length that does not halve evenly.
+    host.edit(timeline)->moveClip(video, Timeline::ClipTiming(timeline->primaryTrack(), 0, 4 * second + 1));
+    const Timeline::ClipTiming original = timeline->clipTiming(video);
+    const Timeline::ClipTiming originalSound = timeline->clipTiming(nativeAudio);
+
+    ASSERT_TRUE(provider.setSpeed(3.0));
+    ASSERT_TRUE(provider.setSpeed(3.0));
+    ASSERT_TRUE(provider.setFilter(QStringLiteral("sepia")));
+    ASSERT_EQ(stack.count(), 2) << "a change to the value the clip has is no command";
+    EXPECT_EQ(stack.text(0), QStringLiteral("Speed"));
+    EXPECT_EQ(stack.text(1), QStringLiteral("Filter"));
+    const Types::Time fast = timeline->clipTiming(video).length;
+
+    TimelineChanges timelineEdits(timeline);
+    stack.undo();
+    EXPECT_TRUE(video->effects().empty());
+    EXPECT_EQ(timelineEdits.count, 0);
+    stack.undo();
+    EXPECT_EQ(timelineEdits.count, 1) << "the clip and its sound go back in one edit";
+    EXPECT_EQ(timeline->clipTiming(video), original);
+    EXPECT_EQ(timeline->clipTiming(nativeAudio), originalSound);
+    EXPECT_EQ(provider.adjustment(Adjustment::Speed).value.toDouble(), 1.0);
+
+    stack.redo();
+    EXPECT_EQ(timeline->clipTiming(video).length, fast);
+    EXPECT_EQ(timeline->clipTiming(video).speed, 3.0);
+}
+
+TEST_F(ClipAdjustmentsProviderTest, ARefusedChangeSaysWhyAndPushesNothing)
+{
+    TestSupport::LogCapture log;
+    QUndoStack stack;
+    ClipAdjustmentsProvider provider;
+    provider.setUndoStack(&stack);
+    QSignalSpy refused(&provider, &ClipAdjustmentsProvider::changeRefused);
+    const Timeline::Clip* still = place(Timeline::Clip(Timeline::Clip::Image, file("still.png", false), 0),
+                                        timeline->primaryTrack(), 9 * second, second);
+    struct Row
+    {
+        const char* name;
+        const Timeline::Clip* clip;
+        std::function<bool(ClipAdjustmentsProvider&)> change;
+        Adjustment::Kind kind;
+        QString reason;
+    };
+    const Row rows[] = {
+        {"speed out of range", video, [](ClipAdjustmentsProvider& p) { return p.setSpeed(40); }, Adjustment::Speed,
+         QStringLiteral("The speed must lie from 0.1x to 10x.")},
+        {"a still picture's speed", still, [](ClipAdjustmentsProvider& p) { return p.setSpeed(2); }, Adjustment::Speed,
+         QStringLiteral("A still picture does not play over time.")},
+        {"sound stabilized", nativeAudio, [](ClipAdjustmentsProvider& p) { return p.setStabilized(true); },
+         Adjustment::Stabilization, QStringLiteral("Only video clips can be stabilized.")},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        provider.setClip(timeline, row.clip);
+        const Timeline::ClipTiming before = timeline->clipTiming(row.clip);
+        refused.clear();
+
+        EXPECT_FALSE(row.change(provider));
+
+        ASSERT_EQ(refused.count(), 1);
+        EXPECT_EQ(refused.at(0).at(0).value<Adjustment::Kind>(), row.kind);
+        EXPECT_EQ(refused.at(0).at(1).toString(), row.reason);
+        EXPECT_EQ(timeline->clipTiming(row.clip), before);
+        EXPECT_EQ(stack.count(), 0);
+    }
 }

@@ -10,6 +10,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <ostream>
@@ -207,6 +208,70 @@ TEST_F(PlayerHoldTest, AnotherPlaybackObjectReplacesTheFirst)
     EXPECT_THAT(journal, IsEmpty());
     EXPECT_EQ(tracker->currentPosition(), 0);
     EXPECT_FALSE(tracker->playing());
+}
+
+// Playback with the clip (1000 to 3000) edited and the tracker stopping at its edge: where
+// it ends up after one move of the playing position.
+TEST_F(PlayerHoldTest, PlaybackRunningAcrossTheClipsEndStopsOnTheEdge)
+{
+    struct Row
+    {
+        const char* name;
+        bool stopAtEdge;
+        Types::Time from;
+        std::function<void()> move;
+        Types::Time position;
+        int code;
+        int stateChanges; // the start, and the stop when there is one
+    };
+    const Row rows[] = {
+        {"across the end", true, 2500, [this] { host.setPlaybackPosition(ClipEnd + 40); }, ClipEnd,
+         Playback::State::Stopped, 2},
+        {"exactly onto the end", true, 2500, [this] { host.setPlaybackPosition(ClipEnd); }, ClipEnd,
+         Playback::State::Stopped, 2},
+        {"still inside", true, 2500, [this] { host.setPlaybackPosition(ClipEnd - 1); }, ClipEnd - 1,
+         Playback::State::Playing, 1},
+        {"from past the end", true, ClipEnd + 100, [this] { host.setPlaybackPosition(ClipEnd + 200); }, ClipEnd + 200,
+         Playback::State::Playing, 1},
+        {"a seek across the end", true, 2500, [this] { tracker->seekTo(ClipEnd + 500); }, ClipEnd + 500,
+         Playback::State::Playing, 1},
+        {"switched off", false, 2500, [this] { host.setPlaybackPosition(ClipEnd + 40); }, ClipEnd + 40,
+         Playback::State::Playing, 1},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        tracker->setStopAtClipEdge(row.stopAtEdge);
+        host.setPlaybackCode(Playback::State::Paused);
+        host.setPlaybackPosition(row.from);
+        journal.clear();
+
+        host.setPlaybackCode(Playback::State::Playing);
+        row.move();
+
+        const Playback::State* state = host.playback()->state();
+        ASSERT_NE(state, nullptr);
+        EXPECT_EQ(state->position, row.position);
+        EXPECT_EQ(state->code, row.code);
+        EXPECT_EQ(std::count(journal.begin(), journal.end(), "state changed"), row.stateChanges);
+    }
+}
+
+TEST_F(PlayerHoldTest, PlayingTheEditedClipGivesThePlayerBackAndStillStopsOnTheEdge)
+{
+    tracker->setStopAtClipEdge(true);
+    host.setPlaybackPosition(ClipStart + 500);
+    takePlayer();
+
+    host.setPlaybackCode(Playback::State::Playing);
+    EXPECT_FALSE(playerClient()->isInUse());
+    EXPECT_TRUE(editorPlayer.isFree());
+    host.setPlaybackPosition(ClipEnd + 25);
+
+    EXPECT_EQ(host.playback()->state()->position, ClipEnd);
+    EXPECT_EQ(host.playback()->state()->code, Playback::State::Stopped);
+    EXPECT_TRUE(host.playback()->state()->seek);
+    EXPECT_THAT(journal, ElementsAre("state changed", "panel gives the player back", "player editor lets go",
+                                     "position changed", "state changed"));
 }
 
 class EditPlaybackTrackerEdgeTest : public SessionFixture

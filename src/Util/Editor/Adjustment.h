@@ -22,3 +22,5 @@ struct Adjustment
     bool available = false;
     QString reason; // why the entry does not apply to this clip (empty when it does)
 };
+
+Q_DECLARE_METATYPE(Adjustment::Kind)

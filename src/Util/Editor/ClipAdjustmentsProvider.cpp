@@ -1,5 +1,8 @@
 #include "ClipAdjustmentsProvider.h"
 
+#include <QPointer>
+#include <QUndoStack>
+
 #include <glog/logging.h>
 
 #include <cmath>
@@ -60,10 +63,97 @@ bool hasSound(const Timeline::Object* timeline, const Timeline::Clip* clip)
            || timeline->findNativeAudio(clip) != nullptr;
 }
 
+using Timings = std::vector<std::pair<const Timeline::Clip*, Timeline::ClipTiming>>;
+
+Timings timingsOf(const Timeline::Object* timeline, const std::vector<const Timeline::Clip*>& clips)
+{
+    Timings result;
+    for (const Timeline::Clip* clip : clips)
+        result.emplace_back(clip, timeline->clipTiming(clip));
+    return result;
+}
+
+// One change of the provider on an undo stack: holds the values before and after it, and puts
+// one or the other back. Pushed after the change was made, so the first redo does nothing.
+template <class Value>
+class ChangeCommand : public QUndoCommand
+{
+public:
+    ChangeCommand(const QString& text, Value before, Value after)
+        : QUndoCommand(text), m_before(std::move(before)), m_after(std::move(after))
+    {}
+    void undo() override { put(m_before); }
+    void redo() override
+    {
+        if (!std::exchange(m_pushed, false))
+            put(m_after);
+    }
+
+protected:
+    virtual void put(const Value& value) = 0;
+
+private:
+    Value m_before;
+    Value m_after;
+    bool m_pushed = true;
+};
+
+// The timings of a clip and its native audio.
+class TimingCommand : public ChangeCommand<Timings>
+{
+public:
+    TimingCommand(const QString& text, const Timeline::Object* timeline, Timings before, Timings after)
+        : ChangeCommand(text, std::move(before), std::move(after)), m_timeline(timeline)
+    {}
+
+private:
+    void put(const Timings& timings) override
+    {
+        if (!Model::Registry::contains(typeid(Timeline::Object), m_timeline)) {
+            LOG(ERROR) << "ClipAdjustmentsProvider: the timeline of the change is gone; nothing to undo";
+            return;
+        }
+        auto edit = m_view.edit(m_timeline);
+        for (const auto& [clip, timing] : timings)
+            if (edit->contains(clip))
+                edit->moveClip(clip, timing);
+    }
+
+    Timeline::Details::ObjectViewBase m_view;
+    const Timeline::Object* m_timeline;
+};
+
+// The effects of a clip (taken from a copy of the clip).
+class EffectsCommand : public ChangeCommand<Timeline::Clip>
+{
+public:
+    EffectsCommand(const QString& text, const Timeline::Clip* clip, Timeline::Clip before, Timeline::Clip after)
+        : ChangeCommand(text, std::move(before), std::move(after)), m_clip(clip)
+    {}
+
+private:
+    void put(const Timeline::Clip& value) override
+    {
+        if (!Model::Registry::contains(typeid(Timeline::Clip), m_clip)) {
+            LOG(ERROR) << "ClipAdjustmentsProvider: the clip of the change is gone; nothing to undo";
+            return;
+        }
+        auto edit = m_view.edit(m_clip);
+        for (const Effect::Object* effect : m_clip->effects())
+            edit->removeEffect(effect->id());
+        for (const Effect::Object* effect : value.effects())
+            edit->replaceEffect(effect);
+    }
+
+    Timeline::Details::ClipViewBase m_view;
+    const Timeline::Clip* m_clip;
+};
+
 } // namespace
 
 ClipAdjustmentsProvider::ClipAdjustmentsProvider(QObject* parent) : QObject(parent), m_watch(std::make_unique<Watch>())
 {
+    qRegisterMetaType<Adjustment::Kind>();
     m_watch->changed = [this] { Q_EMIT adjustmentsChanged(); };
     m_watch->gone = [this] { setClip(nullptr, nullptr); };
 }
@@ -163,12 +253,51 @@ QString ClipAdjustmentsProvider::unavailableReason(Adjustment::Kind kind) const
     return {};
 }
 
-bool ClipAdjustmentsProvider::checkAvailable(Adjustment::Kind kind, const char* operation) const
+void ClipAdjustmentsProvider::setUndoStack(QUndoStack* stack) { m_undoStack = stack; }
+
+QUndoStack* ClipAdjustmentsProvider::undoStack() const { return m_undoStack; }
+
+bool ClipAdjustmentsProvider::checkAvailable(Adjustment::Kind kind, const char* operation)
 {
     const QString reason = unavailableReason(kind);
-    if (!reason.isEmpty())
+    if (!reason.isEmpty()) {
         LOG(ERROR) << "ClipAdjustmentsProvider::" << operation << ": " << reason.toStdString();
+        Q_EMIT changeRefused(kind, reason);
+    }
     return reason.isEmpty();
+}
+
+bool ClipAdjustmentsProvider::editTiming(Adjustment::Kind kind,
+                                         const std::function<void(Timeline::Object&, const Timeline::Clip*)>& change)
+{
+    std::vector<const Timeline::Clip*> clips{m_clip};
+    // The clip's own sound plays backward or faster with it.
+    if (const Timeline::Clip* sound = m_timeline->findNativeAudio(m_clip))
+        clips.push_back(sound);
+    const Timeline::Object* timeline = m_timeline;
+    Timings before = timingsOf(timeline, clips);
+    auto edit = m_watch->ObjectViewBase::edit(timeline);
+    for (const Timeline::Clip* clip : clips)
+        change(*edit, clip);
+    if (!edit.commit())
+        return false;
+    if (m_undoStack)
+        m_undoStack->push(
+            new TimingCommand(adjustment(kind).title, timeline, std::move(before), timingsOf(timeline, clips)));
+    return true;
+}
+
+bool ClipAdjustmentsProvider::editEffects(Adjustment::Kind kind, const std::function<void(Timeline::Clip&)>& change)
+{
+    const Timeline::Clip* clip = m_clip;
+    Timeline::Clip before = *clip;
+    auto edit = m_watch->ClipViewBase::edit(clip);
+    change(*edit);
+    if (!edit.commit())
+        return false;
+    if (m_undoStack)
+        m_undoStack->push(new EffectsCommand(adjustment(kind).title, clip, std::move(before), *clip));
+    return true;
 }
 
 bool ClipAdjustmentsProvider::setNormalized(bool on)
@@ -193,14 +322,15 @@ bool ClipAdjustmentsProvider::setFilter(const QString& filterId)
     const std::string id = filterId.toStdString();
     if (current ? current->id() == id : id.empty())
         return true;
-    auto edit = m_watch->ClipViewBase::edit(m_clip);
-    if (current)
-        edit->removeEffect(current->id());
-    if (!id.empty()) {
-        const Effect::Object filter(EditorCollection::CollectionID::FILTERS_COLOR, id);
-        edit->replaceEffect(&filter);
-    }
-    return edit.commit();
+    const std::string currentId = current ? current->id() : std::string();
+    return editEffects(Adjustment::Filter, [&](Timeline::Clip& clip) {
+        if (!currentId.empty())
+            clip.removeEffect(currentId);
+        if (!id.empty()) {
+            const Effect::Object filter(EditorCollection::CollectionID::FILTERS_COLOR, id);
+            clip.replaceEffect(&filter);
+        }
+    });
 }
 
 bool ClipAdjustmentsProvider::setEffect(Adjustment::Kind kind, const std::string& collection, const std::string& id,
@@ -208,14 +338,14 @@ bool ClipAdjustmentsProvider::setEffect(Adjustment::Kind kind, const std::string
 {
     if (adjustment(kind).value.toBool() == on)
         return true;
-    auto edit = m_watch->ClipViewBase::edit(m_clip);
-    if (on) {
-        const Effect::Object effect(collection, id);
-        edit->replaceEffect(&effect);
-    } else {
-        edit->removeEffect(id);
-    }
-    return edit.commit();
+    return editEffects(kind, [&](Timeline::Clip& clip) {
+        if (on) {
+            const Effect::Object effect(collection, id);
+            clip.replaceEffect(&effect);
+        } else {
+            clip.removeEffect(id);
+        }
+    });
 }
 
 bool ClipAdjustmentsProvider::setReversed(bool on)
@@ -224,12 +354,8 @@ bool ClipAdjustmentsProvider::setReversed(bool on)
         return false;
     if (m_timeline->clipTiming(m_clip).reversed == on)
         return true;
-    auto edit = m_watch->ObjectViewBase::edit(m_timeline);
-    edit->reverseClip(m_clip);
-    // The clip's own sound plays backward with it.
-    if (const Timeline::Clip* sound = edit->findNativeAudio(m_clip))
-        edit->reverseClip(sound);
-    return edit.commit();
+    return editTiming(Adjustment::Reverse,
+                      [](Timeline::Object& t, const Timeline::Clip* clip) { t.reverseClip(clip); });
 }
 
 bool ClipAdjustmentsProvider::setSpeed(double speed)
@@ -237,15 +363,13 @@ bool ClipAdjustmentsProvider::setSpeed(double speed)
     if (!(speed >= minSpeed && speed <= maxSpeed)) {
         LOG(ERROR) << "ClipAdjustmentsProvider::setSpeed: the speed must lie from " << minSpeed << " to " << maxSpeed
                    << ", not " << speed;
+        Q_EMIT changeRefused(Adjustment::Speed, tr("The speed must lie from %1x to %2x.").arg(minSpeed).arg(maxSpeed));
         return false;
     }
     if (!checkAvailable(Adjustment::Speed, "setSpeed"))
         return false;
     if (m_timeline->clipTiming(m_clip).speed == speed)
         return true;
-    auto edit = m_watch->ObjectViewBase::edit(m_timeline);
-    edit->setClipSpeed(m_clip, speed);
-    if (const Timeline::Clip* sound = edit->findNativeAudio(m_clip))
-        edit->setClipSpeed(sound, speed);
-    return edit.commit();
+    return editTiming(Adjustment::Speed,
+                      [speed](Timeline::Object& t, const Timeline::Clip* clip) { t.setClipSpeed(clip, speed); });
 }

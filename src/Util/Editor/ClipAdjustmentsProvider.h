@@ -7,6 +7,9 @@
 #include <QList>
 #include <QObject>
 
+class QUndoStack;
+
+#include <functional>
 #include <memory>
 
 // The adjustments panel of a clip: the normalization, reverse, speed, stabilization and filter
@@ -18,14 +21,18 @@
 //   - normalization, stabilization and the filter are effects of the clip ("normalization" of
 //     the audio effects, "stabilization" of the video effects, one of the colour filters), in
 //     one edit of the clip.
-// A change refused (a value out of range, an entry that does not apply) edits nothing and logs
-// why; a change to the value the clip already has edits nothing and succeeds. The provider
-// follows the clip, its timeline and its media file and announces every change of them.
+// A change refused (a value out of range, an entry that does not apply) edits nothing, logs
+// why and tells the user why through changeRefused(); a change to the value the clip already
+// has edits nothing and succeeds. With an undo stack, every change that edits is pushed onto it
+// as one command named after its entry, whose undo puts the clips' timings or the clip's
+// effects back as they were. The provider follows the clip, its timeline and its media file and
+// announces every change of them.
 //
 //   ClipAdjustmentsProvider adjustments;
 //   adjustments.setClip(timeline, clip);
 //   for (const Adjustment& a : adjustments.adjustments()) panel.addEntry(a);
-//   adjustments.setSpeed(2.0);
+//   adjustments.setUndoStack(&undoStack);
+//   adjustments.setSpeed(2.0); // undoStack.undo() plays it at its old speed again
 class EDITORUTIL_EXPORT ClipAdjustmentsProvider : public QObject
 {
     Q_OBJECT
@@ -56,9 +63,15 @@ public:
     // A colour filter id, or an empty one to take the filter off.
     bool setFilter(const QString& filterId);
 
+    // The stack each change is pushed onto from now on (null: none; not owned).
+    void setUndoStack(QUndoStack* stack);
+    QUndoStack* undoStack() const;
+
 Q_SIGNALS:
     // The clip, its timing or its media changed, or another clip is shown.
     void adjustmentsChanged();
+    // A change was refused; `reason` says why, in the user's language.
+    void changeRefused(Adjustment::Kind kind, const QString& reason);
 
 protected:
     // Whether an entry applies to the clip; the reason when it does not.
@@ -66,10 +79,13 @@ protected:
 
 private:
     class Watch;
-    bool checkAvailable(Adjustment::Kind kind, const char* operation) const;
+    bool checkAvailable(Adjustment::Kind kind, const char* operation);
     bool setEffect(Adjustment::Kind kind, const std::string& collection, const std::string& id, bool on);
+    bool editTiming(Adjustment::Kind kind, const std::function<void(Timeline::Object&, const Timeline::Clip*)>& change);
+    bool editEffects(Adjustment::Kind kind, const std::function<void(Timeline::Clip&)>& change);
 
     const Timeline::Object* m_timeline = nullptr;
     const Timeline::Clip* m_clip = nullptr;
     std::unique_ptr<Watch> m_watch;
+    QUndoStack* m_undoStack = nullptr;
 };

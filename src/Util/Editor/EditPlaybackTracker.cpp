@@ -3,6 +3,7 @@
 #include <glog/logging.h>
 
 #include <algorithm>
+#include <optional>
 
 EditPlaybackTracker::EditPlaybackTracker(ExclusiveClient* client, AbstractEditor* editor,
                                          const Editor::Object* editorObject,
@@ -60,6 +61,10 @@ void EditPlaybackTracker::seekTo(Types::Time position)
     change->state()->seek = true;
 }
 
+void EditPlaybackTracker::setStopAtClipEdge(bool on) { m_stopAtEdge = on; }
+
+bool EditPlaybackTracker::stopsAtClipEdge() const { return m_stopAtEdge; }
+
 void EditPlaybackTracker::playbackChanged(const Playback::Object* object, const Playback::Object* previous,
                                           const Playback::Object* current)
 {
@@ -67,7 +72,32 @@ void EditPlaybackTracker::playbackChanged(const Playback::Object* object, const 
     const Playback::State* after = current->state();
     if (before && before->unavailable && after && !after->unavailable)
         emit playbackAvailable();
+    // Kept by value: a stop on the edge changes the record `current` points to.
+    const std::optional<Playback::State> was = before ? std::optional<Playback::State>(*before) : std::nullopt;
+    const std::optional<Playback::State> is = after ? std::optional<Playback::State>(*after) : std::nullopt;
     Playback::View::playbackChanged(object, previous, current);
+    if (m_stopAtEdge && object == m_playback && was && is)
+        stopAtEdge(*was, *is);
+}
+
+void EditPlaybackTracker::stopAtEdge(const Playback::State& before, const Playback::State& after)
+{
+    if (after.code != Playback::State::Playing || after.seek || !state())
+        return;
+    const Timeline::Clip* clip = m_clip();
+    if (!clip)
+        return;
+    const Timeline::Object* timeline =
+        m_editorObject && m_editorObject->timeline ? m_editorObject->timeline : Timeline::ownerOf(clip);
+    if (!timeline || !timeline->contains(clip))
+        return;
+    const Types::Time end = timeline->clipTiming(clip).end();
+    if (!(before.position < end && after.position >= end))
+        return;
+    auto change = edit(m_playback);
+    change->state()->position = end;
+    change->state()->code = Playback::State::Stopped;
+    change->state()->seek = true;
 }
 
 void EditPlaybackTracker::playbackStarted(const Playback::Object*)

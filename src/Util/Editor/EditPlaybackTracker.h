@@ -11,7 +11,8 @@
 // Follows the player's state while a clip is edited: turns its changes into signals, seeks
 // the player, and ends the exclusive use of the player (client->breakAll()) as soon as
 // playback starts or the playhead leaves the edited clip. A position exactly at the clip's
-// start or end counts as inside.
+// start or end counts as inside. With setStopAtClipEdge(true), playback that runs across the
+// edited clip's end stops on that edge.
 class EDITORUTIL_EXPORT EditPlaybackTracker : public QObject,
                                               public Playback::View,
                                               public PubSub::Publisher<Playback::FrameSeekRequest>
@@ -39,6 +40,12 @@ public:
     // nothing without a playback object or state.
     void seekTo(Types::Time position);
 
+    // While on, playback running forward across the edited clip's end (a position before the
+    // end, then one at or past it, not a seek) is stopped on the edge: one change of the
+    // playback object puts it there, stopped, marked as a seek. Off at construction.
+    void setStopAtClipEdge(bool on);
+    bool stopsAtClipEdge() const;
+
 signals:
     void playbackAvailable();
     void playbackPositionChanged();
@@ -55,11 +62,13 @@ protected:
 
 private:
     void positionCheck();
+    void stopAtEdge(const Playback::State& before, const Playback::State& after);
     const Playback::State* state() const;
 
     const Editor::Object* m_editorObject;
     ExclusiveClient* m_client;
     bool m_checkPending = false;
+    bool m_stopAtEdge = false;
     std::function<const Timeline::Clip*()> m_clip;
     const Playback::Object* m_playback = nullptr;
 };

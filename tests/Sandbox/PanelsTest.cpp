@@ -1,0 +1,236 @@
+// The preview's player, the browser of effects and presets and the clip panel, driven through
+// the real widgets: playback with a clip selected, the player taken by another editor, a
+// preview on the stock picture, and the clip's adjustments with undo.
+
+#include "Panels.h"
+#include "SampleMedia.h"
+#include "SandboxWindow.h"
+#include "Scripted.h"
+#include "TempSettings.h"
+#include "TimelineView.h"
+
+#include <Util/Editor/PlayerEditor.h>
+#include <Util/Interfaces/EditorSettings.h>
+
+#include <QAction>
+#include <QDoubleSpinBox>
+#include <QLineEdit>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTreeWidget>
+
+#include <gtest/gtest.h>
+
+using Sandbox::SandboxWindow;
+
+namespace {
+
+constexpr Types::Time second = Types::TimeUnitsPerSecond;
+
+// A window with the bars (0 to 4 s) and the still picture after them on the main track.
+class PanelsTest : public testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        samplesDir = new QTemporaryDir;
+        samples = new QStringList(SampleMedia::ensure(samplesDir->filePath(QStringLiteral("samples"))));
+    }
+    static void TearDownTestSuite()
+    {
+        delete samples;
+        delete samplesDir;
+    }
+
+    void SetUp() override
+    {
+        ASSERT_EQ(samples->size(), 5);
+        Settings::setPreviewImageFolder(QStringLiteral(EDITORUTIL_TEST_SOURCE_DIR "/share/EditorUtil/preview"));
+        Dialog::setStrategy(std::make_shared<Scripted::ScriptedStrategy>());
+        window = std::make_unique<SandboxWindow>();
+        window->show();
+        timeline = window->timeline();
+        QSignalSpy finished(window.get(), &SandboxWindow::importFinished);
+        window->importFiles({samples->at(0), samples->at(3)});
+        ASSERT_TRUE(Scripted::waitFor([&] { return finished.count() == 1; }));
+        bars = timeline->placeFile(window->binFile(samples->at(0)), 0, project()->primaryTrack());
+        still = timeline->placeFile(window->binFile(samples->at(3)), barsEnd(), project()->primaryTrack());
+        ASSERT_TRUE(bars && still);
+    }
+    void TearDown() override
+    {
+        window.reset();
+        Settings::setPreviewImageFolder(QString());
+        Dialog::initialize(false);
+    }
+
+    const Timeline::Object* project() const { return window->projectTimeline(); }
+    Types::Time barsEnd() const { return project()->clipTiming(bars).end(); }
+    void select(const Timeline::Clip* clip) { Scripted::click(timeline->viewport(), timeline->clipPoint(clip, 0.5)); }
+    void clickItem(const QString& kind, const QString& label)
+    {
+        QTreeWidget* list = window->browser()->list();
+        const QList<QTreeWidgetItem*> found = list->findItems(label, Qt::MatchExactly | Qt::MatchRecursive);
+        for (QTreeWidgetItem* item : found) {
+            if (item->parent() && item->parent()->text(0) == kind) {
+                list->scrollToItem(item);
+                QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(item).center());
+                return;
+            }
+        }
+        ADD_FAILURE() << "no item " << label.toStdString();
+    }
+    // The window's menu action with that shortcut.
+    QAction* action(QKeySequence::StandardKey key) const
+    {
+        for (QAction* a : window->findChildren<QAction*>())
+            if (a->shortcut() == QKeySequence(key))
+                return a;
+        ADD_FAILURE() << "no action";
+        return nullptr;
+    }
+    QDoubleSpinBox* speedBox() const
+    {
+        return window->clipPanel()->findChild<QDoubleSpinBox*>(QStringLiteral("speed"));
+    }
+    void typeSpeed(const QString& text)
+    {
+        QLineEdit* edit = speedBox()->findChild<QLineEdit*>();
+        edit->selectAll();
+        QTest::keyClicks(edit, text);
+        QTest::keyClick(edit, Qt::Key_Return);
+    }
+
+    static QTemporaryDir* samplesDir;
+    static QStringList* samples;
+    TestSupport::TempSettings settings;
+    std::unique_ptr<SandboxWindow> window;
+    Sandbox::TimelineView* timeline = nullptr;
+    const Timeline::Clip* bars = nullptr;
+    const Timeline::Clip* still = nullptr;
+};
+
+QTemporaryDir* PanelsTest::samplesDir = nullptr;
+QStringList* PanelsTest::samples = nullptr;
+
+TEST_F(PanelsTest, playWithAClipSelectedStopsExactlyOnItsEndEdgeAndThePlayerIsReleased)
+{
+    select(bars);
+    ASSERT_EQ(timeline->selectedClip(), bars);
+    EXPECT_EQ(window->player().holder(), window->sessionClient()) << "the clip's session uses the player";
+    EXPECT_TRUE(window->playerEditor()->playerClient()->isInUse());
+
+    timeline->setPlayhead(barsEnd() - second / 2);
+    QSignalSpy stopped(window.get(), &SandboxWindow::playbackStopped);
+    window->play();
+    EXPECT_TRUE(window->playing());
+    EXPECT_FALSE(window->sessionClient()->isInUse()) << "playback ends the session's hold";
+    ASSERT_TRUE(Scripted::waitFor([&] { return stopped.count() == 1; }));
+
+    EXPECT_EQ(stopped.at(0).at(0).value<Types::Time>(), barsEnd());
+    EXPECT_EQ(timeline->playhead(), barsEnd());
+    EXPECT_EQ(window->host().playback()->state()->position, barsEnd());
+    EXPECT_EQ(window->host().playback()->state()->code, Playback::State::Stopped);
+    EXPECT_FALSE(window->playing());
+    EXPECT_TRUE(window->player().isFree());
+    EXPECT_FALSE(window->playerEditor()->playerClient()->isInUse());
+    EXPECT_EQ(timeline->selectedClip(), bars);
+}
+
+TEST_F(PanelsTest, aSecondEditorTakingThePlayerStopsTheFirst)
+{
+    // The timeline plays; the browser takes the player and playback stops where it was.
+    timeline->setPlayhead(0);
+    QSignalSpy stopped(window.get(), &SandboxWindow::playbackStopped);
+    window->play();
+    ASSERT_EQ(window->player().holder(), window->timelineClient());
+    clickItem(QStringLiteral("Effects"), QStringLiteral("Mirror"));
+    EXPECT_EQ(window->player().holder(), window->browser()->client());
+    EXPECT_FALSE(window->playing());
+    ASSERT_EQ(stopped.count(), 1);
+    EXPECT_LT(timeline->playhead(), project()->duration());
+    EXPECT_EQ(window->host().playback()->state()->code, Playback::State::Stopped);
+
+    // The clip's session takes it from the browser; the browser takes it back, and the
+    // session's player editor lets go with it.
+    select(bars);
+    EXPECT_EQ(window->player().holder(), window->sessionClient());
+    EXPECT_FALSE(window->preview()->showsPicture());
+    QSignalSpy released(window->playerEditor()->playerClient(), &ExclusiveClient::released);
+    clickItem(QStringLiteral("Transitions"), QStringLiteral("Wipe"));
+    EXPECT_EQ(window->player().holder(), window->browser()->client());
+    EXPECT_EQ(released.count(), 1);
+    EXPECT_FALSE(window->sessionClient()->isInUse());
+}
+
+TEST_F(PanelsTest, choosingAnEffectShowsItsPreviewOnTheStockPictureUntilTheTimelineIsClicked)
+{
+    const QPoint sky(240, 20); // blue in the stock picture
+    clickItem(QStringLiteral("Colour filters"), QStringLiteral("Sepia"));
+    ASSERT_TRUE(window->preview()->showsPicture());
+    const QPixmap* shown = window->preview()->picture();
+    ASSERT_TRUE(shown && !shown->isNull());
+    EXPECT_EQ(shown->size(), QSize(Sandbox::PreviewPanel::frameWidth, Sandbox::PreviewPanel::frameHeight));
+    const QColor sepia = shown->toImage().pixelColor(sky);
+    EXPECT_GT(sepia.red(), sepia.blue()) << "the blue sky turned brown";
+
+    clickItem(QStringLiteral("Colour filters"), QStringLiteral("Cool"));
+    const QColor cool = window->preview()->picture()->toImage().pixelColor(sky);
+    EXPECT_GT(cool.blue(), cool.red());
+
+    // A click on the timeline gives the player back to it: the frame under the playhead shows.
+    Scripted::click(timeline->viewport(),
+                    timeline->viewportPoint(QPointF(Sandbox::TimelineView::xOf(second),
+                                                    timeline->rowCenter(timeline->rowOf(project()->titleTrack())))));
+    EXPECT_FALSE(window->preview()->showsPicture());
+    EXPECT_EQ(window->player().holder(), window->timelineClient());
+    EXPECT_EQ(window->preview()->shownClip(), bars);
+    EXPECT_TRUE(window->browser()->list()->selectedItems().isEmpty());
+}
+
+TEST_F(PanelsTest, aSpeedTypedInTheClipPanelIsOneUndoableEdit)
+{
+    select(bars);
+    const Timeline::ClipTiming before = project()->clipTiming(bars);
+
+    typeSpeed(QStringLiteral("2"));
+    EXPECT_EQ(project()->clipTiming(bars).speed, 2.0);
+    EXPECT_NEAR(double(project()->clipTiming(bars).length), before.length / 2.0, 1.0);
+    EXPECT_EQ(window->undoStack().count(), 1);
+    EXPECT_TRUE(window->isModified());
+
+    action(QKeySequence::Undo)->trigger();
+    EXPECT_EQ(project()->clipTiming(bars), before);
+    EXPECT_EQ(speedBox()->value(), 1.0) << "the panel shows the clip as it is again";
+    action(QKeySequence::Redo)->trigger();
+    EXPECT_EQ(project()->clipTiming(bars).speed, 2.0);
+}
+
+TEST_F(PanelsTest, aRefusedValueLeavesTheClipAsItWasAndSaysWhy)
+{
+    select(bars);
+    const Timeline::ClipTiming before = project()->clipTiming(bars);
+    struct Row
+    {
+        const char* name;
+        QString typed;
+    };
+    const Row rows[] = {{"zero", QStringLiteral("0")}, {"too fast", QStringLiteral("15")}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        typeSpeed(row.typed);
+        EXPECT_EQ(project()->clipTiming(bars), before);
+        EXPECT_EQ(speedBox()->value(), 1.0);
+        EXPECT_EQ(window->clipPanel()->message(), QStringLiteral("The speed must lie from 0.1x to 10x."));
+        EXPECT_EQ(window->undoStack().count(), 0);
+    }
+
+    // A still picture has no speed at all: the entry is off, with the reason.
+    select(still);
+    EXPECT_FALSE(speedBox()->isEnabled());
+    EXPECT_EQ(speedBox()->toolTip(), QStringLiteral("A still picture does not play over time."));
+    EXPECT_TRUE(window->clipPanel()->message().isEmpty());
+}
+
+} // namespace
