@@ -5,7 +5,10 @@
 #include <Core/PropertySerializer.h>
 #include <EditorSerialization/OverlayPresets.h>
 #include <Util/Filesystem.h>
+#include <Util/IPC/Controller.h>
 #include <Util/Import/MimeUtils.h>
+#include <Util/Import/QuizUtils.h>
+#include <Util/Project.h>
 
 #include <QBuffer>
 #include <QFile>
@@ -25,6 +28,14 @@ void seed(const char* harness, const char* name, const QByteArray& bytes)
 }
 
 QByteArray std2q(const std::string& text) { return QByteArray::fromStdString(text); }
+
+QByteArray fileBytes(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("cannot read %s", qPrintable(path));
+    return file.readAll();
+}
 
 } // namespace
 
@@ -81,5 +92,46 @@ int main(int argc, char** argv)
     buffer.open(QIODevice::WriteOnly);
     red.save(&buffer, "PNG");
     seed("media", "png", '\3' + png);
+
+    Quiz::Utils::Session session;
+    for (const auto& quiz : Quiz::Utils::defaultQuizzes())
+        session.questions.insert(session.questions.end(), quiz->questions.begin(), quiz->questions.end());
+    session.timestamp = 120000000;
+    session.replayFrom = 0;
+    seed("quiz", "session", Quiz::Utils::write(session));
+    seed("quiz", "questions", Quiz::Utils::writeQuestions(Quiz::Utils::defaultQuizzes()[1]->questions));
+
+    seed("ipc", "first",
+         IPC::Controller::encodeFrame(
+             {7, false, {{QStringLiteral("/v/a.mp4"), QStringLiteral("/v/été.mov")}, QStringLiteral("video"), {}}}));
+    seed("ipc", "final",
+         IPC::Controller::encodeFrame({7, true, {{QStringLiteral("/p/x.dscproj")}, {}, QStringLiteral("slideshow")}}));
+
+    Project::Document document;
+    document.name = QStringLiteral("Trip \"2\"");
+    document.media << QStringLiteral("/v/a.mp4") << QStringLiteral("/v/b.wav");
+    document.trackKinds << 0 << 1;
+    Project::ClipEntry video;
+    video.file = QStringLiteral("/v/a.mp4");
+    video.stream = 0;
+    video.name = QStringLiteral("a");
+    video.position = 1000;
+    video.length = 9000000000LL;
+    video.offset = 500;
+    video.speed = 1.5;
+    Project::ClipEntry audio = video;
+    audio.file = QStringLiteral("/v/b.wav");
+    audio.type = 1;
+    audio.track = 1;
+    audio.reversed = true;
+    audio.master = 0;
+    audio.linkOffset = -250;
+    document.clips << video << audio;
+    const QString project =
+        QDir::temp().filePath(QStringLiteral("editorutil-seed-%1.dscproj").arg(qApp->applicationPid()));
+    if (!Project::save(project, document).ok())
+        qFatal("cannot write %s", qPrintable(project));
+    seed("project", "two-tracks", fileBytes(project));
+    QFile::remove(project);
     return 0;
 }

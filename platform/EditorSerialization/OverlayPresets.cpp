@@ -1,9 +1,8 @@
+#include <EditorSerialization/Json.h>
 #include <EditorSerialization/OverlayPresets.h>
 
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
-#include <QJsonParseError>
 
 #include <glog/logging.h>
 
@@ -24,9 +23,10 @@ const QString textKey = QStringLiteral("text");
 const QString transformKey = QStringLiteral("transform");
 constexpr int version = 1;
 
-std::vector<std::unique_ptr<Overlay::Preset>> refuse(const char* why)
+std::vector<std::unique_ptr<Overlay::Preset>> refuse(const char* why, const QString& detail = QString())
 {
-    LOG(ERROR) << "Serialize::readOverlayPresets: " << why;
+    LOG(ERROR) << "Serialize::readOverlayPresets: " << why << (detail.isEmpty() ? "" : " (") << detail.toStdString()
+               << (detail.isEmpty() ? "" : ")");
     return {};
 }
 
@@ -88,10 +88,10 @@ std::vector<std::unique_ptr<Overlay::Preset>> readOverlayPresets(const QByteArra
         return refuse("no data");
     if (data.size() > maxOverlayPresetBytes)
         return refuse("document too large");
-    QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(data, &error);
-    if (error.error != QJsonParseError::NoError)
-        return refuse("not a JSON document");
+    QString error;
+    const QJsonDocument document = readJson(data, &error);
+    if (document.isNull())
+        return refuse("not a JSON document", error);
     if (!document.isObject())
         return refuse("the document is not an object");
     const QJsonObject root = document.object();

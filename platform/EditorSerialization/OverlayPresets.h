@@ -14,7 +14,8 @@
 //    "presets": [{"name": "...", "tag": "...",
 //                 "items": [{"text": "...", "transform": [m11, m12, m13, m21, m22, m23, m31, m32, m33]}]}]}
 //
-// "name", "tag" and "transform" may be left out (empty texts, identity).
+// "name", "tag" and "transform" may be left out (empty texts, identity); a document that
+// repeats a key in one object is refused (see readJson).
 namespace Serialize {
 
 // Largest document the parser accepts.

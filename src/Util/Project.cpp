@@ -1,6 +1,7 @@
 #include <Util/Dialog/Dialog.h>
 #include <Util/Filesystem.h>
 #include <Util/Interfaces/EditorModel.h>
+#include <Util/Interfaces/EditorSerialization.h>
 #include <Util/Interfaces/EditorSettings.h>
 #include <Util/Project.h>
 
@@ -138,14 +139,19 @@ Document capture(const Timeline::Object* timeline, const std::vector<const Media
 
 Result load(const QString& path)
 {
-    const QString shown = QDir::toNativeSeparators(path);
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return failure(Status::Unreadable, tr("The project \"%1\" cannot be read.").arg(shown));
-    QJsonParseError error;
-    const QJsonDocument json = QJsonDocument::fromJson(file.readAll(), &error);
+        return failure(Status::Unreadable,
+                       tr("The project \"%1\" cannot be read.").arg(QDir::toNativeSeparators(path)));
+    return read(file.readAll(), path);
+}
+
+Result read(const QByteArray& bytes, const QString& path)
+{
+    const QString shown = QDir::toNativeSeparators(path);
+    const QJsonDocument json = Serialize::readJson(bytes);
     const QString damaged = tr("The project \"%1\" is damaged or incomplete and cannot be opened.").arg(shown);
-    if (error.error != QJsonParseError::NoError || !json.isObject())
+    if (!json.isObject())
         return failure(Status::Corrupted, damaged);
     const QJsonObject root = json.object();
     if (root.value(formatKey).toString() != formatName || !root.value(versionKey).isDouble())

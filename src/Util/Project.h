@@ -2,6 +2,7 @@
 
 #include <Util/EditorUtilExport.h>
 
+#include <QByteArray>
 #include <QList>
 #include <QMap>
 #include <QString>
@@ -74,6 +75,9 @@ struct Result
 EDITORUTIL_EXPORT Document capture(const Timeline::Object* timeline, const std::vector<const Media::File*>& media,
                                    const QString& name);
 EDITORUTIL_EXPORT Result load(const QString& path);
+// The document of a project file's `bytes`, as load reads the file at `path` (named in the
+// messages). A document that repeats a key inside an object is damaged.
+EDITORUTIL_EXPORT Result read(const QByteArray& bytes, const QString& path);
 EDITORUTIL_EXPORT Result save(const QString& path, const Document& document);
 // As load / save, with a failure shown through Dialog::showWarning.
 EDITORUTIL_EXPORT Result loadOrWarn(const QString& path);

@@ -63,6 +63,9 @@ INSTANTIATE_TEST_SUITE_P(
                       "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[{\"items\":[{\"text\":5}]}]}"},
         MalformedCase{"short_transform", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[{\"items\":"
                                          "[{\"text\":\"a\",\"transform\":[1,0,0]}]}]}"},
+        // Qt would keep the second "presets" and lose the memory of the first.
+        MalformedCase{"repeated_key", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[{\"items\":[]}],"
+                                      "\"presets\":[{\"items\":[]}]}"},
         MalformedCase{"second_preset_bad", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[{\"items\":"
                                            "[]},{\"items\":[{\"text\":null}]}]}"}),
     [](const ::testing::TestParamInfo<MalformedCase>& info) { return std::string(info.param.name); });

@@ -368,12 +368,20 @@ TEST_F(IpcTest, BadFramesAreRefusedAndLoggedWhileThePrimaryKeepsServing)
         const char* logged;
     };
     const QByteArray garbage("hello, are you the editor?");
+    // Frames that never end their request: the primary stops taking them in past the limit.
+    IPC::Frame part{9, false, {}};
+    for (int i = 0; i < IPC::Controller::MaxFilesPerFrame; ++i)
+        part.request.files << S("/x");
+    QByteArray endless;
+    for (int i = 0; i * IPC::Controller::MaxFilesPerFrame <= IPC::Controller::MaxFilesPerRequest; ++i)
+        endless += framed(IPC::Controller::encodeFrame(part));
     const std::vector<Row> rows{
         {"oversized frame", framed(QByteArray(16, 'x'), 0x7fffffff), "an oversized frame"},
         {"another program's bytes", framed(garbage), "not a request of this program"},
         {"another protocol version", framed(payload(0x45554950, 99, 0, false)), "protocol version 99"},
         {"paths missing", framed(payload(0x45554950, 1, 3, false)), "truncated"},
         {"too many paths", framed(payload(0x45554950, 1, 20000, true)), "20000 files"},
+        {"a request without end", endless, "a request of more than 100000 files"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -382,6 +390,8 @@ TEST_F(IpcTest, BadFramesAreRefusedAndLoggedWhileThePrimaryKeepsServing)
         ASSERT_TRUE(socket.waitForConnected(5000));
         socket.write(row.bytes);
         ASSERT_TRUE(socket.waitForBytesWritten(5000));
+        while (socket.bytesToWrite() > 0 && socket.waitForBytesWritten(5000)) {
+        }
         EXPECT_TRUE(socket.state() == QLocalSocket::UnconnectedState || socket.waitForDisconnected(5000));
         EXPECT_TRUE(QTest::qWaitFor([&] { return errors(primary).contains(S(row.logged)); }, 5000))
             << errors(primary).toStdString();
@@ -389,6 +399,41 @@ TEST_F(IpcTest, BadFramesAreRefusedAndLoggedWhileThePrimaryKeepsServing)
     EXPECT_TRUE(finishedWithZero(launch({S("after.mp4")})));
     EXPECT_TRUE(QTest::qWaitFor([&] { return commands(primary->processId(), S("AddFile")).size() == 1; }, 5000));
     EXPECT_EQ(primary->state(), QProcess::Running);
+}
+
+// The payload a start writes is what the primary reads back; a damaged one says why.
+TEST(IpcFrameTest, FramesDecodeAsEncodedAndDamagedOnesSayWhy)
+{
+    const IPC::Frame sent{42, false, {{S("/v/a.mp4"), S("/v/été.mov"), QString()}, S("video"), S("slideshow")}};
+    const QByteArray payload = IPC::Controller::encodeFrame(sent);
+    const auto received = IPC::Controller::decodeFrame(payload);
+    ASSERT_TRUE(received);
+    EXPECT_EQ(received->id, 42u);
+    EXPECT_FALSE(received->final);
+    EXPECT_EQ(received->request.files, sent.request.files);
+    EXPECT_EQ(received->request.category, S("video"));
+    EXPECT_EQ(received->request.mode, S("slideshow"));
+
+    QByteArray otherVersion = payload;
+    otherVersion[5] = 9; // the version follows the four bytes of the magic number
+    struct Row
+    {
+        const char* name;
+        QByteArray payload;
+        const char* problem;
+    };
+    const Row rows[] = {
+        {"cut short", payload.left(payload.size() - 1), "truncated"},
+        {"trailing bytes", payload + 'x', "trailing bytes"},
+        {"another program's bytes", "hello", "not a request of this program"},
+        {"another version", otherVersion, "protocol version 9"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        QString problem;
+        EXPECT_FALSE(IPC::Controller::decodeFrame(row.payload, &problem));
+        EXPECT_TRUE(problem.contains(S(row.problem))) << problem.toStdString();
+    }
 }
 
 // A start while the primary is quitting becomes the primary itself: its file is handled once.

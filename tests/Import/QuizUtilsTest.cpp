@@ -82,6 +82,11 @@ TEST(QuizUtilsTest, HostileDescriptionsAreRefusedWithTheKeyAndIndex)
         {"truncated", valid.left(valid.size() / 2), QStringLiteral("The quiz description is not valid JSON")},
         {"not an object", "[1, 2]", QStringLiteral("The quiz description must be a JSON object.")},
         {"nested without end", deep, QStringLiteral("The quiz description is not valid JSON (too deeply nested")},
+        {"repeated key", R"({"questions": ["a"], "\u0071uestions": ["b"]})",
+         QStringLiteral("The quiz description is not valid JSON (the key \"questions\" repeated at byte 21).")},
+        // Found by fuzzing: Qt compares keys only up to a NUL, so these two were one key to it.
+        {"keys equal up to a NUL", QByteArray("{\"quest\0a\":[[0]],\"quest\0b\":1}", 29),
+         QStringLiteral("The quiz description is not valid JSON (a key holding a NUL character at byte 1).")},
         {"oversized", huge,
          QStringLiteral("The quiz description has %1 bytes, more than the 8388608 allowed.").arg(huge.size())},
         {"missing questions", edited("questions", QJsonValue::Undefined),

@@ -91,6 +91,9 @@ TEST_F(ProjectTest, badFilesAreRefusedWithTheirOwnMessage)
     newer.replace("\"version\": 1", "\"version\": 7");
     QByteArray foreign = good;
     foreign.replace("\"format\": \"dscproj\"", "\"format\": \"other\"");
+    // Qt alone would keep the second "media" and lose the memory of the first.
+    QByteArray repeated = good;
+    repeated.replace("\"name\": \"Holiday\"", "\"media\": [[1]], \"name\": \"Holiday\"");
     QByteArray badTrack = good;
     badTrack.replace("\"track\": 3", "\"track\": 9");
     struct Row
@@ -108,6 +111,7 @@ TEST_F(ProjectTest, badFilesAreRefusedWithTheirOwnMessage)
         {"random bytes", QByteArray(300, '\x9c'), true, Project::Status::Corrupted, "damaged or incomplete"},
         {"another format", foreign, true, Project::Status::Corrupted, "damaged or incomplete"},
         {"a clip on a track that does not exist", badTrack, true, Project::Status::Corrupted, "damaged or incomplete"},
+        {"a repeated key", repeated, true, Project::Status::Corrupted, "damaged or incomplete"},
         {"a newer version", newer, true, Project::Status::NewerVersion, "newer version"},
     };
     for (const Row& row : rows) {

@@ -82,17 +82,6 @@ QDataStream& versioned(QDataStream& stream)
     return stream;
 }
 
-QByteArray requestPayload(quint64 id, bool final, const Request& request, const QStringList& files)
-{
-    QByteArray payload;
-    QDataStream out(&payload, QIODevice::WriteOnly);
-    versioned(out) << kMagic << Controller::ProtocolVersion << id << quint8(final ? 1 : 0) << request.mode
-                   << request.category << quint32(files.size());
-    for (const QString& file : files)
-        out << file;
-    return payload;
-}
-
 QByteArray replyPayload(quint64 id, Status status)
 {
     QByteArray payload;
@@ -166,7 +155,6 @@ public:
     void accept();
     void serve(QLocalSocket* socket);
     void refuse(QLocalSocket* socket, const QString& reason);
-    bool parse(const QByteArray& payload, Request* request, quint64* id, bool* final, QString* problem);
     void removeStaleLock();
 
     Controller* q;
@@ -272,7 +260,8 @@ Controller::Private::Sent Controller::Private::send(const Request& request, cons
         const QStringList chunk = request.files.mid(offset, kFilesPerChunk);
         offset += chunk.size();
         const bool final = offset >= request.files.size();
-        const Sent sent = sendFrame(socket, requestPayload(id, final, request, chunk), id, deadline);
+        const Sent sent =
+            sendFrame(socket, encodeFrame({id, final, {chunk, request.category, request.mode}}), id, deadline);
         // Earlier frames were only taken in: the primary delivers a request on its final
         // frame, so a request that fails half-way is resent or taken over as a whole.
         if (sent != Sent::Acknowledged)
@@ -432,42 +421,51 @@ void Controller::Private::refuse(QLocalSocket* socket, const QString& reason)
     Q_EMIT q->requestRefused(reason);
 }
 
-bool Controller::Private::parse(const QByteArray& payload, Request* request, quint64* id, bool* final, QString* problem)
+QByteArray Controller::encodeFrame(const Frame& frame)
 {
+    QByteArray payload;
+    QDataStream out(&payload, QIODevice::WriteOnly);
+    versioned(out) << kMagic << ProtocolVersion << frame.id << quint8(frame.final ? 1 : 0) << frame.request.mode
+                   << frame.request.category << quint32(frame.request.files.size());
+    for (const QString& file : frame.request.files)
+        out << file;
+    return payload;
+}
+
+std::optional<Frame> Controller::decodeFrame(const QByteArray& payload, QString* problem)
+{
+    auto refused = [problem](const QString& why) {
+        if (problem)
+            *problem = why;
+        return std::nullopt;
+    };
     QDataStream in(payload);
     quint32 magic = 0;
     quint16 version = 0;
     quint8 finalFlag = 0;
     quint32 count = 0;
     versioned(in) >> magic >> version;
-    if (in.status() != QDataStream::Ok || magic != kMagic) {
-        *problem = QStringLiteral("a malformed frame (not a request of this program)");
-        return false;
-    }
-    if (version != ProtocolVersion) {
-        *problem = QStringLiteral("a frame of protocol version %1 (this instance speaks %2)")
-                       .arg(version)
-                       .arg(ProtocolVersion);
-        return false;
-    }
-    in >> *id >> finalFlag >> request->mode >> request->category >> count;
+    if (in.status() != QDataStream::Ok || magic != kMagic)
+        return refused(QStringLiteral("a malformed frame (not a request of this program)"));
+    if (version != ProtocolVersion)
+        return refused(QStringLiteral("a frame of protocol version %1 (this instance speaks %2)")
+                           .arg(version)
+                           .arg(ProtocolVersion));
+    Frame frame;
+    in >> frame.id >> finalFlag >> frame.request.mode >> frame.request.category >> count;
     // Every path takes at least its four length bytes.
-    if (in.status() != QDataStream::Ok || count > quint32(MaxFilesPerFrame) || qint64(count) * 4 > payload.size()) {
-        *problem = QStringLiteral("a malformed frame (bad header or %1 files)").arg(count);
-        return false;
-    }
-    request->files.reserve(request->files.size() + int(count));
+    if (in.status() != QDataStream::Ok || count > quint32(MaxFilesPerFrame) || qint64(count) * 4 > payload.size())
+        return refused(QStringLiteral("a malformed frame (bad header or %1 files)").arg(count));
+    frame.request.files.reserve(int(count));
     for (quint32 i = 0; i < count; ++i) {
         QString file;
         in >> file;
-        request->files << file;
+        frame.request.files << file;
     }
-    if (in.status() != QDataStream::Ok || !in.atEnd()) {
-        *problem = QStringLiteral("a malformed frame (truncated or trailing bytes)");
-        return false;
-    }
-    *final = finalFlag != 0;
-    return true;
+    if (in.status() != QDataStream::Ok || !in.atEnd())
+        return refused(QStringLiteral("a malformed frame (truncated or trailing bytes)"));
+    frame.final = finalFlag != 0;
+    return frame;
 }
 
 void Controller::Private::serve(QLocalSocket* socket)
@@ -484,14 +482,21 @@ void Controller::Private::serve(QLocalSocket* socket)
             socket->abort();
             return;
         }
-        Request request = partial.value(socket);
-        quint64 id = 0;
-        bool final = false;
         QString problem;
-        if (!parse(payload, &request, &id, &final, &problem)) {
+        const std::optional<Frame> received = decodeFrame(payload, &problem);
+        if (!received) {
             refuse(socket, problem);
             return;
         }
+        Request request = partial.value(socket);
+        request.files += received->request.files;
+        request.mode = received->request.mode;
+        request.category = received->request.category;
+        if (request.files.size() > MaxFilesPerRequest) {
+            refuse(socket, QStringLiteral("a request of more than %1 files").arg(MaxFilesPerRequest));
+            return;
+        }
+        const bool final = received->final;
         if (final)
             partial.remove(socket);
         else
@@ -502,7 +507,7 @@ void Controller::Private::serve(QLocalSocket* socket)
             Q_EMIT q->requestReceived(request);
             q->deliver(request);
         }
-        socket->write(frame(replyPayload(id, Accepted)));
+        socket->write(frame(replyPayload(received->id, Accepted)));
         socket->flush();
     }
 }

@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 class CommandProvider;
 
@@ -20,6 +21,16 @@ struct Request
     QStringList files;
     QString category;
     QString mode;
+};
+
+// One frame of a request as it travels, without its length prefix: the request's id, whether
+// it is the request's last frame, and its part of the request (mode, category and a run of
+// its files; a primary appends the files of a request's frames in order).
+struct Frame
+{
+    quint64 id = 0;
+    bool final = true;
+    Request request;
 };
 
 // Hands requests from a later start of the editor to the first one of the same user.
@@ -90,9 +101,17 @@ public:
     // The socket path an instance of `application` with `key` uses for this user.
     static QString serverNameFor(const QString& application, const QString& key);
 
+    // The payload of a request frame, and back: what a secondary sends and what the primary
+    // reads. A payload that is not a whole request frame of this program and protocol version
+    // gives nothing and, in `problem`, why.
+    static QByteArray encodeFrame(const Frame& frame);
+    static std::optional<Frame> decodeFrame(const QByteArray& payload, QString* problem = nullptr);
+
     // Frame limits; larger requests are sent in several frames.
     static constexpr int MaxFrameBytes = 8 * 1024 * 1024;
     static constexpr int MaxFilesPerFrame = 10000;
+    // A request whose frames add up to more files is refused: the sender handles it itself.
+    static constexpr int MaxFilesPerRequest = 100000;
     static constexpr quint16 ProtocolVersion = 1;
 
 Q_SIGNALS:

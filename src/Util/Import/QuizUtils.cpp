@@ -1,5 +1,7 @@
 #include "QuizUtils.h"
 
+#include <Util/Interfaces/EditorSerialization.h>
+
 #include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -237,12 +239,10 @@ std::optional<QJsonObject> parse(const QByteArray& json, QString* error)
              tr("The quiz description has %1 bytes, more than the %2 allowed.").arg(json.size()).arg(maxDocumentBytes));
         return std::nullopt;
     }
-    QJsonParseError parseError;
-    const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
-    if (parseError.error != QJsonParseError::NoError) {
-        fail(error, tr("The quiz description is not valid JSON (%1 at byte %2).")
-                        .arg(parseError.errorString())
-                        .arg(parseError.offset));
+    QString why;
+    const QJsonDocument document = Serialize::readJson(json, &why);
+    if (document.isNull()) {
+        fail(error, tr("The quiz description is not valid JSON (%1).").arg(why));
         return std::nullopt;
     }
     if (!document.isObject()) {

@@ -22,7 +22,8 @@
 //   {"questions": ["2 + 2?"], "answers": [["3", "4"]], "correctResults": [[1]],
 //    "timestamp": 120000000, "replayFrom ": 0}
 //
-// Readers refuse a malformed, truncated, wrongly typed or oversized description with a reason
+// Readers refuse a malformed, truncated, wrongly typed or oversized description, or one that
+// repeats a key inside an object, with a reason
 // naming the key and index, fill nothing, never throw, and allocate in proportion to the
 // input, which is bounded by maxDocumentBytes.
 namespace Quiz::Utils {

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QByteArray>
+#include <QJsonDocument>
+#include <QString>
+
+namespace Serialize {
+
+// The JSON document of `data` as QJsonDocument::fromJson reads it, except that a document
+// repeating a key inside one object is refused before Qt parses it: Qt 5.15's parser loses
+// the memory of the earlier value of such a key when it is an array or an object, and no
+// writer of ours repeats a key. Keys compare with escapes decoded ("a" and "\u0061" are the
+// same key); a key holding a NUL character is refused as well, since Qt compares keys only
+// up to it.
+//
+// A refused document gives a null document and, in `error` when given, the reason and where
+// ("illegal value at byte 4", "the key "a" repeated at byte 10").
+QJsonDocument readJson(const QByteArray& data, QString* error = nullptr);
+
+} // namespace Serialize
