@@ -4,6 +4,8 @@
 //
 //   ./build/release/bench/bench_import --benchmark_counters_tabular=true
 
+#include "common/ThreadClock.h"
+
 #include <Util/Dialog/Dialog.h>
 #include <Util/Error.h>
 #include <Util/Import/BaseFileOpenHandler.h>
@@ -156,6 +158,42 @@ void BM_ProcessingPass(benchmark::State& state)
     setCounters(state, batch.handler.lastAnalysis);
 }
 BENCHMARK(BM_ProcessingPass)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+
+// The growth of the pass for 10x more files, measured within each iteration (thread CPU time)
+// so that a busy machine slows the sizes alike: after one pass to warm up, 100 passes over 1,000
+// files, 10 over 10,000 and one over 100,000. "growth_10k" is the time of a 10,000-file pass over that of a 1,000-file
+// pass, "growth_100k" that of 100,000 over 10,000 (goal: at most 11 each).
+void BM_ProcessingPassGrowth(benchmark::State& state)
+{
+    Batch small(1000), middle(10000), large(100000);
+    double seconds[3] = {};
+    for (auto _ : state) {
+        int round = 0;
+        for (Batch* batch : {&small, &middle, &large}) {
+            const int passes = 100000 / int(batch->handler.files().size());
+            batch->handler.runPass(); // each size is measured warm, as BM_ProcessingPass measures it
+            const double start = Bench::threadSeconds();
+            for (int i = 0; i < passes; ++i)
+                batch->handler.runPass();
+            const double perPass = (Bench::threadSeconds() - start) / passes;
+            seconds[round++] += perPass;
+            benchmark::DoNotOptimize(batch->handler.lastAnalysis);
+            if (batch == &large)
+                state.SetIterationTime(perPass);
+        }
+    }
+    if (large.handler.lastAnalysis.failedFiles.size() != 10000
+        || large.handler.lastAnalysis.code20Files.size() != 5000) {
+        state.SkipWithError("the pass lost failed files");
+        return;
+    }
+    state.counters["ms_1k"] = seconds[0] / double(state.iterations()) * 1e3;
+    state.counters["ms_10k"] = seconds[1] / double(state.iterations()) * 1e3;
+    state.counters["ms_100k"] = seconds[2] / double(state.iterations()) * 1e3;
+    state.counters["growth_10k"] = seconds[1] / seconds[0];
+    state.counters["growth_100k"] = seconds[2] / seconds[1];
+}
+BENCHMARK(BM_ProcessingPassGrowth)->Iterations(30)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 void BM_ProcessingPassReference(benchmark::State& state)
 {

@@ -29,7 +29,7 @@ TypeRecord* Dispatcher::typeRecord(const std::type_index& messageType)
 {
     auto it = m_types.find(messageType);
     if (it == m_types.end())
-        it = m_types.emplace(messageType, std::make_unique<TypeRecord>(messageType)).first;
+        it = m_types.emplace(messageType, std::make_unique<TypeRecord>(messageType, *this)).first;
     return it->second.get();
 }
 
@@ -47,7 +47,7 @@ bool Dispatcher::hasSubscribers(const std::type_index& messageType, const PubSub
     if (it == m_types.end())
         return false;
     const TypeRecord& record = *it->second;
-    return !record.all.empty() || (source && record.perObject.contains(source));
+    return !record.all.empty() || (source && headOf(&record, source));
 }
 
 std::uint64_t Dispatcher::addEntry(EntryList& list, SubscriberBase* base, void* self)
@@ -69,15 +69,27 @@ bool Dispatcher::removeEntry(EntryList& list, const SubscriberBase* base)
     return true;
 }
 
+namespace {
+
+// An unused element of a pool whose free elements are linked by `next` from `freeHead`, or a new
+// one at its end.
+template <class T>
+std::uint32_t takeFromPool(std::vector<T>& pool, std::uint32_t& freeHead)
+{
+    const std::uint32_t index = freeHead;
+    if (index) {
+        freeHead = pool[index].next;
+        return index;
+    }
+    pool.emplace_back();
+    return std::uint32_t(pool.size() - 1);
+}
+
+} // namespace
+
 void Dispatcher::addNode(std::uint32_t& head, SubscriberBase* base, void* self)
 {
-    std::uint32_t index = m_freeNodes;
-    if (index) {
-        m_freeNodes = m_nodes[index].next;
-    } else {
-        index = std::uint32_t(m_nodes.size());
-        m_nodes.emplace_back();
-    }
+    const std::uint32_t index = takeFromPool(m_nodes, m_freeNodes);
     m_nodes[index] = Node{base, self, m_nextSerial++, 0};
     std::uint32_t* link = &head;
     while (*link)
@@ -102,6 +114,41 @@ bool Dispatcher::removeNode(std::uint32_t& head, const SubscriberBase* base)
     return true;
 }
 
+std::uint32_t& Dispatcher::listOf(TypeRecord* type, const PubSub::Object* source)
+{
+    std::uint32_t& first = m_objects.insert(source); // stays valid: the object table grows no more here
+    std::uint32_t last = 0;
+    for (std::uint32_t i = first; i; i = m_lists[i].next) {
+        if (m_lists[i].type == type)
+            return m_lists[i].head;
+        last = i;
+    }
+    const std::uint32_t index = takeFromPool(m_lists, m_freeLists);
+    m_lists[index] = ObjectList{type, 0, 0};
+    (last ? m_lists[last].next : first) = index;
+    ++type->objects;
+    return m_lists[index].head;
+}
+
+void Dispatcher::dropIfEmpty(TypeRecord* type, const PubSub::Object* source)
+{
+    std::uint32_t* first = m_objects.find(source);
+    if (!first)
+        return;
+    std::uint32_t* link = first;
+    while (*link && m_lists[*link].type != type)
+        link = &m_lists[*link].next;
+    const std::uint32_t index = *link;
+    if (!index || m_lists[index].head)
+        return;
+    *link = m_lists[index].next;
+    m_lists[index] = ObjectList{nullptr, 0, m_freeLists};
+    m_freeLists = index;
+    --type->objects;
+    if (!*first)
+        m_objects.erase(source);
+}
+
 // --- Delivery ---------------------------------------------------------------------------------
 
 Delivery::Delivery(TypeRecord& record, const PubSub::Object* source)
@@ -112,7 +159,7 @@ Delivery::Delivery(TypeRecord& record, const PubSub::Object* source)
         return;
     }
     const std::vector<Node>& nodes = Dispatcher::instance().m_nodes;
-    const std::uint32_t* own = record.perObject.find(source);
+    const std::uint32_t* own = Dispatcher::instance().headOf(&record, source);
     const std::uint32_t head = own ? *own : 0;
     for (std::uint32_t i = head; i; i = nodes[i].next)
         m_targets.push_back(Target{nodes[i].self, nodes[i].serial, false});
@@ -135,7 +182,7 @@ void* Delivery::liveTarget(std::size_t index) const
         const bool alive = std::any_of(all.begin(), all.end(), [&t](const Entry& e) { return e.serial == t.serial; });
         return alive ? t.self : nullptr;
     }
-    const std::uint32_t* head = m_record.perObject.find(m_source);
+    const std::uint32_t* head = dispatcher.headOf(&m_record, m_source);
     for (std::uint32_t i = head ? *head : 0; i; i = dispatcher.m_nodes[i].next) {
         if (dispatcher.m_nodes[i].serial == t.serial)
             return t.self;
@@ -280,23 +327,25 @@ void SubscriberBase::unregisterSelf(SubscriberBase* base, void* self, const std:
 
 void SubscriberBase::attach(const Registration& r, const PubSub::Object* object)
 {
-    Dispatcher::instance().addNode(r.record->perObject.insert(object), this, r.self);
+    Dispatcher& dispatcher = Dispatcher::instance();
+    dispatcher.addNode(dispatcher.listOf(r.record, object), this, r.self);
 }
 
 void SubscriberBase::detach(const Registration& r, const PubSub::Object* object)
 {
-    std::uint32_t* head = r.record->perObject.find(object);
+    Dispatcher& dispatcher = Dispatcher::instance();
+    std::uint32_t* head = const_cast<std::uint32_t*>(dispatcher.headOf(r.record, object));
     if (!head)
         return;
-    Dispatcher::instance().removeNode(*head, this);
+    dispatcher.removeNode(*head, this);
     if (!*head)
-        r.record->perObject.erase(object);
+        dispatcher.dropIfEmpty(r.record, object);
 }
 
 template <class F>
 void SubscriberBase::forEachObject(F&& f) const
 {
-    m_objects.forEach([&f](const void* object, bool) { f(static_cast<const PubSub::Object*>(object)); });
+    m_objects.forEach([&f](const void* object, const Subscribed&) { f(static_cast<const PubSub::Object*>(object)); });
 }
 
 void SubscriberBase::attachAll(const Registration& r)

@@ -17,6 +17,7 @@
 namespace PubSub::Details {
 
 class SubscriberBase;
+struct TypeRecord;
 
 // One subscription of one subscriber to one source (or to all sources) of one message type.
 struct Entry
@@ -29,9 +30,8 @@ struct Entry
 using EntryList = boost::container::small_vector<Entry, 1>;
 
 // One subscription to one source object: a node of that source's list for one message type. The
-// nodes live in one pool of the dispatcher, linked by index (0 ends a list), so the per-source
-// tables keep 16-byte slots (a few of them per cache line, however many objects are subscribed)
-// and a subscription allocates nothing but the pool's occasional doubling.
+// nodes live in one pool of the dispatcher, linked by index (0 ends a list), so a subscription
+// allocates nothing but the pool's occasional doubling.
 struct Node
 {
     SubscriberBase* base;
@@ -40,21 +40,32 @@ struct Node
     std::uint32_t next;
 };
 
+// The list of the subscriptions of one message type to one source object: a link of that
+// object's chain of lists (one per message type it has subscribers of), kept in a pool like
+// the nodes. One table maps each subscribed object to its chain, whatever the message types,
+// so a subscriber of several types finds the object once (one cache line, not one per type).
+struct ObjectList
+{
+    const TypeRecord* type;
+    std::uint32_t head; // first node
+    std::uint32_t next; // next list of the same object
+};
+
+class Dispatcher;
+
 // Everything the dispatcher knows about one message type. Records are made on first use and
 // live as long as the process, so a publisher may keep a pointer to its message type's record.
 struct TypeRecord
 {
-    explicit TypeRecord(const std::type_index& t) : type(t) {}
+    TypeRecord(const std::type_index& t, const Dispatcher& d) : type(t), dispatcher(d) {}
 
-    bool empty() const noexcept { return perObject.empty() && all.empty(); }
+    bool empty() const noexcept { return objects == 0 && all.empty(); }
     // Whether a message of this type to `source` reaches nobody (a null source is not decided here).
-    bool reachesNobody(const PubSub::Object* source) const noexcept
-    {
-        return all.empty() && source && !perObject.contains(source);
-    }
+    inline bool reachesNobody(const PubSub::Object* source) const noexcept;
 
     std::type_index type;
-    PointerMap<std::uint32_t> perObject; // source object -> first node of its list
+    const Dispatcher& dispatcher;
+    std::size_t objects = 0; // source objects with a subscription of this type
     EntryList all;
     std::size_t registrations = 0;
 };
@@ -96,7 +107,7 @@ private:
 
 // The process-wide dispatcher. It keeps, per message type, the subscribers of each source object
 // and those of every source, in subscription order, which is the delivery order. Subscribing and
-// unsubscribing cost a few hash-map operations whatever the number of subscriptions.
+// unsubscribing cost one look-up in the object table whatever the number of subscriptions.
 class Dispatcher
 {
 public:
@@ -116,6 +127,17 @@ public:
     // Whether a message of `messageType` addressed to `source` would reach anybody.
     bool hasSubscribers(const std::type_index& messageType, const PubSub::Object* source) const;
 
+    // The first node of the subscriptions of `type` to `source`, or null when there are none.
+    const std::uint32_t* headOf(const TypeRecord* type, const PubSub::Object* source) const noexcept
+    {
+        const std::uint32_t* first = m_objects.find(source);
+        for (std::uint32_t i = first ? *first : 0; i; i = m_lists[i].next) {
+            if (m_lists[i].type == type)
+                return &m_lists[i].head;
+        }
+        return nullptr;
+    }
+
 private:
     Dispatcher();
     ~Dispatcher();
@@ -125,16 +147,28 @@ private:
     // Appends a node to the list starting at `head` / unlinks the node of `base` from it.
     void addNode(std::uint32_t& head, SubscriberBase* base, void* self);
     bool removeNode(std::uint32_t& head, const SubscriberBase* base);
+    // The list of `type` for `source`, made (empty) when missing; valid until the next list is made.
+    std::uint32_t& listOf(TypeRecord* type, const PubSub::Object* source);
+    // Drops the list of `type` for `source` once it holds no node.
+    void dropIfEmpty(TypeRecord* type, const PubSub::Object* source);
 
     friend class SubscriberBase;
     friend class Delivery;
 
     std::unordered_map<std::type_index, std::unique_ptr<TypeRecord>> m_types;
-    std::vector<Node> m_nodes = std::vector<Node>(1); // node 0 stands for "none"
-    std::uint32_t m_freeNodes = 0;                    // first unused node, linked by `next`
+    std::vector<Node> m_nodes = std::vector<Node>(1);             // node 0 stands for "none"
+    std::uint32_t m_freeNodes = 0;                                // first unused node, linked by `next`
+    PointerMap<std::uint32_t> m_objects;                          // source object -> first of its lists
+    std::vector<ObjectList> m_lists = std::vector<ObjectList>(1); // list 0 stands for "none"
+    std::uint32_t m_freeLists = 0;
     std::uint64_t m_nextSerial = 1;
     std::uint64_t m_removals = 0;
     std::size_t m_subscriptions = 0;
 };
+
+bool TypeRecord::reachesNobody(const PubSub::Object* source) const noexcept
+{
+    return all.empty() && source && !dispatcher.headOf(this, source);
+}
 
 } // namespace PubSub::Details

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -28,7 +29,7 @@ public:
             return nullptr;
         for (std::size_t i = home(key);; i = (i + 1) & m_mask) {
             if (m_slots[i].key == key)
-                return &m_slots[i].value;
+                return &m_slots[i].get();
             if (!m_slots[i].key)
                 return nullptr;
         }
@@ -46,14 +47,14 @@ public:
             if (m_slots[i].key == key) {
                 if (inserted)
                     *inserted = false;
-                return m_slots[i].value;
+                return m_slots[i].get();
             }
         }
         m_slots[i].key = key;
         ++m_size;
         if (inserted)
             *inserted = true;
-        return m_slots[i].value;
+        return m_slots[i].get();
     }
 
     bool erase(const void* key)
@@ -75,7 +76,7 @@ public:
             }
         }
         m_slots[i].key = nullptr;
-        m_slots[i].value = V();
+        m_slots[i].get() = V();
         --m_size;
         return true;
     }
@@ -94,16 +95,28 @@ public:
     {
         for (const Slot& slot : m_slots) {
             if (slot.key)
-                f(slot.key, slot.value);
+                f(slot.key, slot.get());
         }
     }
 
 private:
-    struct Slot
+    // A value of an empty type (a set's) takes no room: the slot is the key alone, eight bytes.
+    template <class T, bool = std::is_empty_v<T>>
+    struct SlotOf
     {
         const void* key = nullptr;
-        V value{};
+        T value{};
+        T& get() noexcept { return value; }
+        const T& get() const noexcept { return value; }
     };
+    template <class T>
+    struct SlotOf<T, true> : T
+    {
+        const void* key = nullptr;
+        T& get() noexcept { return *this; }
+        const T& get() const noexcept { return *this; }
+    };
+    using Slot = SlotOf<V>;
 
     std::size_t home(const void* key) const noexcept
     {
@@ -132,7 +145,7 @@ private:
         m_size = 0;
         for (Slot& slot : old) {
             if (slot.key)
-                insert(slot.key) = std::move(slot.value);
+                insert(slot.key) = std::move(slot.get());
         }
     }
 

@@ -67,7 +67,10 @@ private:
     void forEachObject(F&& f) const;
 
     std::vector<Registration> m_registrations;
-    PointerMap<bool> m_objects; // the objects subscribed to (as a set)
+    struct Subscribed
+    {
+    };
+    PointerMap<Subscribed> m_objects; // the objects subscribed to (as a set of 8-byte slots)
     std::vector<std::type_index> m_allTypes;
 };
 

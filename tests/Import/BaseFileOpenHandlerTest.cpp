@@ -219,3 +219,66 @@ TEST_F(BaseFileOpenHandlerTest, ResolveFollowsTheFailedFlagOfWatchedFiles)
     EXPECT_EQ(late.resolve(file), BaseFileOpenHandler::OpenFailed);
     EXPECT_EQ(late.makeFilesAnalyze().failedFiles, std::set<const Media::File*>{file});
 }
+
+namespace {
+
+// Logs what resolve() answers, call by call.
+class ResolveLog : public RecordingHandler
+{
+public:
+    mutable std::vector<std::pair<const Media::File*, ErrorType>> calls;
+
+protected:
+    ErrorType resolve(const Media::File* file) const override
+    {
+        const ErrorType type = BaseFileOpenHandler::resolve(file);
+        calls.emplace_back(file, type);
+        return type;
+    }
+};
+
+} // namespace
+
+TEST_F(BaseFileOpenHandlerTest, LargeBatchWithRemovalsAndARepeatIsResolvedEntryByEntry)
+{
+    ResolveLog handler;
+    std::vector<const Media::File*> batch;
+    const auto path = [](int i) { return QStringLiteral("/media/many%1.mp4").arg(i); };
+    for (int i = 0; i < 1200; ++i)
+        batch.push_back(addFile(handler, path(i)));
+    handler.watch(batch[7]); // a second entry for the same file, at the end
+    // Removed before anything finished, so the entries after them move forward.
+    const std::set<int> removed{0, 3, 500, 1199};
+    for (int i : removed)
+        host.remove(batch[i]);
+    ASSERT_EQ(handler.files().size(), 1197u);
+
+    // Every odd file fails (600 of them), every fourth with code 20 as well.
+    std::set<const Media::File*> failedFiles, code20Files;
+    for (int i = 0; i < 1200; ++i) {
+        if (removed.count(i))
+            continue;
+        const bool fails = i % 2 == 1;
+        opener->answer(path(i), fails ? failed(i % 4 == 1 ? std::vector<int>{5, 20} : std::vector<int>{36}) : opened());
+        if (fails)
+            failedFiles.insert(batch[i]);
+        if (fails && i % 4 == 1)
+            code20Files.insert(batch[i]);
+    }
+
+    const auto analysis = handler.makeFilesAnalyze();
+    EXPECT_EQ(analysis.failedFiles, failedFiles);
+    EXPECT_EQ(analysis.code20Files, code20Files);
+    // One call per entry, front to back, each answering for its own file.
+    ASSERT_EQ(handler.calls.size(), handler.files().size());
+    for (std::size_t i = 0; i < handler.calls.size(); ++i) {
+        SCOPED_TRACE(i);
+        const Media::File* file = handler.files()[i];
+        EXPECT_EQ(handler.calls[i].first, file);
+        const auto expected = code20Files.count(file)   ? BaseFileOpenHandler::Code20Failed
+                              : failedFiles.count(file) ? BaseFileOpenHandler::OpenFailed
+                                                        : BaseFileOpenHandler::NoError;
+        EXPECT_EQ(handler.calls[i].second, expected);
+    }
+    EXPECT_EQ(handler.calls.back().second, BaseFileOpenHandler::OpenFailed) << "the repeated entry follows its file";
+}

@@ -252,6 +252,62 @@ TEST_F(PubSubTest, DestroyedSubscriberReleasesEverySubscription)
     EXPECT_THAT(log, IsEmpty());
 }
 
+// Subscribers of one message type each, sharing objects: each object's lists of the two types
+// come and go independently, and many objects reuse the freed lists in any order.
+class PingOnly : public PubSub::Subscriber<Ping>
+{
+public:
+    void notify(const Ping& message) override { received.push_back(message.number); }
+    std::vector<int> received;
+};
+
+class PongOnly : public PubSub::Subscriber<Pong>
+{
+public:
+    void notify(const Pong&) override { ++pongs; }
+    int pongs = 0;
+};
+
+TEST_F(PubSubTest, SubscribersOfDifferentTypesOnOneObjectComeAndGoApart)
+{
+    Dispatcher& dispatcher = Dispatcher::instance();
+    std::vector<Record> records(300);
+    auto pongOnly = std::make_unique<PongOnly>();
+    PingOnly pingOnly;
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        pongOnly->subscribe(&records[i]);
+        if (i % 3 != 0)
+            pingOnly.subscribe(&records[i]);
+    }
+    for (std::size_t i = 0; i < records.size(); i += 2)
+        pongOnly->unsubscribe(&records[i]); // objects left with Ping only, or with nothing
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        SCOPED_TRACE(i);
+        EXPECT_EQ(dispatcher.hasSubscribers(typeid(Ping), &records[i]), i % 3 != 0);
+        EXPECT_EQ(dispatcher.hasSubscribers(typeid(Pong), &records[i]), i % 2 != 0);
+        sender.publish(Ping(&records[i], int(i)));
+        sender.publish(Pong(&records[i]));
+    }
+    EXPECT_EQ(pingOnly.received.size(), 200u);
+    EXPECT_EQ(pongOnly->pongs, 150);
+
+    pongOnly.reset(); // the Ping lists of the same objects stay
+    pingOnly.received.clear();
+    for (std::size_t i = records.size(); i-- > 0;)
+        sender.publish(Ping(&records[i], int(i)));
+    ASSERT_EQ(pingOnly.received.size(), 200u);
+    EXPECT_EQ(pingOnly.received.front(), 299);
+    EXPECT_FALSE(dispatcher.hasSubscribers(typeid(Pong), &records[1]));
+
+    // Freed lists are taken again by a new subscriber, in its own order.
+    PongOnly late;
+    for (std::size_t i = records.size(); i-- > 0;)
+        late.subscribe(&records[i]);
+    for (const Record& record : records)
+        sender.publish(Pong(&record));
+    EXPECT_EQ(late.pongs, 300);
+}
+
 TEST_F(PubSubTest, CopiedSubscriberHasTheSameSubscriptionsAndOutlivesNothing)
 {
     Listener original("original", log);

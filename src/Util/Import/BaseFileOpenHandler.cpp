@@ -7,7 +7,9 @@
 #include <Util/Interfaces/Core.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -26,8 +28,9 @@ struct ProcessingGuard
 
 } // namespace
 
-// Open addressing over file addresses, at most half full: a probe usually reads one cache line
-// whatever the size of the batch.
+// Open addressing over file addresses, at most half full, never shrinking: per file, its failure
+// state and where it first stands in the batch. Notifications find a file here with one probe;
+// the processing pass never does, it reads the states kept in batch order beside the files.
 class BaseFileOpenHandler::FailureTable
 {
     static_assert(alignof(Media::File) >= 8, "the table keeps a file's state in the low bits of its address");
@@ -39,46 +42,72 @@ public:
         FailedFlag = 1,
         Code20 = 2
     };
-    // Marks a used slot whose state went back to 0.
-    static constexpr std::uintptr_t Present = 4;
+    static constexpr std::uint32_t NoPosition = UINT32_MAX;
 
-    std::uint8_t state(const Media::File* file) const
+    struct Entry
+    {
+        std::uintptr_t bits = 0;             // file address | state | Present
+        std::uint32_t position = NoPosition; // index of the file's first entry in the batch
+        bool repeated = false;               // the file was watched more than once
+        const Media::File* file() const { return reinterpret_cast<const Media::File*>(bits & ~std::uintptr_t(7)); }
+        std::uint8_t state() const { return std::uint8_t(bits & 3); }
+    };
+
+    // Kept out of line, so that resolve() stays small enough to be inlined into the pass.
+    __attribute__((noinline)) std::uint8_t state(const Media::File* file) const
+    {
+        const Entry* entry = find(file);
+        return entry ? entry->state() : 0;
+    }
+
+    const Entry* find(const Media::File* file) const
     {
         if (m_slots.empty())
-            return 0;
+            return nullptr;
         for (std::size_t i = index(file);; i = (i + 1) & m_mask) {
-            const Slot slot = m_slots[i];
-            if (slot.fileOf() == file)
-                return std::uint8_t(slot.bits & 3);
+            const Entry& slot = m_slots[i];
+            if (slot.file() == file && slot.bits)
+                return &slot;
             if (!slot.bits)
-                return 0;
+                return nullptr;
+        }
+    }
+    Entry* find(const Media::File* file) { return const_cast<Entry*>(std::as_const(*this).find(file)); }
+
+    // The entry of `file`, made when missing. Entries are never taken out (a file whose state
+    // went back to 0 keeps its slot), so probing needs no tombstones.
+    Entry& entry(const Media::File* file)
+    {
+        if ((m_used + 1) * 2 > m_slots.size())
+            grow();
+        std::size_t i = index(file);
+        while (m_slots[i].bits && m_slots[i].file() != file)
+            i = (i + 1) & m_mask;
+        if (!m_slots[i].bits) {
+            m_slots[i].bits = reinterpret_cast<std::uintptr_t>(file) | Present;
+            ++m_used;
+        }
+        return m_slots[i];
+    }
+
+    static void setState(Entry& entry, std::uint8_t bits, bool on)
+    {
+        const std::uintptr_t state = on ? (entry.bits & 3) | bits : (entry.bits & 3) & ~std::uintptr_t(bits);
+        entry.bits = reinterpret_cast<std::uintptr_t>(entry.file()) | state | Present;
+    }
+
+    // Every batch position after `removed` moves one place forward.
+    void positionRemoved(std::uint32_t removed)
+    {
+        for (Entry& slot : m_slots) {
+            if (slot.bits && slot.position != NoPosition && slot.position > removed)
+                --slot.position;
         }
     }
 
-    // Starts loading the home slot of `file`, so that asking for it a little later does not
-    // wait for memory: a large batch's table is larger than the caches.
-    void prefetch(const Media::File* file) const
-    {
-        if (!m_slots.empty())
-            __builtin_prefetch(&m_slots[index(file)]);
-    }
-
-    void set(const Media::File* file, std::uint8_t bits, bool on)
-    {
-        if (!on && state(file) == 0)
-            return;
-        Slot& slot = find(file);
-        const std::uintptr_t state = on ? ((slot.bits & 7) | bits) : ((slot.bits & 7) & ~std::uintptr_t(bits));
-        slot.bits = reinterpret_cast<std::uintptr_t>(file) | state | Present;
-    }
-
 private:
-    // A file address with the state in its low bits (records are at least 8-byte aligned).
-    struct Slot
-    {
-        std::uintptr_t bits = 0;
-        const Media::File* fileOf() const { return reinterpret_cast<const Media::File*>(bits & ~std::uintptr_t(7)); }
-    };
+    // Marks a used slot whose state went back to 0.
+    static constexpr std::uintptr_t Present = 4;
 
     std::size_t index(const Media::File* file) const
     {
@@ -89,38 +118,60 @@ private:
         return std::size_t(key >> 20) & m_mask;
     }
 
-    // The slot of `file`, made when missing. Entries are never taken out (a file whose state
-    // went back to 0 keeps its slot), so probing needs no tombstones.
-    Slot& find(const Media::File* file)
-    {
-        if ((m_used + 1) * 2 > m_slots.size())
-            grow();
-        std::size_t i = index(file);
-        while (m_slots[i].bits && m_slots[i].fileOf() != file)
-            i = (i + 1) & m_mask;
-        if (!m_slots[i].bits) {
-            m_slots[i].bits = reinterpret_cast<std::uintptr_t>(file) | Present;
-            ++m_used;
-        }
-        return m_slots[i];
-    }
-
     void grow()
     {
-        std::vector<Slot> old = std::move(m_slots);
-        m_slots.assign(old.empty() ? 64 : old.size() * 2, Slot());
+        std::vector<Entry> old = std::move(m_slots);
+        m_slots.assign(old.empty() ? 64 : old.size() * 2, Entry());
         m_mask = m_slots.size() - 1;
         m_used = 0;
-        for (const Slot& slot : old) {
-            if (slot.bits & 3)
-                find(slot.fileOf()).bits = slot.bits;
+        for (const Entry& slot : old) {
+            if (slot.bits)
+                entry(slot.file()) = slot;
         }
     }
 
-    std::vector<Slot> m_slots;
+    std::vector<Entry> m_slots;
     std::size_t m_mask = 0;
     std::size_t m_used = 0;
+
+public:
+    // The lists a pass gathers, kept until the batch is forgotten: a pass then allocates nothing
+    // but the nodes of its sets (a large allocation would first merge every small block freed
+    // since, the previous analysis's nodes among them).
+    std::vector<const Media::File*> failed, code20, scratch;
 };
+
+namespace {
+
+// Sorts file addresses in a few counting passes over the bits in which they differ (11 at a
+// time), so the cost grows with the number of files alone; short lists use std::sort.
+void sortAddresses(std::vector<const Media::File*>& list, std::vector<const Media::File*>& scratch)
+{
+    if (list.size() < 512) {
+        std::sort(list.begin(), list.end());
+        return;
+    }
+    const auto [lowest, highest] = std::minmax_element(list.begin(), list.end());
+    const std::uintptr_t base = reinterpret_cast<std::uintptr_t>(*lowest);
+    const std::uintptr_t span = (reinterpret_cast<std::uintptr_t>(*highest) - base) >> 3;
+    constexpr unsigned DigitBits = 11;
+    std::array<std::uint32_t, std::size_t(1) << DigitBits> counts;
+    scratch.resize(list.size());
+    auto key = [base](const Media::File* file) { return (reinterpret_cast<std::uintptr_t>(file) - base) >> 3; };
+    for (unsigned shift = 0; shift < 64 && (span >> shift) != 0; shift += DigitBits) {
+        counts.fill(0);
+        for (const Media::File* file : list)
+            ++counts[(key(file) >> shift) & (counts.size() - 1)];
+        std::uint32_t sum = 0;
+        for (std::uint32_t& count : counts)
+            sum += std::exchange(count, sum);
+        for (const Media::File* file : list)
+            scratch[counts[(key(file) >> shift) & (counts.size() - 1)]++] = file;
+        list.swap(scratch);
+    }
+}
+
+} // namespace
 
 BaseFileOpenHandler::BaseFileOpenHandler()
     : m_failures(std::make_unique<FailureTable>()),
@@ -135,14 +186,44 @@ void BaseFileOpenHandler::watchFile(const Media::File* file)
 {
     if (!file)
         return;
+    FailureTable::Entry& entry = m_failures->entry(file);
+    FailureTable::setState(entry, FailureTable::FailedFlag, file->isFailed());
+    if (inBatchAt(file, entry.position)) {
+        entry.repeated = true;
+    } else {
+        entry.position = std::uint32_t(m_files.size());
+        entry.repeated = false;
+    }
     m_files.push_back(file);
-    followFailedFlag(file);
+    m_states.push_back(entry.state());
     subscribe(file);
+}
+
+bool BaseFileOpenHandler::inBatchAt(const Media::File* file, std::uint32_t position) const
+{
+    return position < m_files.size() && m_files[position] == file;
+}
+
+void BaseFileOpenHandler::setFailure(const Media::File* file, std::uint8_t bits, bool on)
+{
+    FailureTable::Entry* entry = on ? &m_failures->entry(file) : m_failures->find(file);
+    if (!entry)
+        return;
+    FailureTable::setState(*entry, bits, on);
+    if (!inBatchAt(file, entry->position))
+        return;
+    m_states[entry->position] = entry->state();
+    if (!entry->repeated)
+        return;
+    for (std::size_t i = entry->position + 1; i < m_files.size(); ++i) {
+        if (m_files[i] == file)
+            m_states[i] = entry->state();
+    }
 }
 
 void BaseFileOpenHandler::followFailedFlag(const Media::File* file)
 {
-    m_failures->set(file, FailureTable::FailedFlag, file->isFailed());
+    setFailure(file, FailureTable::FailedFlag, file->isFailed());
 }
 
 void BaseFileOpenHandler::fileChanged(const Media::File* file, const Media::File*) { followFailedFlag(file); }
@@ -167,12 +248,18 @@ void BaseFileOpenHandler::fileRemoved(const Media::File* file)
 {
     if (!file)
         return;
-    const auto it = std::find(m_files.begin(), m_files.end(), file);
-    if (it != m_files.end())
-        m_files.erase(it);
+    if (FailureTable::Entry* entry = m_failures->find(file); entry && inBatchAt(file, entry->position)) {
+        const std::uint32_t removed = entry->position;
+        m_files.erase(m_files.begin() + removed);
+        m_states.erase(m_states.begin() + removed);
+        m_failures->positionRemoved(removed);
+        // A file watched twice is still in the batch further on.
+        const auto next = entry->repeated ? std::find(m_files.begin() + removed, m_files.end(), file) : m_files.end();
+        entry->position = next == m_files.end() ? FailureTable::NoPosition : std::uint32_t(next - m_files.begin());
+    }
     if (file->isOpened() || file->isFailed())
         --m_finishedCount;
-    m_failures->set(file, FailureTable::FailedFlag, false);
+    setFailure(file, FailureTable::FailedFlag, false);
     unsubscribe(file);
 }
 
@@ -182,13 +269,15 @@ void BaseFileOpenHandler::fileOpenFailed(const Media::FileOpenFailedNotification
     for (const Media::OpenError& error : notification.errors) {
         m_openErrors.emplace(error.code, file);
         if (error.code == LicenseErrorCode)
-            m_failures->set(file, FailureTable::Code20, true);
+            setFailure(file, FailureTable::Code20, true);
     }
 }
 
 BaseFileOpenHandler::ErrorType BaseFileOpenHandler::resolve(const Media::File* file) const
 {
-    const std::uint8_t state = m_failures->state(file);
+    // During a pass the state of the file at hand was read in batch order; any other file is
+    // looked up.
+    const std::uint8_t state = file && file == m_passFile ? m_passState : m_failures->state(file);
     if (state & FailureTable::Code20)
         return Code20Failed;
     return state & FailureTable::FailedFlag ? OpenFailed : NoError;
@@ -196,17 +285,19 @@ BaseFileOpenHandler::ErrorType BaseFileOpenHandler::resolve(const Media::File* f
 
 BaseFileOpenHandler::AnalyzedProduct BaseFileOpenHandler::makeFilesAnalyze() const
 {
-    // Failed files are gathered first and the ordered sets built from sorted runs, which costs a
-    // sort of the failures instead of a tree insertion per failure.
-    std::vector<const Media::File*> failed;
-    std::vector<const Media::File*> code20;
-    // The table is read a few files ahead of the one resolved, so its misses overlap.
-    auto ahead = m_files.begin();
-    for (int i = 0; i < 16 && ahead != m_files.end(); ++i, ++ahead)
-        m_failures->prefetch(*ahead);
+    // The batch and its states are walked side by side, front to back; the failed files are
+    // gathered in that order and the ordered sets built from sorted runs, which costs a linear
+    // sort of the failures instead of a tree insertion per failure. The kept lists are taken out
+    // for the pass (a resolve() that analyses again gets its own).
+    std::vector<const Media::File*> failed = std::move(m_failures->failed);
+    std::vector<const Media::File*> code20 = std::move(m_failures->code20);
+    std::vector<const Media::File*> scratch = std::move(m_failures->scratch);
+    failed.clear();
+    code20.clear();
+    auto state = m_states.begin();
     for (const Media::File* file : m_files) {
-        if (ahead != m_files.end())
-            m_failures->prefetch(*ahead++);
+        m_passFile = file;
+        m_passState = *state++;
         const ErrorType type = resolve(file);
         if (type == NoError)
             continue;
@@ -214,13 +305,15 @@ BaseFileOpenHandler::AnalyzedProduct BaseFileOpenHandler::makeFilesAnalyze() con
         if (type == Code20Failed)
             code20.push_back(file);
     }
-    for (auto* list : {&failed, &code20}) {
-        if (!std::is_sorted(list->begin(), list->end()))
-            std::sort(list->begin(), list->end());
-    }
+    m_passFile = nullptr;
+    sortAddresses(failed, scratch);
+    sortAddresses(code20, scratch);
     AnalyzedProduct product;
     product.failedFiles.insert(failed.begin(), failed.end());
     product.code20Files.insert(code20.begin(), code20.end());
+    m_failures->failed = std::move(failed);
+    m_failures->code20 = std::move(code20);
+    m_failures->scratch = std::move(scratch);
     return product;
 }
 
@@ -231,6 +324,9 @@ void BaseFileOpenHandler::postProcessing(bool) {}
 void BaseFileOpenHandler::clear()
 {
     m_files.clear();
+    m_states.clear();
+    for (auto* list : {&m_failures->failed, &m_failures->code20, &m_failures->scratch})
+        std::vector<const Media::File*>().swap(*list);
     m_finishedCount = 0;
 }
 

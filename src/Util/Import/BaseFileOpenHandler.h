@@ -5,10 +5,12 @@
 #include <Util/Interfaces/EditorModel.h>
 #include <Util/Interfaces/PubSub.h>
 
+#include <cstdint>
 #include <deque>
 #include <map>
 #include <memory>
 #include <set>
+#include <vector>
 
 class DeferredCall;
 
@@ -83,9 +85,16 @@ private:
     // Kept beside the batch so that resolve() neither walks m_openErrors nor reads every file
     // record: what resolve() answers for the files stored in m_openErrors under code 20 and for
     // the watched files whose "failed" flag is set (followed through the files' change
-    // notifications), in a flat table that one probe answers.
+    // notifications). The table answers per file and knows where each stands in the batch;
+    // m_states holds the same state per batch entry, so a pass reads it in order.
     class FailureTable;
     std::unique_ptr<FailureTable> m_failures;
+    std::vector<std::uint8_t> m_states;
+    // The file a pass is resolving and its state, which resolve() answers without a look-up.
+    mutable const Media::File* m_passFile = nullptr;
+    mutable std::uint8_t m_passState = 0;
     void followFailedFlag(const Media::File* file);
+    void setFailure(const Media::File* file, std::uint8_t bits, bool on);
+    bool inBatchAt(const Media::File* file, std::uint32_t position) const;
     std::unique_ptr<DeferredCall> m_deferredProcessing;
 };
