@@ -279,17 +279,17 @@ void SandboxWindow::updateJobs()
         added += import->change->filesAdded();
         finished += import->change->filesFinished();
     }
-    if (m_thumbnailsPending.empty())
-        m_thumbnailsAsked = 0;
     if (!m_imports.empty()) {
-        m_jobBar->setRange(0, std::max(added, 1));
+        m_jobBar->setFormat(tr("Importing %v of %m file(s)"));
+        m_jobBar->setRange(0, added);
         m_jobBar->setValue(finished);
-        m_jobBar->setFormat(tr("Importing %1 of %2 file(s)").arg(finished).arg(added));
     } else if (m_thumbnailsAsked) {
+        m_jobBar->setFormat(tr("Thumbnails %v of %m"));
         m_jobBar->setRange(0, m_thumbnailsAsked);
         m_jobBar->setValue(m_thumbnailsAsked - int(m_thumbnailsPending.size()));
-        m_jobBar->setFormat(tr("Thumbnails %1 of %2").arg(m_jobBar->value()).arg(m_thumbnailsAsked));
     }
+    if (m_thumbnailsPending.empty())
+        m_thumbnailsAsked = 0;
     const bool running = !m_imports.empty() || m_thumbnailsAsked;
     m_jobBar->setVisible(running);
     m_jobCancel->setVisible(running);
