@@ -24,6 +24,8 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
+#include <QProgressBar>
+#include <QPushButton>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QtConcurrent>
@@ -97,7 +99,17 @@ SandboxWindow::SandboxWindow(QWidget* parent) : QMainWindow(parent)
     main->setStretchFactor(1, 2);
     setCentralWidget(main);
     m_summary = new QLabel(this);
+    m_jobBar = new QProgressBar(this);
+    m_jobBar->setFixedWidth(260);
+    m_jobCancel = new QPushButton(tr("Cancel"), this);
+    connect(m_jobCancel, &QAbstractButton::clicked, this, &SandboxWindow::cancelJobs);
+    statusBar()->addPermanentWidget(m_jobBar);
+    statusBar()->addPermanentWidget(m_jobCancel);
     statusBar()->addPermanentWidget(m_summary);
+    connect(m_bin, &BinView::thumbnailArrived, this, [this](const Media::File* file) {
+        m_thumbnailsPending.erase(file);
+        updateJobs();
+    });
     buildMenus();
 
     connect(m_timeline, &TimelineView::filesDropped, this, &SandboxWindow::placeDropped);
@@ -151,6 +163,7 @@ SandboxWindow::SandboxWindow(QWidget* parent) : QMainWindow(parent)
     m_autosaveTimer.start();
 
     newProject();
+    updateJobs();
     resize(1400, 860);
 }
 
@@ -310,6 +323,8 @@ void SandboxWindow::newProject()
     m_host.edit(timeline)->addTrack(Timeline::Track::Audio);
     m_projectFiles = std::make_unique<TimelineFileOpenHandler>(timeline);
     m_bin->clear();
+    m_thumbnailsPending.clear();
+    updateJobs();
     setProjectTimeline(timeline);
     m_projectPath.clear();
     m_projectName = Settings::projectNameDefault();
@@ -338,9 +353,70 @@ void SandboxWindow::importFiles(const QStringList& paths,
     // Finished from the event loop: the change is not destroyed inside its own signal.
     connect(import->change.get(), &TimelineShadowChange::shadowReady, this,
             [this, raw] { QTimer::singleShot(0, this, [this, raw] { finishImport(raw); }); });
+    connect(import->change.get(), &TimelineShadowChange::filesProgress, this, &SandboxWindow::updateJobs);
     m_imports.push_back(std::move(import));
     statusBar()->showMessage(tr("Importing %n file(s)...", nullptr, int(paths.size())));
     raw->change->addFiles(paths, FileAdder::ImportPanel);
+    updateJobs();
+}
+
+void SandboxWindow::cancelImports()
+{
+    if (m_imports.empty())
+        return;
+    int files = 0;
+    for (const auto& import : m_imports)
+        files += import->change->filesAdded();
+    // The shadow changes go with their files still opening: nothing reaches the bin.
+    m_imports.clear();
+    statusBar()->showMessage(tr("Import cancelled: %n file(s) not added", nullptr, files), 8000);
+    updateJobs();
+    emit importCancelled(files);
+}
+
+void SandboxWindow::cancelJobs()
+{
+    if (!m_imports.empty()) {
+        cancelImports();
+        return;
+    }
+    // Tiles keep their place without a picture.
+    m_thumbnailsPending.clear();
+    statusBar()->showMessage(tr("Thumbnails cancelled"), 5000);
+    updateJobs();
+}
+
+void SandboxWindow::addToBin(const Media::File* file)
+{
+    const std::size_t before = m_bin->files().size();
+    m_bin->addFile(file);
+    if (m_bin->files().size() > before && file->isOpened() && file->mainVideo()
+        && m_thumbnailsPending.insert(file).second)
+        ++m_thumbnailsAsked;
+}
+
+void SandboxWindow::updateJobs()
+{
+    int added = 0;
+    int finished = 0;
+    for (const auto& import : m_imports) {
+        added += import->change->filesAdded();
+        finished += import->change->filesFinished();
+    }
+    if (!m_imports.empty()) {
+        m_jobBar->setFormat(tr("Importing %v of %m file(s)"));
+        m_jobBar->setRange(0, added);
+        m_jobBar->setValue(finished);
+    } else if (m_thumbnailsAsked) {
+        m_jobBar->setFormat(tr("Thumbnails %v of %m"));
+        m_jobBar->setRange(0, m_thumbnailsAsked);
+        m_jobBar->setValue(m_thumbnailsAsked - int(m_thumbnailsPending.size()));
+    }
+    if (m_thumbnailsPending.empty())
+        m_thumbnailsAsked = 0;
+    const bool running = !m_imports.empty() || m_thumbnailsAsked;
+    m_jobBar->setVisible(running);
+    m_jobCancel->setVisible(running);
 }
 
 void SandboxWindow::finishImport(Import* import)
@@ -357,7 +433,7 @@ void SandboxWindow::finishImport(Import* import)
         const Media::File* file = clip->file();
         if (!file || binFile(file->path().toQString()))
             continue;
-        m_bin->addFile(file);
+        addToBin(file);
         if (file->isOpened())
             opened.push_back(file);
         else
@@ -367,6 +443,7 @@ void SandboxWindow::finishImport(Import* import)
                                     : tr("Imported %1 file(s)").arg(opened.size()),
                              8000);
     updateStatus();
+    updateJobs();
     if (owned->done)
         owned->done(opened);
     emit importFinished(int(opened.size()), failed);
@@ -490,6 +567,7 @@ void SandboxWindow::applyDocument(const Project::Document& doc, const QString& p
         }
     }
     m_bin->clear();
+    m_thumbnailsPending.clear();
     m_loading.clear();
     for (const auto& entry : files) {
         m_projectFiles->addFile(entry.second);
@@ -518,8 +596,9 @@ void SandboxWindow::checkLoaded()
         forget(file);
     m_loading.clear();
     for (const Media::File* file : m_loadingBin)
-        m_bin->addFile(file);
+        addToBin(file);
     m_loadingBin.clear();
+    updateJobs();
     showPlayer();
     updateStatus();
     statusBar()->showMessage(tr("Opened %1").arg(m_loadingPath), 8000);

@@ -14,9 +14,12 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <vector>
 
+class QAbstractButton;
 class QLabel;
+class QProgressBar;
 class QMenu;
 class EditPlaybackTracker;
 class ModelEditor;
@@ -65,6 +68,14 @@ public:
     // failed files are asked about once, grouped by cause.
     void importFiles(const QStringList& paths, std::function<void(const std::vector<const Media::File*>&)> done = {});
     bool importRunning() const { return !m_imports.empty(); }
+    // Drops the running imports: none of their files reaches the bin and their `done` is not
+    // called. The files already opening finish in the engine and are forgotten.
+    void cancelImports();
+    // The status line's progress of the long jobs (importing, then the bin's thumbnails) and
+    // its Cancel button, which drops the imports, or else stops waiting for thumbnails. Both
+    // are hidden while nothing runs.
+    QProgressBar* jobProgress() const { return m_jobBar; }
+    QAbstractButton* jobCancel() const { return m_jobCancel; }
     // The bin's file with that path, or null.
     const Media::File* binFile(const QString& path) const;
 
@@ -90,6 +101,8 @@ public:
 
 Q_SIGNALS:
     void importFinished(int opened, int failed);
+    // Running imports were dropped; `files` of them had been asked for.
+    void importCancelled(int files);
     void projectLoaded(const QString& path);
     void playbackStopped(Types::Time position);
 
@@ -106,6 +119,9 @@ private:
     void setProjectTimeline(const Timeline::Object* timeline);
     void placeDropped(const QStringList& paths, Types::Time time, const Timeline::Track* track);
     void finishImport(Import* import);
+    void addToBin(const Media::File* file);
+    void cancelJobs();
+    void updateJobs();
     void applyDocument(const Project::Document& document, const QString& path);
     void fileOpened(const Media::File* file) override;
     void fileFailed(const Media::File* file) override;
@@ -130,6 +146,10 @@ private:
     PreviewBrowser* m_browser;
     ClipPanel* m_clipPanel;
     QLabel* m_summary;
+    QProgressBar* m_jobBar;
+    QAbstractButton* m_jobCancel;
+    std::set<const Media::File*> m_thumbnailsPending;
+    int m_thumbnailsAsked = 0; // since the bin last had none pending
     QMenu* m_recentMenu = nullptr;
 
     QString m_projectPath;

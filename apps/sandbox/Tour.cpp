@@ -17,6 +17,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QPixmap>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QTimer>
 
@@ -44,6 +45,12 @@ Tour::Tour(SandboxWindow& window, Scripted::ScriptedStrategy& dialogs, const QSt
            const QString& shotsFolder, const QString& workFolder)
     : m_window(window), m_dialogs(dialogs), m_data(dataFolder), m_shots(shotsFolder), m_work(workFolder)
 {}
+
+void Tour::setSecondStart(const QString& program, const QStringList& arguments)
+{
+    m_program = program;
+    m_arguments = arguments;
+}
 
 QString Tour::shoot(const QString& name)
 {
@@ -294,6 +301,39 @@ int Tour::run()
                                                                                      : QStringLiteral("no"))
                      .arg(broken);
         return ready && found == 1 && now.clips == expected.clips && now.media == expected.media && broken == 0;
+    });
+
+    step(QStringLiteral("second-start"), [&](QString& detail) {
+        if (m_program.isEmpty()) {
+            detail = QStringLiteral("this window is not the first instance of its key: nothing to hand over to");
+            return false;
+        }
+        const QString handed = QDir(media).filePath(QStringLiteral("handed-over.mp4"));
+        QFile::copy(bars, handed);
+        QSignalSpy finished(&m_window, &SandboxWindow::importFinished);
+        QProcess second;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+        second.setProcessEnvironment(environment);
+        second.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        second.start(m_program, m_arguments + QStringList{handed});
+        const bool ended = Scripted::waitFor([&] { return second.state() == QProcess::NotRunning; });
+        const bool imported = ended && Scripted::waitFor([&] { return finished.count() == 1; });
+        const Media::File* file = m_window.binFile(handed);
+        const bool thumbnail = imported && Scripted::waitFor([&] { return m_window.bin()->thumbnailCount() == 4; });
+        if (!ended)
+            second.kill();
+        detail =
+            QStringLiteral("a second start (%1 %2 %3) exited with %4; %5 arrived in the bin (%6 files, %7 "
+                           "thumbnails)")
+                .arg(QFileInfo(m_program).fileName(), m_arguments.join(QLatin1Char(' ')), QFileInfo(handed).fileName(),
+                     ended && second.exitStatus() == QProcess::NormalExit ? QString::number(second.exitCode())
+                                                                          : QStringLiteral("no exit"),
+                     file && file->isOpened() ? QStringLiteral("it") : QStringLiteral("nothing"))
+                .arg(m_window.bin()->files().size())
+                .arg(m_window.bin()->thumbnailCount());
+        return ended && second.exitStatus() == QProcess::NormalExit && second.exitCode() == 0 && file
+               && file->isOpened() && thumbnail;
     });
 
     step(QStringLiteral("bad-project"), [&](QString& detail) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 
@@ -21,6 +22,9 @@ class Tour
 public:
     Tour(SandboxWindow& window, Scripted::ScriptedStrategy& dialogs, const QString& dataFolder,
          const QString& shotsFolder, const QString& workFolder);
+    // The command of a second start of the editor (program and options, the file is appended)
+    // that hands its file to this tour's window; without one, that step fails.
+    void setSecondStart(const QString& program, const QStringList& arguments);
     // Runs every step; 0 when all of them did what they should, else 1.
     int run();
 
@@ -36,6 +40,8 @@ private:
     int m_number = 0;
     int m_failures = 0;
     QString m_shotOverride;
+    QString m_program;
+    QStringList m_arguments;
 };
 
 } // namespace Sandbox

@@ -1,6 +1,8 @@
 // The sandbox editor: a window built from the library (media bin, timeline, preview, clip
 // panel, projects). Without a display, or with --headless, it runs its scripted tour on the
-// offscreen platform; --tour runs the tour in a visible window.
+// offscreen platform; --tour runs the tour in a visible window. A start while a window runs
+// hands its files to that window and ends; --key KEY pairs only starts given the same key, and
+// --hand-over ends with 1 instead of opening a window when none runs.
 #include "SandboxWindow.h"
 #include "Scripted.h"
 #include "Tour.h"
@@ -30,6 +32,8 @@ struct Options
 {
     bool headless = false;
     bool tour = false;
+    bool handOverOnly = false;
+    QString key;
     QString screenshots = QStringLiteral("sandbox-shots");
     QStringList files;
 };
@@ -42,14 +46,19 @@ Options parse(int argc, char** argv)
             options.headless = true;
         else if (!std::strcmp(argv[i], "--tour"))
             options.tour = true;
+        else if (!std::strcmp(argv[i], "--hand-over"))
+            options.handOverOnly = true;
+        else if (!std::strcmp(argv[i], "--key") && i + 1 < argc)
+            options.key = QString::fromLocal8Bit(argv[++i]);
         else if (!std::strcmp(argv[i], "--screenshots") && i + 1 < argc)
             options.screenshots = QString::fromLocal8Bit(argv[++i]);
         else if (argv[i][0] != '-')
             options.files << QString::fromLocal8Bit(argv[i]);
     }
-    // No display to open a window on: the tour runs offscreen.
-    if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")
-        && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+    // No display to open a window on: the tour runs offscreen (a start that only hands over
+    // never shows one).
+    if (!options.handOverOnly && qEnvironmentVariableIsEmpty("DISPLAY")
+        && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         options.headless = true;
     if (options.headless) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -130,13 +139,26 @@ int runTour(const Options& options)
     Settings::setProjectPath(work.filePath(QStringLiteral("Projects")));
     auto dialogs = std::make_shared<Scripted::ScriptedStrategy>();
     Dialog::setStrategy(dialogs);
+    // The tour's window is the first instance for a key of its own, so the second start it
+    // makes reaches it and never a window the user has open.
+    const QString program = QApplication::applicationFilePath();
+    const QString key = QStringLiteral("tour-%1").arg(QApplication::applicationPid());
+    CommandProvider commands(QStringList{program});
+    Launcher::Options launch;
+    launch.key = key;
+    Launcher launcher(&commands, QStringList{program}, launch);
+    const bool primary = launcher.start() == IPC::Controller::Role::Primary;
     std::printf("EditorUtil sandbox tour (%s platform), screenshots in %s\n", qPrintable(QApplication::platformName()),
                 qPrintable(QDir(options.screenshots).absolutePath()));
     int result = 1;
     {
         Sandbox::SandboxWindow window;
         window.show();
+        CommandSink sink(window);
+        sink.startupCompleted();
         Sandbox::Tour tour(window, *dialogs, dataFolder(), options.screenshots, work.path());
+        if (primary)
+            tour.setSecondStart(program, {QStringLiteral("--key"), key, QStringLiteral("--hand-over")});
         result = tour.run();
     }
     Dialog::initialize(false);
@@ -161,9 +183,15 @@ int main(int argc, char** argv)
     // this start's own files too, so the provider is given none of them itself.
     const QString program = QApplication::arguments().value(0);
     CommandProvider commands(QStringList{program});
-    Launcher launcher(&commands, QStringList{program} + options.files, {});
+    Launcher::Options launch;
+    launch.key = options.key;
+    Launcher launcher(&commands, QStringList{program} + options.files, launch);
     if (launcher.start() == IPC::Controller::Role::Secondary)
         return 0;
+    if (options.handOverOnly) {
+        std::fprintf(stderr, "no running sandbox window took the files\n");
+        return 1;
+    }
 
     Dialog::initialize(true);
     Sandbox::SandboxWindow window;

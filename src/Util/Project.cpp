@@ -194,7 +194,8 @@ Result save(const QString& path, const Document& document)
                            {QStringLiteral("clips"), clips}};
     QSaveFile file(path);
     const QByteArray data = QJsonDocument(root).toJson(QJsonDocument::Indented);
-    if (!file.open(QIODevice::WriteOnly) || file.write(data) != data.size() || !file.commit()) {
+    // Unbuffered: a disk that takes only part of the data shows in write()'s count.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || file.write(data) != data.size() || !file.commit()) {
         LOG(ERROR) << "Project::save: " << file.errorString().toStdString();
         return failure(
             Status::WriteFailed,

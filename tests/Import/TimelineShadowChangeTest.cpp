@@ -270,3 +270,52 @@ TEST(ReplaceNestedTimelineTest, RefusesMissingTimelines)
     EXPECT_TRUE(log.containsError("replaceNestedTimeline"));
     EXPECT_EQ(replaceNestedTimeline(timeline, host.addTimeline(), host.addTimeline()), 0) << "nothing shows it";
 }
+
+TEST_F(TimelineShadowChangeTest, ProgressCountsEachFileOnceAsItOpensOrFails)
+{
+    auto opener = std::make_shared<ManualOpener>();
+    host.setOpener(opener);
+    TimelineShadowChange change(source, Timeline::Object::Project);
+    QSignalSpy progress(&change, &TimelineShadowChange::filesProgress);
+    QSignalSpy ready(&change, &TimelineShadowChange::shadowReady);
+    change.addFiles({QStringLiteral("/media/a.mp4"), QStringLiteral("/media/b.mp4")}, FileAdder::ImportPanel);
+    change.addImport("/media/c.mp4");
+    EXPECT_EQ(change.filesAdded(), 3);
+    EXPECT_EQ(change.filesFinished(), 0);
+    EXPECT_EQ(progress.count(), 0);
+
+    ASSERT_TRUE(opener->answer(QStringLiteral("/media/b.mp4"), failed({1})));
+    ASSERT_TRUE(opener->answer(QStringLiteral("/media/c.mp4"), opened()));
+    spinTurns();
+    ASSERT_EQ(progress.count(), 2);
+    EXPECT_EQ(progress[0], (QVariantList{1, 3}));
+    EXPECT_EQ(progress[1], (QVariantList{2, 3}));
+    EXPECT_EQ(ready.count(), 0);
+
+    ASSERT_TRUE(opener->answer(QStringLiteral("/media/a.mp4"), opened()));
+    spinTurns();
+    ASSERT_EQ(progress.count(), 3);
+    EXPECT_EQ(progress[2], (QVariantList{3, 3}));
+    EXPECT_EQ(ready.count(), 1);
+
+    // A later batch raises the total; the count goes on.
+    change.addFiles({QStringLiteral("/media/d.mp4"), QStringLiteral("/media/e.mp4")}, FileAdder::ImportPanel);
+    EXPECT_EQ(change.filesAdded(), 5);
+    ASSERT_TRUE(opener->answer(QStringLiteral("/media/e.mp4"), opened()));
+    spinTurns();
+    ASSERT_EQ(progress.count(), 4);
+    EXPECT_EQ(progress[3], (QVariantList{4, 5}));
+}
+
+TEST_F(TimelineShadowChangeTest, AChangeDroppedWhileFilesOpenReportsNoProgress)
+{
+    auto opener = std::make_shared<ManualOpener>();
+    host.setOpener(opener);
+    auto change = std::make_unique<TimelineShadowChange>(source, Timeline::Object::Project);
+    QSignalSpy progress(change.get(), &TimelineShadowChange::filesProgress);
+    change->addFiles({QStringLiteral("/media/a.mp4")}, FileAdder::ImportPanel);
+    change.reset();
+    ASSERT_TRUE(opener->answer(QStringLiteral("/media/a.mp4"), opened()));
+    spinTurns();
+    EXPECT_EQ(progress.count(), 0);
+}

@@ -7,13 +7,35 @@
 #include <glog/logging.h>
 
 #include <algorithm>
+#include <functional>
+
+// Follows the files added to the shadow until each has opened or failed.
+class TimelineShadowChange::FileWatch : public Media::View<Media::File>
+{
+public:
+    explicit FileWatch(std::function<void()> finished) : m_finished(std::move(finished)) {}
+    // False when the file is followed already.
+    bool follow(const Media::File* file) { return observe(file); }
+
+private:
+    void fileOpened(const Media::File* file) override { finish(file); }
+    void fileFailed(const Media::File* file) override { finish(file); }
+    void finish(const Media::File* file)
+    {
+        forget(file);
+        m_finished();
+    }
+
+    std::function<void()> m_finished;
+};
 
 TimelineShadowChange::TimelineShadowChange(const Timeline::Object* source, Timeline::Object::Scope scope,
                                            QObject* parent)
     : QObject(parent),
       m_source(source),
       m_scope(scope),
-      m_deferredReadyCheck(std::make_unique<DeferredCall>(this, &TimelineShadowChange::readyCheck))
+      m_deferredReadyCheck(std::make_unique<DeferredCall>(this, &TimelineShadowChange::readyCheck)),
+      m_fileWatch(std::make_unique<FileWatch>([this] { Q_EMIT filesProgress(++m_filesFinished, m_filesAdded); }))
 {
     std::unique_ptr<Timeline::Object> shadow;
     if (source) {
@@ -72,7 +94,19 @@ void TimelineShadowChange::addImport(const Types::String& path)
     m_deferredReadyCheck->trigger();
 }
 
-void TimelineShadowChange::fileAdding(const Timeline::FileAddingNotification&) { ++m_filesAnnounced; }
+void TimelineShadowChange::fileAdding(const Timeline::FileAddingNotification& notification)
+{
+    ++m_filesAnnounced;
+    const Media::File* file = notification.file;
+    if (!file)
+        return;
+    if (file->isFinished()) {
+        ++m_filesAdded;
+        ++m_filesFinished;
+    } else if (m_fileWatch->follow(file)) {
+        ++m_filesAdded;
+    }
+}
 
 void TimelineShadowChange::addIntro(const Types::String& first, const Types::String& second)
 {
@@ -114,6 +148,10 @@ const Timeline::Object* TimelineShadowChange::sourceTimeline() const { return m_
 Timeline::Object::Scope TimelineShadowChange::scope() const { return m_scope; }
 
 bool TimelineShadowChange::filesPending() const { return m_batchesPending > 0; }
+
+int TimelineShadowChange::filesAdded() const { return m_filesAdded; }
+
+int TimelineShadowChange::filesFinished() const { return m_filesFinished; }
 
 void TimelineShadowChange::allFilesProcessed(const Timeline::AllFilesProcessedNotification&)
 {

@@ -69,6 +69,10 @@ public:
     Timeline::Object::Scope scope() const;
     // Whether files added to the shadow (by any addFiles or addImport call) are still opening.
     bool filesPending() const;
+    // Files added to the shadow so far (each file once) and how many of them finished opening,
+    // opened or failed: what a progress bar of the import shows.
+    int filesAdded() const;
+    int filesFinished() const;
 
 Q_SIGNALS:
     // The shadow holds every addition asked for so far, the files of all batches opened or
@@ -77,8 +81,14 @@ Q_SIGNALS:
     // files are pending any more (so possibly more than once). Destroying the change while
     // files still open is safe; it then emits nothing.
     void shadowReady();
+    // A file added to the shadow finished opening, opened or failed: `finished` of `added`
+    // files so far. Emitted as the model reports it, once per file; a file that had finished
+    // before it was added counts as finished at once, without a signal of its own.
+    void filesProgress(int finished, int added);
 
 private:
+    class FileWatch;
+
     void allFilesProcessed(const Timeline::AllFilesProcessedNotification& notification) override;
     void fileAdding(const Timeline::FileAddingNotification& notification) override;
     void readyCheck();
@@ -91,6 +101,9 @@ private:
     int m_batchesPending = 0; // file additions whose files have not all finished opening
     int m_filesAnnounced = 0; // files the model announced on the shadow so far
     std::unique_ptr<DeferredCall> m_deferredReadyCheck;
+    std::unique_ptr<FileWatch> m_fileWatch;
+    int m_filesAdded = 0;
+    int m_filesFinished = 0;
 };
 
 // Inside `container`, replaces each nested-timeline clip that shows `nested` by a clip showing a
