@@ -2,6 +2,7 @@
 
 #include <Util/Filesystem.h>
 #include <Util/Format.h>
+#include <Util/Import/DragAndDropHandler.h>
 #include <Util/Import/MimeUtils.h>
 #include <Util/Preview/Resource.h>
 #include <Util/Preview/ThumbnailRequester.h>
@@ -112,9 +113,43 @@ BinView::BinView(QWidget* parent) : QGraphicsView(parent), m_grid(new StickyGrid
 
 BinView::~BinView() { clear(); }
 
+void BinView::setDropTimeline(const Timeline::Object* timeline)
+{
+    m_drops.reset();
+    m_landed.clear();
+    if (!timeline)
+        return;
+    m_drops = std::make_unique<DragAndDropHandler>(timeline);
+    for (const Timeline::Clip* clip : timeline->clips())
+        m_landed.insert(clip);
+    connect(m_drops.get(), &DragAndDropHandler::filesLanded, this, &BinView::landed);
+    connect(m_drops.get(), &DragAndDropHandler::projectDropped, this, &BinView::projectDropped);
+    connect(m_drops.get(), &DragAndDropHandler::statusChanged, this, &BinView::dropStatus);
+    connect(m_drops.get(), &DragAndDropHandler::dropRefused, this, &BinView::dropRefused);
+}
+
+// The clips a drop added to the bin's timeline bring their files.
+void BinView::landed()
+{
+    int opened = 0;
+    int failed = 0;
+    for (const Timeline::Clip* clip : m_drops->timeline()->clips()) {
+        if (!m_landed.insert(clip).second || !clip->file())
+            continue;
+        const std::size_t before = m_files.size();
+        addFile(clip->file());
+        if (m_files.size() > before)
+            ++(clip->file()->isOpened() ? opened : failed);
+    }
+    emit filesLanded(opened, failed);
+}
+
 void BinView::addFile(const Media::File* file)
 {
-    if (!file || tileOf(file))
+    const QString path = file ? Filesystem::cleanPath(file->path().toQString()) : QString();
+    if (!file || tileOf(file) || std::any_of(m_files.begin(), m_files.end(), [&](const Media::File* f) {
+            return Filesystem::cleanPath(f->path().toQString()) == path;
+        }))
         return;
     auto* tile = new BinTile(file, this);
     scene()->addItem(tile);
@@ -204,28 +239,32 @@ void BinView::resizeEvent(QResizeEvent* event)
     relayout();
 }
 
+// The bin's own tiles are not dropped back on it.
 void BinView::dragEnterEvent(QDragEnterEvent* event)
 {
-    // The bin's own tiles are not dropped back on it.
-    if (MimeUtils::hasUrls(event->mimeData()) && event->source() != this)
-        event->acceptProposedAction();
+    if (!m_drops || event->source() == this)
+        return event->ignore();
+    m_drops->dragEnterEvent(event, DragAndDropHandler::Target());
 }
 
 void BinView::dragMoveEvent(QDragMoveEvent* event)
 {
-    if (MimeUtils::hasUrls(event->mimeData()) && event->source() != this)
-        event->acceptProposedAction();
+    if (!m_drops || event->source() == this)
+        return event->ignore();
+    m_drops->dragMoveEvent(event, DragAndDropHandler::Target());
+}
+
+void BinView::dragLeaveEvent(QDragLeaveEvent* event)
+{
+    if (m_drops)
+        m_drops->dragLeaveEvent(event);
 }
 
 void BinView::dropEvent(QDropEvent* event)
 {
-    const QStringList extensions = Filesystem::supportedClipFileExtensions();
-    const QStringList paths =
-        MimeUtils::extractFiles(event->mimeData(), QSet<QString>(extensions.begin(), extensions.end()));
-    if (paths.isEmpty())
-        return;
-    event->acceptProposedAction();
-    emit filesDropped(paths);
+    if (!m_drops || event->source() == this)
+        return event->ignore();
+    m_drops->dropEvent(event, DragAndDropHandler::Target());
 }
 
 void BinView::relayout()

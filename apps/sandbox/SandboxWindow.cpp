@@ -113,7 +113,27 @@ SandboxWindow::SandboxWindow(QWidget* parent) : QMainWindow(parent)
     buildMenus();
 
     connect(m_timeline, &TimelineView::filesDropped, this, &SandboxWindow::placeDropped);
-    connect(m_bin, &BinView::filesDropped, this, [this](const QStringList& paths) { importFiles(paths); });
+    // Desktop drops: the bin's go to its own timeline, the timeline's to the project; files that
+    // land on the project join the bin.
+    m_bin->setDropTimeline(m_binSource);
+    connect(m_bin, &BinView::filesLanded, this, [this](int opened, int failed) {
+        updateStatus();
+        emit importFinished(opened, failed);
+    });
+    connect(m_timeline, &TimelineView::filesLanded, this, [this] {
+        for (const Timeline::Clip* clip : m_project->clips())
+            if (clip->file() && !binFile(clip->file()->path().toQString()))
+                m_bin->addFile(clip->file());
+        updateStatus();
+    });
+    const auto openDropped = [this](const QString& path) { openProject(path); };
+    const auto tell = [this](const QString& text) { statusBar()->showMessage(text, 5000); };
+    connect(m_bin, &BinView::projectDropped, this, openDropped);
+    connect(m_timeline, &TimelineView::projectDropped, this, openDropped);
+    connect(m_bin, &BinView::dropStatus, this, tell);
+    connect(m_timeline, &TimelineView::dropStatus, this, tell);
+    connect(m_bin, &BinView::dropRefused, this, tell);
+    connect(m_timeline, &TimelineView::dropRefused, this, tell);
     connect(m_timeline, &TimelineView::selectionChanged, this, [this](const Timeline::Clip* clip) {
         m_clipPanel->setClip(m_project, clip);
         selectForEditing(clip);

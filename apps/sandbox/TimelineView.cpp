@@ -1,9 +1,8 @@
 #include "TimelineView.h"
 
-#include <Util/Filesystem.h>
 #include <Util/Format.h>
 #include <Util/Import/MimeUtils.h>
-#include <Util/Sticky/StickyFreeLine.h>
+#include <Util/Sticky/StickyLinksSynchronizer.h>
 
 #include <QDragEnterEvent>
 #include <QFileInfo>
@@ -15,14 +14,13 @@
 #include <QMouseEvent>
 
 #include <algorithm>
-#include <set>
 #include <utility>
 
 namespace Sandbox {
 
 namespace {
 
-constexpr int AudioRole = 1;
+constexpr int KindRole = 1;
 
 bool isAudioTrack(const Timeline::Track* track)
 {
@@ -48,22 +46,50 @@ QString trackName(const Timeline::Track* track)
     return QString();
 }
 
-// A track's line: it takes only clips of its kind (pictures or sound).
-class TrackLine : public StickyFreeLine
-{
-public:
-    TrackLine(bool audio, QObject* parent) : StickyFreeLine(parent), m_audio(audio) {}
-    bool isAcceptable(const QList<QGraphicsItem*>& items) const override
-    {
-        return std::all_of(items.begin(), items.end(),
-                           [this](QGraphicsItem* item) { return item->data(AudioRole).toBool() == m_audio; });
-    }
-
-private:
-    bool m_audio;
-};
-
 } // namespace
+
+TrackArea::TrackArea(Kind kind, int firstRow, std::vector<const Timeline::Track*> tracks, QObject* parent)
+    : StickyMultiLine(parent), m_kind(kind), m_firstRow(firstRow), m_tracks(std::move(tracks))
+{
+    setOrigin(QPointF(TimelineView::headerWidth, TimelineView::rulerHeight + firstRow * TimelineView::trackHeight + 4));
+    setLevelHeight(TimelineView::trackHeight - 8);
+    setLevelSpacing(8);
+    setDropsOpenLevels(false);
+    setLevelCount(int(m_tracks.size()));
+}
+
+TrackArea::Kind TrackArea::kindOf(const Timeline::Track* track)
+{
+    if (track->kind() == Timeline::Track::Title)
+        return Titles;
+    return isAudioTrack(track) ? Sounds : Pictures;
+}
+
+TrackArea::Kind TrackArea::kindOf(const Timeline::Clip* clip)
+{
+    switch (clip->type()) {
+    case Timeline::Clip::Audio:
+        return Sounds;
+    case Timeline::Clip::Title:
+    case Timeline::Clip::Callout:
+    case Timeline::Clip::Quiz:
+        return Titles;
+    default:
+        return Pictures;
+    }
+}
+
+bool TrackArea::isAcceptable(const QList<QGraphicsItem*>& items) const
+{
+    return std::all_of(items.begin(), items.end(),
+                       [this](QGraphicsItem* item) { return item->data(KindRole).toInt() == m_kind; });
+}
+
+const Timeline::Track* TrackArea::trackOf(const QGraphicsItem* item) const
+{
+    const int level = itemLevel(item);
+    return level >= 0 && level < int(m_tracks.size()) ? m_tracks[std::size_t(level)] : nullptr;
+}
 
 // A clip on the timeline: a coloured bar with its name and length.
 class ClipItem : public QGraphicsRectItem
@@ -75,15 +101,20 @@ public:
           clip(clip)
     {
         const bool audio = clip->type() == Timeline::Clip::Audio;
-        setData(AudioRole, audio);
+        setData(KindRole, int(TrackArea::kindOf(clip)));
         QColor colour = audio ? QColor(60, 140, 90) : QColor(70, 110, 180);
         if (clip->type() == Timeline::Clip::Image)
             colour = QColor(150, 100, 170);
         if (clip->isBroken())
             colour = QColor(170, 60, 60);
+        // No pen of its own: the item measures exactly its length, so edges meet exactly; the
+        // outline is drawn inside by a child.
         setBrush(colour);
-        setPen(QPen(colour.darker(150), 1));
+        setPen(Qt::NoPen);
         setZValue(2);
+        m_frame = new QGraphicsRectItem(this);
+        m_frame->setBrush(Qt::NoBrush);
+        setSelectedLook(false);
         auto* label = new QGraphicsSimpleTextItem(this);
         label->setText(QStringLiteral("%1  %2").arg(clip->name().toQString(),
                                                     Format::timeMs(timing.length / Types::TimeUnitsPerMillisecond)));
@@ -93,9 +124,17 @@ public:
         setFlag(QGraphicsItem::ItemClipsChildrenToShape);
     }
 
-    void setSelectedLook(bool selected) { setPen(selected ? QPen(Qt::yellow, 3) : QPen(brush().color().darker(150))); }
+    void setSelectedLook(bool selected)
+    {
+        const double width = selected ? 3 : 1;
+        m_frame->setPen(selected ? QPen(Qt::yellow, width) : QPen(brush().color().darker(150), width));
+        m_frame->setRect(rect().adjusted(width / 2, width / 2, -width / 2, -width / 2));
+    }
 
     const Timeline::Clip* clip;
+
+private:
+    QGraphicsRectItem* m_frame;
 };
 
 TimelineView::TimelineView(Model::Host& host, QWidget* parent) : QGraphicsView(parent), m_host(host)
@@ -108,9 +147,17 @@ TimelineView::TimelineView(Model::Host& host, QWidget* parent) : QGraphicsView(p
     setFocusPolicy(Qt::StrongFocus);
     setBackgroundBrush(QColor(38, 38, 42));
     setMinimumHeight(int(rulerHeight + 5 * trackHeight + 8));
+    // The view is not zoomed: a scene unit is a pixel.
+    m_controller.setSnapDistance(snapDistance);
+    m_controller.snapLines = [this] { return QList<double>{xOf(0), xOf(m_playhead)}; };
 }
 
-TimelineView::~TimelineView() { clearItems(); }
+TimelineView::~TimelineView()
+{
+    if (m_controller.isDragging())
+        m_controller.abortDrag();
+    clearItems();
+}
 
 void TimelineView::setTimeline(const Timeline::Object* timeline)
 {
@@ -120,23 +167,36 @@ void TimelineView::setTimeline(const Timeline::Object* timeline)
         forget(m_timeline);
     m_timeline = timeline;
     m_selected = nullptr;
-    if (m_timeline)
+    m_drops.reset();
+    if (m_timeline) {
         observe(m_timeline);
+        m_drops = std::make_unique<DragAndDropHandler>(m_timeline);
+        connect(m_drops.get(), &DragAndDropHandler::filesLanded, this, &TimelineView::filesLanded);
+        connect(m_drops.get(), &DragAndDropHandler::projectDropped, this, &TimelineView::projectDropped);
+        connect(m_drops.get(), &DragAndDropHandler::statusChanged, this, &TimelineView::dropStatus);
+        connect(m_drops.get(), &DragAndDropHandler::dropRefused, this, &TimelineView::dropRefused);
+    }
     rebuild();
     emit selectionChanged(nullptr);
 }
 
 const Timeline::Track* TimelineView::trackAt(int row) const
 {
-    return row >= 0 && row < int(m_lanes.size()) ? m_lanes[std::size_t(row)].track : nullptr;
+    return row >= 0 && row < int(m_tracks.size()) ? m_tracks[std::size_t(row)] : nullptr;
 }
 
 int TimelineView::rowOf(const Timeline::Track* track) const
 {
-    for (std::size_t i = 0; i < m_lanes.size(); ++i)
-        if (m_lanes[i].track == track)
-            return int(i);
-    return -1;
+    const auto it = std::find(m_tracks.begin(), m_tracks.end(), track);
+    return it == m_tracks.end() ? -1 : int(it - m_tracks.begin());
+}
+
+const TrackArea* TimelineView::areaOf(const Timeline::Track* track) const
+{
+    for (const TrackArea* area : m_areas)
+        if (std::find(area->tracks().begin(), area->tracks().end(), track) != area->tracks().end())
+            return area;
+    return nullptr;
 }
 
 QPoint TimelineView::clipPoint(const Timeline::Clip* clip, double fraction) const
@@ -212,21 +272,26 @@ const Timeline::Clip* TimelineView::placeFile(const Media::File* file, Types::Ti
 
 void TimelineView::recordChanged(const Timeline::Object*, const Timeline::Object*)
 {
-    if (m_drag.item)
-        finishDrag(false);
+    if (m_controller.isDragging()) {
+        m_controller.abortDrag();
+        endAborted();
+    }
     rebuild();
     emit timelineChanged();
 }
 
 void TimelineView::clearItems()
 {
-    m_composite.clear();
-    for (const Lane& lane : m_lanes) {
-        m_composite.removeStickySlot(lane.line);
-        delete lane.line;
+    m_press = Press();
+    // The synchronizer deletes the indicators it shows: it goes before the scene's items.
+    delete m_links;
+    m_links = nullptr;
+    for (TrackArea* area : m_areas) {
+        m_controller.removeArea(area);
+        delete area;
     }
-    m_lanes.clear();
-    m_laneOfSlot.clear();
+    m_areas.clear();
+    m_tracks.clear();
     m_items.clear();
     m_playheadLine = nullptr;
     if (scene())
@@ -252,37 +317,55 @@ void TimelineView::rebuild()
             label->setPos(x + 2, 2);
         }
     }
-    const std::vector<const Timeline::Track*> tracks = m_timeline->tracks();
-    for (std::size_t row = 0; row < tracks.size(); ++row) {
+    m_tracks = m_timeline->tracks();
+    for (std::size_t row = 0; row < m_tracks.size(); ++row) {
         const double top = rulerHeight + double(row) * trackHeight;
-        QGraphicsRectItem* background =
-            s->addRect(0, top, width, trackHeight - 1, Qt::NoPen, row % 2 ? QColor(50, 50, 56) : QColor(56, 56, 62));
-        QGraphicsSimpleTextItem* name = s->addSimpleText(trackName(tracks[row]));
+        s->addRect(0, top, width, trackHeight - 1, Qt::NoPen, row % 2 ? QColor(50, 50, 56) : QColor(56, 56, 62));
+        QGraphicsSimpleTextItem* name = s->addSimpleText(trackName(m_tracks[row]));
         name->setBrush(QColor(200, 200, 200));
         name->setPos(6, top + trackHeight / 2 - 8);
-        auto* line = new TrackLine(isAudioTrack(tracks[row]), this);
-        line->setOrigin(QPointF(headerWidth, top + 4));
-        m_composite.addStickySlot(line, background);
-        m_laneOfSlot[int(row)] = row;
-        m_lanes.push_back(Lane{tracks[row], line, background});
+    }
+    // Neighbouring tracks of one kind make one multi-line, a level per track.
+    for (std::size_t row = 0; row < m_tracks.size();) {
+        const TrackArea::Kind kind = TrackArea::kindOf(m_tracks[row]);
+        std::size_t next = row;
+        while (next < m_tracks.size() && TrackArea::kindOf(m_tracks[next]) == kind)
+            ++next;
+        auto* area = new TrackArea(kind, int(row), {m_tracks.begin() + long(row), m_tracks.begin() + long(next)}, this);
+        m_areas.push_back(area);
+        m_controller.addArea(area);
+        row = next;
     }
     for (const Timeline::Clip* clip : m_timeline->clips()) {
         const Timeline::ClipTiming& timing = m_timeline->clipTiming(clip);
-        const int row = rowOf(timing.track);
-        if (row < 0)
+        const TrackArea* held = areaOf(timing.track);
+        if (!held)
             continue;
+        auto* area = const_cast<TrackArea*>(held);
         auto* item = new ClipItem(clip, timing);
         s->addItem(item);
-        StickyArea* line = m_lanes[std::size_t(row)].line;
-        const QPointF at(xOf(timing.position), line->origin().y());
-        m_composite.insertItem(m_composite.findStickyPoint(at, item), item, false);
+        const int level = rowOf(timing.track) - area->firstRow();
+        area->insertItem(StickyArea::StickyPoint(area, QPointF(xOf(timing.position), area->levelY(level)), level), item,
+                         false);
         m_items[clip] = item;
     }
+    for (TrackArea* area : m_areas)
+        area->updateLayout(nullptr);
+    // A clip's linked clips (its sound) stand beside it and follow its drags.
+    m_links = new StickyLinksSynchronizer(this);
+    for (TrackArea* area : m_areas)
+        m_links->watch(area);
+    for (const auto& [clip, item] : m_items) {
+        const Timeline::Clip* master = m_timeline->isSlave(clip) ? m_timeline->masterOf(clip) : nullptr;
+        if (master && m_items.count(master))
+            m_links->link(m_items[master], item, item->x() - m_items[master]->x());
+    }
+    m_controller.setSynchronizer(m_links);
     m_playheadLine =
-        s->addLine(0, 0, 0, rulerHeight + double(tracks.size()) * trackHeight, QPen(QColor(255, 80, 60), 2));
+        s->addLine(0, 0, 0, rulerHeight + double(m_tracks.size()) * trackHeight, QPen(QColor(255, 80, 60), 2));
     m_playheadLine->setZValue(10);
     m_playheadLine->setX(xOf(m_playhead));
-    s->setSceneRect(0, 0, width, rulerHeight + double(tracks.size()) * trackHeight);
+    s->setSceneRect(0, 0, width, rulerHeight + double(m_tracks.size()) * trackHeight);
     if (m_items.count(m_selected))
         m_items[m_selected]->setSelectedLook(true);
     else if (m_selected) {
@@ -303,7 +386,7 @@ ClipItem* TimelineView::clipItemAt(const QPoint& viewportPos) const
 
 void TimelineView::mousePressEvent(QMouseEvent* event)
 {
-    if (event->button() != Qt::LeftButton || !m_timeline)
+    if (event->button() != Qt::LeftButton || !m_timeline || m_controller.isDragging())
         return QGraphicsView::mousePressEvent(event);
     setFocus();
     ClipItem* item = clipItemAt(event->pos());
@@ -313,156 +396,162 @@ void TimelineView::mousePressEvent(QMouseEvent* event)
         return;
     }
     selectClip(item->clip);
-    m_drag = Drag();
-    m_drag.item = item;
-    m_drag.pressScene = mapToScene(event->pos());
-    m_drag.startPos = item->pos();
-    // The clip's master and every clip tied to it move together.
-    const Timeline::Clip* master = m_timeline->isSlave(item->clip) ? m_timeline->masterOf(item->clip) : item->clip;
-    std::set<const Timeline::Clip*> group = m_timeline->findSlaves(master);
-    group.insert(master);
-    for (const Timeline::Clip* clip : group)
-        if (clip != item->clip && m_items.count(clip))
-            m_drag.followers.emplace_back(m_items[clip], m_items[clip]->pos());
+    m_press = Press();
+    m_press.item = item;
+    m_press.scene = mapToScene(event->pos());
+}
+
+// A sound tied to a video moves it: the drag takes the master, whose slaves follow.
+void TimelineView::startDrag()
+{
+    QGraphicsItem* master = m_links->masterOf(m_press.item);
+    m_press.dragged = master ? static_cast<ClipItem*>(master) : m_press.item;
+    if (!m_controller.startDrag(m_press.dragged, {m_press.dragged}, m_press.scene)) {
+        m_press = Press();
+        return;
+    }
+    m_press.dragged->setZValue(5);
 }
 
 void TimelineView::mouseMoveEvent(QMouseEvent* event)
 {
-    if (!m_drag.item || !(event->buttons() & Qt::LeftButton))
+    if (!m_press.item || !(event->buttons() & Qt::LeftButton))
         return QGraphicsView::mouseMoveEvent(event);
-    moveDrag(mapToScene(event->pos()), !(event->modifiers() & Qt::AltModifier));
+    QPointF at = mapToScene(event->pos());
+    if (!m_press.dragged) {
+        const QPointF delta = at - m_press.scene;
+        if (std::abs(delta.x()) < 3 && std::abs(delta.y()) < 3)
+            return;
+        startDrag();
+        if (!m_press.dragged)
+            return;
+    }
+    if (!m_controller.isDragging())
+        return; // aborted; the rest of this press is ignored
+    // Through a tied sound, the video keeps its track and only moves in time.
+    if (m_press.dragged != m_press.item)
+        at.setY(m_press.scene.y());
+    m_controller.dragProcess(at, event->modifiers());
+    m_press.snapped = m_controller.isSnapped();
 }
 
 void TimelineView::mouseReleaseEvent(QMouseEvent* event)
 {
-    if (!m_drag.item || event->button() != Qt::LeftButton)
+    if (!m_press.item || event->button() != Qt::LeftButton)
         return QGraphicsView::mouseReleaseEvent(event);
-    finishDrag(true);
+    const Press press = std::exchange(m_press, Press());
+    if (!press.dragged || !m_controller.isDragging())
+        return; // a click, or a drag already aborted
+    if (!m_controller.finishDrag()) {
+        m_press = press;
+        endAborted();
+        return;
+    }
+    commitDrag(press);
 }
 
 void TimelineView::keyPressEvent(QKeyEvent* event)
 {
-    if (event->key() == Qt::Key_Escape && m_drag.item) {
-        finishDrag(false);
-        return;
-    }
+    const bool wasDragging = m_controller.isDragging();
+    // The scene hands Escape to the controller, which puts every item back.
     QGraphicsView::keyPressEvent(event);
+    if (wasDragging && event->key() == Qt::Key_Escape) {
+        if (m_controller.isDragging())
+            m_controller.abortDrag();
+        endAborted();
+    }
 }
 
-double TimelineView::snapX(double x, double width, bool& snapped) const
+void TimelineView::endAborted()
 {
-    std::vector<double> edges{xOf(0), xOf(m_playhead)};
-    for (const auto& entry : m_items) {
-        ClipItem* item = entry.second;
-        const bool inGroup = item == m_drag.item
-                             || std::any_of(m_drag.followers.begin(), m_drag.followers.end(),
-                                            [item](const auto& follower) { return follower.first == item; });
-        if (!inGroup) {
-            edges.push_back(item->x());
-            edges.push_back(item->x() + item->rect().width());
-        }
-    }
-    double best = snapDistance + 1;
-    double result = x;
-    for (double edge : edges) {
-        for (double offset : {0.0, width}) {
-            const double distance = std::abs(x + offset - edge);
-            if (distance <= snapDistance && distance < best) {
-                best = distance;
-                result = edge - offset;
-            }
-        }
-    }
-    snapped = best <= snapDistance;
-    return result;
+    const Press press = std::exchange(m_press, Press());
+    if (!press.dragged)
+        return;
+    press.dragged->setZValue(2);
+    emit dragEnded(press.item->clip, false, false);
 }
 
-void TimelineView::moveDrag(const QPointF& scenePos, bool snapping)
+void TimelineView::commitDrag(const Press& press)
 {
-    const QPointF delta = scenePos - m_drag.pressScene;
-    if (!m_drag.moved && std::abs(delta.x()) < 3 && std::abs(delta.y()) < 3)
-        return;
-    m_drag.moved = true;
-    double x = m_drag.startPos.x() + delta.x();
-    m_drag.snapped = false;
-    if (snapping)
-        x = snapX(x, m_drag.item->rect().width(), m_drag.snapped);
-    // Nothing of the group goes before the start.
-    double groupLeft = m_drag.startPos.x();
-    for (const auto& follower : m_drag.followers)
-        groupLeft = std::min(groupLeft, follower.second.x());
-    x = std::max(x, m_drag.startPos.x() - (groupLeft - headerWidth));
-    const StickyArea::StickyPoint point =
-        m_composite.findStickyPoint(QPointF(x, scenePos.y() - (TimelineView::trackHeight - 8) / 2), m_drag.item);
-    if (m_laneOfSlot.count(point.index))
-        m_composite.moveItem(point, m_drag.item);
-    const double dx = m_drag.item->x() - m_drag.startPos.x();
-    for (const auto& follower : m_drag.followers)
-        follower.first->setX(follower.second.x() + dx);
-}
-
-void TimelineView::finishDrag(bool commit)
-{
-    Drag drag = std::exchange(m_drag, Drag());
-    if (!drag.item)
-        return;
-    const Timeline::Clip* clip = drag.item->clip;
-    if (!drag.moved)
-        return; // a click
-    const bool moved = commit && drag.item->pos() != drag.startPos;
-    if (!moved) {
-        // Nothing reached the model: the picture is drawn from it again.
-        rebuild();
-        emit dragEnded(clip, false, false);
+    // The edit rebuilds the picture: no item is used after it.
+    const Timeline::Clip* clip = press.dragged->clip;
+    const Timeline::Clip* grabbed = press.item->clip;
+    press.dragged->setZValue(2);
+    const Timeline::Track* track = nullptr;
+    for (const TrackArea* area : m_areas)
+        if (!track)
+            track = area->trackOf(press.dragged);
+    Timeline::ClipTiming timing = m_timeline->clipTiming(clip);
+    const Types::Time delta = timeOf(press.dragged->x()) - timing.position;
+    if (!track || (delta == 0 && track == timing.track)) {
+        emit dragEnded(grabbed, false, false);
         return;
     }
-    const Types::Time delta = timeOf(drag.item->x()) - timeOf(drag.startPos.x());
-    const Timeline::Track* track = m_timeline->clipTiming(clip).track;
-    for (const Lane& lane : m_lanes)
-        if (lane.line->contains(drag.item))
-            track = lane.track;
     {
         auto edit = m_host.edit(m_timeline);
-        Timeline::ClipTiming timing = m_timeline->clipTiming(clip);
-        timing.position = timeOf(drag.item->x());
+        timing.position += delta;
         timing.track = track;
         edit->moveClip(clip, timing);
-        for (const auto& follower : drag.followers) {
-            Timeline::ClipTiming followerTiming = m_timeline->clipTiming(follower.first->clip);
-            followerTiming.position = std::max<Types::Time>(0, followerTiming.position + delta);
-            edit->moveClip(follower.first->clip, followerTiming);
+        for (const Timeline::Clip* slave : m_timeline->findSlaves(clip)) {
+            Timeline::ClipTiming slaveTiming = m_timeline->clipTiming(slave);
+            slaveTiming.position = std::max<Types::Time>(0, slaveTiming.position + delta);
+            edit->moveClip(slave, slaveTiming);
         }
     }
-    emit dragEnded(clip, true, drag.snapped);
+    emit dragEnded(grabbed, true, press.snapped);
 }
 
-bool TimelineView::acceptsDrop(const QMimeData* data) const { return m_timeline && MimeUtils::hasUrls(data); }
+DragAndDropHandler::Target TimelineView::dropTarget(const QPoint& viewportPos) const
+{
+    const QPointF at = mapToScene(viewportPos);
+    const int row = std::clamp(int((at.y() - rulerHeight) / trackHeight), 0, std::max(0, int(m_tracks.size()) - 1));
+    ClipItem* under = clipItemAt(viewportPos);
+    return DragAndDropHandler::Target::onTimeline(trackAt(row), timeOf(std::max(headerWidth, at.x())),
+                                                  under ? under->clip : nullptr);
+}
 
 void TimelineView::dragEnterEvent(QDragEnterEvent* event)
 {
-    if (acceptsDrop(event->mimeData()))
-        event->acceptProposedAction();
+    if (!m_drops)
+        return event->ignore();
+    m_drops->dragEnterEvent(event, dropTarget(event->pos()));
 }
 
 void TimelineView::dragMoveEvent(QDragMoveEvent* event)
 {
-    if (acceptsDrop(event->mimeData()))
-        event->acceptProposedAction();
+    if (!m_drops)
+        return event->ignore();
+    m_drops->dragMoveEvent(event, dropTarget(event->pos()));
+}
+
+void TimelineView::dragLeaveEvent(QDragLeaveEvent* event)
+{
+    if (m_drops)
+        m_drops->dragLeaveEvent(event);
 }
 
 void TimelineView::dropEvent(QDropEvent* event)
 {
-    if (!acceptsDrop(event->mimeData()))
+    if (!m_drops)
+        return event->ignore();
+    const DragAndDropHandler::Target target = dropTarget(event->pos());
+    const QMimeData* data = event->mimeData();
+    if (MimeUtils::mimeDragAsrc(data) != QLatin1String("bin"))
+        return m_drops->dropEvent(event, target);
+    // The bin's files are open already: placed at once, each with its sound.
+    const DragAndDropHandler::Assessment assessment = m_drops->assess(data, target);
+    m_drops->dragLeaveEvent(nullptr);
+    if (!assessment.accepted || assessment.kind != DragAndDropHandler::Kind::Files) {
+        event->ignore();
+        emit dropRefused(assessment.reason);
         return;
-    const QStringList extensions = Filesystem::supportedClipFileExtensions();
-    const QStringList paths =
-        MimeUtils::extractFiles(event->mimeData(), QSet<QString>(extensions.begin(), extensions.end()));
-    if (paths.isEmpty())
-        return;
-    const QPointF at = mapToScene(event->pos());
-    const int row = std::clamp(int((at.y() - rulerHeight) / trackHeight), 0, int(m_lanes.size()) - 1);
+    }
+    QStringList paths;
+    for (const QUrl& url : data->urls())
+        if (url.isLocalFile())
+            paths << url.toLocalFile();
     event->acceptProposedAction();
-    emit filesDropped(paths, timeOf(std::max(headerWidth, at.x())), trackAt(row));
+    emit filesDropped(paths, target.position, target.track);
 }
 
 } // namespace Sandbox

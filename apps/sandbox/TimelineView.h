@@ -1,28 +1,33 @@
 #pragma once
 
+#include <Util/Import/DragAndDropHandler.h>
 #include <Util/Interfaces/EditorModel.h>
-#include <Util/Sticky/StickyCompositeArea.h>
+#include <Util/Sticky/StickyMoveController.h>
+#include <Util/Sticky/StickyMultiLine.h>
 
 #include <QGraphicsView>
 
 #include <cmath>
 #include <map>
+#include <memory>
 #include <vector>
 
 class QGraphicsLineItem;
-class QGraphicsRectItem;
-class QMimeData;
-class StickyFreeLine;
+class StickyLinksSynchronizer;
 
 namespace Sandbox {
 
 class ClipItem;
+class TrackArea;
 
-// The timeline: one sticky free line per track of the model's timeline, joined in a
-// composite area that picks the track nearest a drop. Clips are dragged within and between
-// tracks of their kind; edges snap to other clips' edges, the playhead and the start (Alt
-// held: no snapping); Escape aborts a drag; a clip's linked sound moves with it. The model is
-// only changed when a drag ends, and every change of the timeline rebuilds the picture.
+// The timeline, built from the sticky engine: each run of neighbouring tracks of one kind
+// (pictures, titles, sounds) is a multi-line whose levels are those tracks, a clip's linked
+// sound is kept beside it by a links synchronizer, and a move controller drives every drag:
+// within and between tracks of the clip's kind, edges snapping to other clips' edges, the
+// playhead and the start (Alt held: no snapping), Escape restoring everything. The model is only
+// changed when a drag ends, and every change of the timeline rebuilds the picture. Drops are
+// answered by a DragAndDropHandler: a file dragged from the bin is placed by placeFile, files
+// from the desktop are added by the handler (folders expanded, one question about failures).
 class TimelineView : public QGraphicsView, private Model::View<Timeline::Object>
 {
     Q_OBJECT
@@ -65,15 +70,25 @@ public:
     void setPlayhead(Types::Time time);
     const Timeline::Clip* selectedClip() const { return m_selected; }
     void selectClip(const Timeline::Clip* clip);
-    bool dragging() const { return m_drag.item != nullptr; }
+    bool dragging() const { return m_controller.isDragging(); }
+    // The multi-line holding the track's row, and the synchronizer of the clips' links (both
+    // are rebuilt with the picture).
+    const TrackArea* areaOf(const Timeline::Track* track) const;
+    const StickyLinksSynchronizer* links() const { return m_links; }
 
 Q_SIGNALS:
     // The model's timeline changed (and the picture was rebuilt).
     void timelineChanged();
     void selectionChanged(const Timeline::Clip* clip);
     void playheadMoved(Types::Time time);
-    // Media dropped from the bin or the desktop, to be placed at `time` on `track`.
+    // Files dragged from the bin, to be placed at `time` on `track`.
     void filesDropped(const QStringList& paths, Types::Time time, const Timeline::Track* track);
+    // Files dropped from the desktop are on the timeline (`added` clips), after one question.
+    void filesLanded(int added);
+    void projectDropped(const QString& path);
+    // Why the drag in progress cannot land where it is (empty while it can), or why a drop was refused.
+    void dropStatus(const QString& status);
+    void dropRefused(const QString& reason);
     // A drag ended: moved (or aborted), and whether an edge snapped.
     void dragEnded(const Timeline::Clip* clip, bool moved, bool snapped);
 
@@ -84,44 +99,70 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
 private:
-    struct Lane
+    // A press on a clip, and the drag it became once the mouse moved far enough.
+    struct Press
     {
-        const Timeline::Track* track;
-        StickyFreeLine* line;
-        QGraphicsRectItem* background;
-    };
-    struct Drag
-    {
-        ClipItem* item = nullptr;
-        QPointF pressScene;
-        QPointF startPos;
-        bool moved = false;
+        ClipItem* item = nullptr;    // under the cursor
+        ClipItem* dragged = nullptr; // the clip the controller drags: the item, or its master
+        QPointF scene;
         bool snapped = false;
-        std::vector<std::pair<ClipItem*, QPointF>> followers; // linked clips and their start
     };
 
     void recordChanged(const Timeline::Object* object, const Timeline::Object* previous) override;
     void rebuild();
     void clearItems();
-    void moveDrag(const QPointF& scenePos, bool snapping);
-    double snapX(double x, double width, bool& snapped) const;
-    void finishDrag(bool commit);
+    void startDrag();
+    void commitDrag(const Press& press);
+    void endAborted();
     ClipItem* clipItemAt(const QPoint& viewportPos) const;
-    bool acceptsDrop(const QMimeData* data) const;
+    DragAndDropHandler::Target dropTarget(const QPoint& viewportPos) const;
 
     Model::Host& m_host;
     const Timeline::Object* m_timeline = nullptr;
-    StickyCompositeArea m_composite;
-    std::vector<Lane> m_lanes;
-    std::map<int, std::size_t> m_laneOfSlot;
+    std::vector<const Timeline::Track*> m_tracks; // one row each
+    std::vector<TrackArea*> m_areas;
+    StickyLinksSynchronizer* m_links = nullptr;
+    StickyMoveController m_controller;
+    std::unique_ptr<DragAndDropHandler> m_drops;
     std::map<const Timeline::Clip*, ClipItem*> m_items;
     QGraphicsLineItem* m_playheadLine = nullptr;
     Types::Time m_playhead = 0;
     const Timeline::Clip* m_selected = nullptr;
-    Drag m_drag;
+    Press m_press;
+};
+
+// The tracks of one kind standing next to each other: level n is the area's n-th track. It
+// takes only clips of its kind, and drops never open a level (the model's tracks are fixed).
+class TrackArea : public StickyMultiLine
+{
+    Q_OBJECT
+
+public:
+    enum Kind
+    {
+        Pictures,
+        Titles,
+        Sounds
+    };
+    TrackArea(Kind kind, int firstRow, std::vector<const Timeline::Track*> tracks, QObject* parent);
+
+    static Kind kindOf(const Timeline::Track* track);
+    static Kind kindOf(const Timeline::Clip* clip);
+    bool isAcceptable(const QList<QGraphicsItem*>& items) const override;
+    Kind kind() const { return m_kind; }
+    int firstRow() const { return m_firstRow; }
+    const std::vector<const Timeline::Track*>& tracks() const { return m_tracks; }
+    // The track the item stands on, null for an item the area does not hold.
+    const Timeline::Track* trackOf(const QGraphicsItem* item) const;
+
+private:
+    Kind m_kind;
+    int m_firstRow;
+    std::vector<const Timeline::Track*> m_tracks;
 };
 
 } // namespace Sandbox

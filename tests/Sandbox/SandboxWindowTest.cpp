@@ -143,7 +143,7 @@ TEST_F(SandboxWindowTest, aDropFromTheBinPutsTheClipAtTheDropTimeOnATrackOfItsKi
         {"video on the overlay track", 1, 9 * second, project()->extraVideoTrack(), Timeline::Track::ExtraVideo},
         {"sound dropped on a picture track goes to the audio track", 2, 3 * second, project()->primaryTrack(),
          Timeline::Track::Audio},
-        {"video dropped on a sound track goes to the main track", 1, 12 * second, project()->nativeAudioTrack(),
+        {"video dropped on the audio track goes to the main track", 1, 12 * second, project()->tracks().back(),
          Timeline::Track::Video},
     };
     for (const Row& row : rows) {

@@ -198,6 +198,65 @@ TEST(StickyMoveControllerTest, AbortRestoresEverythingExactly)
     }
 }
 
+TEST(StickyMoveControllerTest, AnEdgeSnapsWithinTheDistanceToOtherItemsAndSnapLines)
+{
+    struct Row
+    {
+        const char* name;
+        bool grabA; // else b (a drags its slave c along)
+        QPointF to; // cursor = the grabbed item's top-left
+        Qt::KeyboardModifiers modifiers;
+        double landed;
+        bool snapped;
+    };
+    const Row rows[] = {
+        {"left_edge_to_a_right_edge", false, {43, 5}, Qt::NoModifier, 40, true},
+        {"right_edge_to_a_left_edge", false, {255, 5}, Qt::NoModifier, 260, true},
+        {"left_edge_to_a_snap_line", false, {193, 5}, Qt::NoModifier, 200, true},
+        {"just_out_of_reach", false, {148, 5}, Qt::NoModifier, 148, false},
+        {"alt_suspends_snapping", false, {43, 5}, Qt::AltModifier, 43, false},
+        // Its slave and its placeholder move along: neither is an edge to snap to.
+        {"nothing_in_reach_of_a", true, {221, 5}, Qt::NoModifier, 221, false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        Timeline w;
+        w.controller.setSnapDistance(10);
+        w.controller.snapLines = [] { return QList<double>{200}; };
+        QGraphicsItem* grabbed = row.grabA ? w.a : w.b;
+        ASSERT_TRUE(w.controller.startDrag(grabbed, {grabbed}, grabbed->scenePos()));
+        w.controller.dragProcess(row.to - QPointF(1, 0), row.modifiers);
+        w.controller.dragProcess(row.to, row.modifiers);
+        EXPECT_DOUBLE_EQ(grabbed->x(), row.landed);
+        EXPECT_EQ(w.controller.isSnapped(), row.snapped);
+        ASSERT_TRUE(w.controller.finishDrag());
+        EXPECT_DOUBLE_EQ(grabbed->x(), row.landed);
+        EXPECT_FALSE(w.controller.isSnapped());
+    }
+}
+
+// Takes nothing: a track of another kind.
+class RefusingLine : public StickyMultiLine
+{
+public:
+    bool isAcceptable(const QList<QGraphicsItem*>&) const override { return false; }
+};
+
+TEST(StickyMoveControllerTest, AnAreaThatRefusesTheItemsIsNoTarget)
+{
+    Timeline w;
+    RefusingLine refusing;
+    refusing.setOrigin(QPointF(0, 600));
+    refusing.setLevelCount(1);
+    w.controller.addArea(&refusing);
+    ASSERT_TRUE(w.controller.startDrag(w.b, {w.b}, w.b->scenePos()));
+    w.controller.dragProcess(QPointF(50, 605));
+    EXPECT_EQ(w.controller.target().area, &w.strip);
+    ASSERT_TRUE(w.controller.finishDrag());
+    EXPECT_TRUE(w.strip.contains(w.b));
+    EXPECT_EQ(refusing.count(), 0u);
+}
+
 TEST(StickyMoveControllerTest, GroupsKeepTheirOffsetsAndSlavesFollowTheirMaster)
 {
     Timeline w;

@@ -145,6 +145,45 @@ TEST_F(StickyMultiLineTest, WithoutEmptyLevelsALevelClosesAndItsItemPointReopens
     EXPECT_EQ(line.levelItems(2), QList<QGraphicsItem*>{on.at(2)});
 }
 
+TEST_F(StickyMultiLineTest, FixedLevelsStayEmptyAndDropsLandOnTheNearest)
+{
+    QSignalSpy levels(&line, &StickyMultiLine::levelCountChanged);
+    line.setLevelCount(5);
+    line.setDropsOpenLevels(false);
+    EXPECT_EQ(line.levelCount(), 5);
+    EXPECT_TRUE(line.levelItems(4).isEmpty());
+    EXPECT_DOUBLE_EQ(line.height(), 5 * 40 + 4 * 10);
+    const LevelDropRow rows[] = {
+        {"spacing_tie_goes_to_the_lower", true, 145, 0, 100, 1},
+        {"spacing_near_level_1", true, 147, 1, 150, 2},
+        {"past_the_last_lands_on_it", true, 400, 4, 300, 3},
+        {"before_level_0_lands_on_it", true, 90, 0, 100, 1},
+    };
+    for (const LevelDropRow& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_POINT(line.findStickyPoint(QPointF(20, row.y), nullptr), &line, 20, row.standY, row.level, row.index);
+    }
+    QGraphicsItem* dropped = addItem(20, 40);
+    line.insertItem(line.findStickyPoint(QPointF(30, 320), dropped), dropped, false);
+    EXPECT_EQ(dropped->pos(), QPointF(30, 300));
+    line.removeItem(dropped);
+    EXPECT_EQ(line.levelCount(), 5);
+
+    // Only empty last levels close.
+    line.setLevelCount(3);
+    EXPECT_EQ(line.levelCount(), 3);
+    EXPECT_EQ(levels.count(), 4);
+    TestSupport::LogCapture log;
+    line.setLevelCount(2);
+    line.setLevelCount(-1);
+    line.setAllowEmptyLevels(false);
+    line.setLevelCount(4);
+    EXPECT_EQ(log.errors().size(), 3u);
+    EXPECT_TRUE(log.containsError("StickyMultiLine::setLevelCount"));
+    EXPECT_EQ(line.levelCount(), 3);
+    EXPECT_EQ(ys(), (QList<double>{100, 150, 200}));
+}
+
 TEST_F(StickyMultiLineTest, BadInputIsRefusedWithALogLine)
 {
     TestSupport::LogCapture log;

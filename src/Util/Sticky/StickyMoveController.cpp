@@ -13,6 +13,7 @@
 #include <glog/logging.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -86,6 +87,15 @@ void StickyMoveController::removeArea(StickyArea* area)
 void StickyMoveController::setSynchronizer(StickyLinksSynchronizer* synchronizer) { m_synchronizer = synchronizer; }
 
 void StickyMoveController::setSnapSuspendModifier(Qt::KeyboardModifiers modifier) { m_snapModifier = modifier; }
+
+void StickyMoveController::setSnapDistance(double distance)
+{
+    if (!(distance >= 0.0)) {
+        LOG(ERROR) << "StickyMoveController::setSnapDistance: the distance must not be negative, not " << distance;
+        return;
+    }
+    m_snapDistance = distance;
+}
 
 void StickyMoveController::setPlaceholderFactory(PlaceholderFactory factory)
 {
@@ -174,6 +184,9 @@ void StickyMoveController::dragProcess(const QPointF& scenePos, Qt::KeyboardModi
     }
     m_suspended = m_snapModifier != Qt::NoModifier && (modifiers & m_snapModifier) == m_snapModifier;
     m_lead = scenePos + m_grabOffset;
+    m_snapped = false;
+    if (!m_suspended)
+        m_lead = snapped(m_lead);
     const StickyArea::StickyPoint target = findTarget(m_lead, m_suspended);
     if (!samePoint(target, m_target)) {
         m_target = target;
@@ -252,6 +265,8 @@ StickyArea::StickyPoint StickyMoveController::target() const { return m_target; 
 
 bool StickyMoveController::isSnapSuspended() const { return m_suspended; }
 
+bool StickyMoveController::isSnapped() const { return m_snapped; }
+
 bool StickyMoveController::eventFilter(QObject* watched, QEvent* event)
 {
     if (m_dragging && watched == m_scene && event->type() == QEvent::KeyPress
@@ -276,7 +291,7 @@ StickyArea::StickyPoint StickyMoveController::findTarget(const QPointF& lead, bo
     StickyArea::StickyPoint best;
     double nearest = 0.0;
     for (StickyArea* area : m_areas) {
-        if (!area)
+        if (!area || !area->isAcceptable(m_items))
             continue;
         StickyArea::StickyPoint p = area->findStickyPoint(lead, m_grabbed, m_items);
         const QPointF d = p.pos - lead;
@@ -290,6 +305,40 @@ StickyArea::StickyPoint StickyMoveController::findTarget(const QPointF& lead, bo
     if (free && best.area)
         best.pos.setX(lead.x());
     return best;
+}
+
+// The lead moved so that the grabbed item's nearer edge meets the nearest edge in reach.
+QPointF StickyMoveController::snapped(const QPointF& lead)
+{
+    m_snapped = false;
+    if (m_snapDistance <= 0.0 || !m_grabbed)
+        return lead;
+    QList<double> edges = snapLines ? snapLines() : QList<double>();
+    for (StickyArea* area : qAsConst(m_areas)) {
+        if (!area)
+            continue;
+        for (QGraphicsItem* e : qAsConst(*area)) {
+            const bool follower =
+                std::any_of(m_followers.cbegin(), m_followers.cend(), [e](const Follower& f) { return f.item == e; });
+            if (e == m_placeholder || follower)
+                continue;
+            const QRectF r = e->sceneBoundingRect();
+            edges << r.left() << r.right();
+        }
+    }
+    const QRectF own = m_grabbed->boundingRect();
+    const double mine[] = {lead.x() + own.left(), lead.x() + own.right()};
+    double shift = 0.0;
+    for (double edge : qAsConst(edges)) {
+        for (double x : mine) {
+            const double d = edge - x;
+            if (std::abs(d) <= m_snapDistance && (!m_snapped || std::abs(d) < std::abs(shift))) {
+                shift = d;
+                m_snapped = true;
+            }
+        }
+    }
+    return QPointF(lead.x() + shift, lead.y());
 }
 
 void StickyMoveController::showPlaceholder()
@@ -370,6 +419,7 @@ void StickyMoveController::end()
     m_followers.clear();
     m_target = StickyArea::StickyPoint();
     m_suspended = false;
+    m_snapped = false;
     m_scene = nullptr;
 }
 

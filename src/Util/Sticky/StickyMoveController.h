@@ -17,14 +17,15 @@ class StickyLinksSynchronizer;
 // startDrag takes the items out of their areas (remembering each one's point) and the areas
 // close up. Every dragProcess moves the items with the cursor, keeping their offsets to the
 // grabbed item, and looks for the target: the nearest answer of the areas to the grabbed
-// item's new position. Only when the target (area, position, level or index) really changes
-// is the placeholder moved, in areas that need one, and targetChanged emitted; a mouse move
-// that keeps the target lays nothing out. While sticking, the items are shown at the target;
-// while the snap modifier (Alt unless set otherwise) is held they follow the cursor freely on
-// the line under it, and the target's x is the cursor's. finishDrag puts the items into the
-// target area in one batch and emits dragFinished once; abortDrag (also Escape on the scene,
-// or an area or a dragged QGraphicsObject destroyed mid-drag) puts every item back where it
-// stood, with its level and index, and emits nothing.
+// item's new position; an area whose isAcceptable refuses the dragged items is no target. Only when the target (area,
+// position, level or index) really changes is the placeholder moved, in areas that need one, and targetChanged emitted;
+// a mouse move that keeps the target lays nothing out. While sticking, the items are shown at the target; while the
+// snap modifier (Alt unless set otherwise) is held they follow the cursor freely on the line under it, and the target's
+// x is the cursor's. With a snap distance, a sticking drag first moves the grabbed item so that its left or right edge
+// meets the nearest edge within that distance: an edge of another item of the areas (not the dragged ones nor their
+// slaves, and no placeholder) or a line of snapLines. finishDrag puts the items into the target area in one batch and
+// emits dragFinished once; abortDrag (also Escape on the scene, or an area or a dragged QGraphicsObject destroyed
+// mid-drag) puts every item back where it stood, with its level and index, and emits nothing.
 //
 // Linked items: with a synchronizer, the slaves of dragged masters follow them on screen
 // during the drag and are placed beside them by the synchronizer when the drag finishes; an
@@ -50,6 +51,8 @@ public:
     void setSynchronizer(StickyLinksSynchronizer* synchronizer);
     // Qt::NoModifier: never suspend snapping.
     void setSnapSuspendModifier(Qt::KeyboardModifiers modifier);
+    // Scene units; 0 (the default): no snapping, the areas alone decide the x.
+    void setSnapDistance(double distance);
     // The default is a grey rectangle the size of the grabbed item.
     void setPlaceholderFactory(PlaceholderFactory factory);
 
@@ -65,6 +68,11 @@ public:
     // The point the grabbed item would drop at; its area is nullptr before the first target.
     StickyArea::StickyPoint target() const;
     bool isSnapSuspended() const;
+    // Whether the last move put an edge of the grabbed item on an edge or a snap line.
+    bool isSnapped() const;
+
+    // Further x's (scene) to snap to, a playhead or the start of the time; asked on every move.
+    std::function<QList<double>()> snapLines;
 
 signals:
     void dragStarted();
@@ -91,6 +99,7 @@ private:
 
     StickyArea* areaHolding(const QGraphicsItem* item) const;
     StickyArea::StickyPoint findTarget(const QPointF& lead, bool free) const;
+    QPointF snapped(const QPointF& lead);
     void showPlaceholder();
     void removePlaceholder();
     void restore();
@@ -112,6 +121,8 @@ private:
     QPointF m_lead;       // where the cursor puts the grabbed item now
     QPointF m_grabbedStart;
     bool m_suspended = false;
+    double m_snapDistance = 0.0;
+    bool m_snapped = false;
     StickyArea::StickyPoint m_target;
     QGraphicsItem* m_placeholder = nullptr;
     QPointer<StickyArea> m_placeholderArea;

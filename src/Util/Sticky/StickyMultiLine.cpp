@@ -62,6 +62,32 @@ QList<QGraphicsItem*> StickyMultiLine::levelItems(int level)
 
 int StickyMultiLine::itemLevel(const QGraphicsItem* item) const { return m_levelOf.value(item, -1); }
 
+void StickyMultiLine::setLevelCount(int count)
+{
+    const char* refused = nullptr;
+    if (count < 0)
+        refused = "the count must not be negative";
+    else if (count > m_levelCount && !isEmptyLevelsAllowed())
+        refused = "empty levels are not allowed";
+    for (int level = count; !refused && level < m_levelCount; ++level) {
+        if (m_start.at(level) != m_start.at(level + 1))
+            refused = "a level to close holds items";
+    }
+    if (refused) {
+        LOG(ERROR) << "StickyMultiLine::setLevelCount: " << refused << " (" << count << " levels asked)";
+        return;
+    }
+    while (m_levelCount < count)
+        openLevel(m_levelCount);
+    while (m_levelCount > count)
+        closeLevel(m_levelCount - 1);
+    updateLayout(nullptr);
+}
+
+void StickyMultiLine::setDropsOpenLevels(bool open) { m_dropsOpenLevels = open; }
+
+bool StickyMultiLine::dropsOpenLevels() const { return m_dropsOpenLevels; }
+
 double StickyMultiLine::levelHeight() const { return m_levelHeight; }
 
 void StickyMultiLine::setLevelHeight(double h)
@@ -88,7 +114,7 @@ void StickyMultiLine::setLevelSpacing(double s)
 
 StickyMultiLine::Target StickyMultiLine::targetAt(double sceneY) const
 {
-    const bool open = isEmptyLevelsAllowed();
+    const bool open = isEmptyLevelsAllowed() && m_dropsOpenLevels;
     if (m_levelCount == 0)
         return {0, true};
     const double d = along(*this, sceneY);

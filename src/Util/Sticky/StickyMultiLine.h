@@ -33,6 +33,10 @@
 // answers the opening point, so removing the item and inserting it at that point restores the
 // area exactly.
 //
+// Fixed levels (tracks): setLevelCount opens empty levels or closes empty last ones, and with
+// setDropsOpenLevels(false) a drop never opens a level but lands on the nearest one, as it
+// does without empty levels; inserting an explicit opening point still opens one.
+//
 // Height: the extent of the levels (count × levelHeight plus the spacings between them),
 // signalled through the area's height tracking on the next updateLayout.
 class EDITORUTIL_EXPORT StickyMultiLine : public StickyFreeLine
@@ -61,6 +65,14 @@ public:
     QList<QGraphicsItem*> levelItems(int level);
     // -1 for an item the area does not hold.
     int itemLevel(const QGraphicsItem* item) const;
+
+    // Opens empty levels after the last, or closes empty last levels, until there are `count`.
+    // Refused (with a log line) for a negative count, for a level to close that holds items, and
+    // for opening levels while empty levels are not allowed (the next layout would close them).
+    void setLevelCount(int count);
+    // Whether a drop may open a level (true by default).
+    void setDropsOpenLevels(bool open);
+    bool dropsOpenLevels() const;
 
     double levelHeight() const;
     // Refused (with a log line) unless h > 0. Lays out.
@@ -106,6 +118,7 @@ private:
     int m_levelCount = 0;
     double m_levelHeight = 40.0;
     double m_levelSpacing = 8.0;
+    bool m_dropsOpenLevels = true;
     QPointF m_placedOrigin;
     VerticalDirection m_placedDirection = Down;
     double m_placedPitch = 48.0;
