@@ -3,11 +3,7 @@
 // preview on the stock picture, and the clip's adjustments with undo.
 
 #include "Panels.h"
-#include "SampleMedia.h"
-#include "SandboxWindow.h"
-#include "Scripted.h"
-#include "TempSettings.h"
-#include "TimelineView.h"
+#include "SandboxFixture.h"
 
 #include <Util/Editor/PlayerEditor.h>
 #include <Util/Interfaces/EditorSettings.h>
@@ -16,7 +12,6 @@
 #include <QDoubleSpinBox>
 #include <QLineEdit>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>
 
@@ -26,46 +21,27 @@ using Sandbox::SandboxWindow;
 
 namespace {
 
-constexpr Types::Time second = Types::TimeUnitsPerSecond;
+using SandboxTest::second;
 
 // A window with the bars (0 to 4 s) and the still picture after them on the main track.
-class PanelsTest : public testing::Test
+class PanelsTest : public SandboxTest::WindowFixture
 {
 protected:
-    static void SetUpTestSuite()
-    {
-        samplesDir = new QTemporaryDir;
-        samples = new QStringList(SampleMedia::ensure(samplesDir->filePath(QStringLiteral("samples"))));
-    }
-    static void TearDownTestSuite()
-    {
-        delete samples;
-        delete samplesDir;
-    }
-
     void SetUp() override
     {
-        ASSERT_EQ(samples->size(), 5);
         Settings::setPreviewImageFolder(QStringLiteral(EDITORUTIL_TEST_SOURCE_DIR "/share/EditorUtil/preview"));
-        Dialog::setStrategy(std::make_shared<Scripted::ScriptedStrategy>());
-        window = std::make_unique<SandboxWindow>();
-        window->show();
-        timeline = window->timeline();
-        QSignalSpy finished(window.get(), &SandboxWindow::importFinished);
-        window->importFiles({samples->at(0), samples->at(3)});
-        ASSERT_TRUE(Scripted::waitFor([&] { return finished.count() == 1; }));
-        bars = timeline->placeFile(window->binFile(samples->at(0)), 0, project()->primaryTrack());
-        still = timeline->placeFile(window->binFile(samples->at(3)), barsEnd(), project()->primaryTrack());
+        WindowFixture::SetUp();
+        import({sample(0), sample(3)});
+        bars = timeline->placeFile(window->binFile(sample(0)), 0, project()->primaryTrack());
+        still = timeline->placeFile(window->binFile(sample(3)), barsEnd(), project()->primaryTrack());
         ASSERT_TRUE(bars && still);
     }
     void TearDown() override
     {
-        window.reset();
+        WindowFixture::TearDown();
         Settings::setPreviewImageFolder(QString());
-        Dialog::initialize(false);
     }
 
-    const Timeline::Object* project() const { return window->projectTimeline(); }
     Types::Time barsEnd() const { return project()->clipTiming(bars).end(); }
     void select(const Timeline::Clip* clip) { Scripted::click(timeline->viewport(), timeline->clipPoint(clip, 0.5)); }
     void clickItem(const QString& kind, const QString& label)
@@ -102,17 +78,9 @@ protected:
         QTest::keyClick(edit, Qt::Key_Return);
     }
 
-    static QTemporaryDir* samplesDir;
-    static QStringList* samples;
-    TestSupport::TempSettings settings;
-    std::unique_ptr<SandboxWindow> window;
-    Sandbox::TimelineView* timeline = nullptr;
     const Timeline::Clip* bars = nullptr;
     const Timeline::Clip* still = nullptr;
 };
-
-QTemporaryDir* PanelsTest::samplesDir = nullptr;
-QStringList* PanelsTest::samples = nullptr;
 
 TEST_F(PanelsTest, playWithAClipSelectedStopsExactlyOnItsEndEdgeAndThePlayerIsReleased)
 {

@@ -4,10 +4,7 @@
 // on disk byte for byte and the open project as it was.
 
 #include "BinView.h"
-#include "SampleMedia.h"
-#include "SandboxWindow.h"
-#include "Scripted.h"
-#include "TempSettings.h"
+#include "SandboxFixture.h"
 
 #include <Util/Filesystem.h>
 #include <Util/Interfaces/EditorSettings.h>
@@ -17,7 +14,6 @@
 #include <QFile>
 #include <QProgressBar>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -85,52 +81,9 @@ private:
     void (*m_signal)(int) = nullptr;
 };
 
-class ProjectJobsTest : public testing::Test
+class ProjectJobsTest : public SandboxTest::WindowFixture
 {
-protected:
-    static void SetUpTestSuite()
-    {
-        samplesDir = new QTemporaryDir;
-        QString error;
-        samples = new QStringList(SampleMedia::ensure(samplesDir->filePath(QStringLiteral("samples")), &error));
-        ASSERT_EQ(samples->size(), 5) << error.toStdString();
-    }
-    static void TearDownTestSuite()
-    {
-        delete samples;
-        delete samplesDir;
-    }
-
-    void SetUp() override
-    {
-        ASSERT_EQ(samples->size(), 5);
-        Dialog::setStrategy(dialogs);
-        Settings::setProjectPath(settings.folder() + QStringLiteral("/Projects"));
-        window = std::make_unique<SandboxWindow>();
-        window->show();
-    }
-    void TearDown() override
-    {
-        window.reset();
-        Dialog::initialize(false);
-    }
-
-    void import(const QStringList& paths)
-    {
-        QSignalSpy finished(window.get(), &SandboxWindow::importFinished);
-        window->importFiles(paths);
-        ASSERT_TRUE(Scripted::waitFor([&] { return finished.count() == 1; }));
-    }
-
-    static QTemporaryDir* samplesDir;
-    static QStringList* samples;
-    TestSupport::TempSettings settings;
-    std::shared_ptr<Scripted::ScriptedStrategy> dialogs = std::make_shared<Scripted::ScriptedStrategy>();
-    std::unique_ptr<SandboxWindow> window;
 };
-
-QTemporaryDir* ProjectJobsTest::samplesDir = nullptr;
-QStringList* ProjectJobsTest::samples = nullptr;
 
 } // namespace
 
@@ -142,7 +95,7 @@ TEST_F(ProjectJobsTest, anImportCountsItsFilesThenTheThumbnailsAndTheBarGoesAway
     const QMetaObject::Connection watch =
         QObject::connect(bar, &QProgressBar::valueChanged, [&] { shown << bar->text(); });
     QSignalSpy finished(window.get(), &SandboxWindow::importFinished);
-    window->importFiles(*samples);
+    window->importFiles(SandboxTest::samples());
     EXPECT_TRUE(bar->isVisible());
     EXPECT_TRUE(window->jobCancel()->isVisible());
     EXPECT_EQ(bar->text(), QStringLiteral("Importing 0 of 5 file(s)"));
@@ -163,7 +116,7 @@ TEST_F(ProjectJobsTest, cancelDropsTheImportAndTheNextImportWorks)
     QSignalSpy finished(window.get(), &SandboxWindow::importFinished);
     QSignalSpy cancelled(window.get(), &SandboxWindow::importCancelled);
     bool doneCalled = false;
-    window->importFiles({samples->at(0), samples->at(1), samples->at(2)},
+    window->importFiles({sample(0), sample(1), sample(2)},
                         [&](const std::vector<const Media::File*>&) { doneCalled = true; });
     ASSERT_TRUE(window->jobCancel()->isVisible());
     QTest::mouseClick(window->jobCancel(), Qt::LeftButton);
@@ -178,7 +131,7 @@ TEST_F(ProjectJobsTest, cancelDropsTheImportAndTheNextImportWorks)
     EXPECT_TRUE(window->bin()->files().empty());
     EXPECT_TRUE(dialogs->failedFilesQuestions.empty());
 
-    import({samples->at(0)});
+    import({sample(0)});
     ASSERT_EQ(finished.count(), 1);
     EXPECT_EQ(finished[0][0].toInt(), 1);
     ASSERT_EQ(window->bin()->files().size(), 1u);
@@ -218,7 +171,7 @@ TEST_F(ProjectJobsTest, aRefusedSaveOrANewerProjectSaysWhyAndChangesNothing)
          },
          "Open Project", "newer version"},
     };
-    import({samples->at(2)});
+    import({sample(2)});
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         QTemporaryDir dir;
@@ -230,7 +183,7 @@ TEST_F(ProjectJobsTest, aRefusedSaveOrANewerProjectSaysWhyAndChangesNothing)
         const QByteArray onDisk = readAll(path);
         ASSERT_FALSE(onDisk.isEmpty());
         if (row.save)
-            import({samples->at(row.extra)});
+            import({sample(row.extra)});
         const Project::Document before = window->document();
         const bool modified = window->isModified();
         const std::size_t warnings = dialogs->warnings.size();

@@ -2,12 +2,8 @@
 // drags with and without snapping, an aborted drag, save and open, and the search for a moved
 // file, all through events on the real widgets.
 
-#include "SandboxWindow.h"
 #include "BinView.h"
-#include "SampleMedia.h"
-#include "Scripted.h"
-#include "TempSettings.h"
-#include "TimelineView.h"
+#include "SandboxFixture.h"
 
 #include "Panels.h"
 
@@ -28,7 +24,6 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -38,54 +33,13 @@ using Sandbox::TimelineView;
 
 namespace {
 
-constexpr Types::Time second = Types::TimeUnitsPerSecond;
+using SandboxTest::second;
 
-class SandboxWindowTest : public testing::Test
+class SandboxWindowTest : public SandboxTest::WindowFixture
 {
 protected:
-    static void SetUpTestSuite()
-    {
-        samplesDir = new QTemporaryDir;
-        QString error;
-        samples = new QStringList(SampleMedia::ensure(samplesDir->filePath(QStringLiteral("samples")), &error));
-        ASSERT_EQ(samples->size(), 5) << error.toStdString();
-    }
-    static void TearDownTestSuite()
-    {
-        delete samples;
-        delete samplesDir;
-    }
-
-    void SetUp() override
-    {
-        ASSERT_EQ(samples->size(), 5);
-        Dialog::setStrategy(dialogs);
-        Settings::setProjectPath(settings.folder() + QStringLiteral("/Projects"));
-        window = std::make_unique<SandboxWindow>();
-        window->show();
-        timeline = window->timeline();
-        viewport = timeline->viewport();
-    }
-    void TearDown() override
-    {
-        window.reset();
-        Dialog::initialize(false);
-    }
-
-    QString sample(int index) const { return samples->at(index); }
-    const Timeline::Object* project() const { return window->projectTimeline(); }
     Types::Time positionOf(const Timeline::Clip* clip) const { return project()->clipTiming(clip).position; }
-    QPoint pointAt(Types::Time time, const Timeline::Track* track) const
-    {
-        return timeline->viewportPoint(QPointF(TimelineView::xOf(time), timeline->rowCenter(timeline->rowOf(track))));
-    }
 
-    void import(const QStringList& paths)
-    {
-        QSignalSpy finished(window.get(), &SandboxWindow::importFinished);
-        window->importFiles(paths);
-        ASSERT_TRUE(Scripted::waitFor([&] { return finished.count() == 1; }));
-    }
     // Drops a bin file on the timeline; the clip it made.
     const Timeline::Clip* drop(const QString& path, Types::Time time, const Timeline::Track* track)
     {
@@ -93,24 +47,13 @@ protected:
         EXPECT_TRUE(Scripted::dropFiles(viewport, {path}, pointAt(time, track)));
         return project()->clips().size() > before ? project()->clips()[before] : nullptr;
     }
-
-    static QTemporaryDir* samplesDir;
-    static QStringList* samples;
-    TestSupport::TempSettings settings;
-    std::shared_ptr<Scripted::ScriptedStrategy> dialogs = std::make_shared<Scripted::ScriptedStrategy>();
-    std::unique_ptr<SandboxWindow> window;
-    TimelineView* timeline = nullptr;
-    QWidget* viewport = nullptr;
 };
-
-QTemporaryDir* SandboxWindowTest::samplesDir = nullptr;
-QStringList* SandboxWindowTest::samples = nullptr;
 
 } // namespace
 
 TEST_F(SandboxWindowTest, importWithAFailingFileAsksOneQuestionAndGreysTheFileInTheBin)
 {
-    import(*samples);
+    import(SandboxTest::samples());
     ASSERT_EQ(dialogs->failedFilesQuestions.size(), 1u);
     EXPECT_TRUE(dialogs->failedFilesQuestions[0].allowKeep);
     ASSERT_EQ(window->bin()->files().size(), 5u);
@@ -397,10 +340,10 @@ TEST_F(SandboxWindowTest, theBinDragsItsFilesOutAndImportsFilesDroppedOnIt)
 TEST_F(SandboxWindowTest, theSampleMediaIsWrittenOnceAndOnlyTheBrokenFileFails)
 {
     QMap<QString, QDateTime> written;
-    for (const QString& path : *samples)
+    for (const QString& path : SandboxTest::samples())
         written[path] = QFileInfo(path).lastModified();
-    EXPECT_EQ(SampleMedia::ensure(QFileInfo(sample(0)).absolutePath()), *samples);
-    for (const QString& path : *samples)
+    EXPECT_EQ(SampleMedia::ensure(QFileInfo(sample(0)).absolutePath()), SandboxTest::samples());
+    for (const QString& path : SandboxTest::samples())
         EXPECT_EQ(QFileInfo(path).lastModified(), written[path]) << path.toStdString();
 
     const MediaEngine::ProbeResult bars = MediaEngine::probeFile(sample(0));

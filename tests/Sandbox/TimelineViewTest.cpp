@@ -2,12 +2,8 @@
 // between tracks with and without snapping, Escape in the middle of a drag, files and folders
 // dropped from the desktop, and drops that cannot land.
 
-#include "TimelineView.h"
 #include "BinView.h"
-#include "SampleMedia.h"
-#include "SandboxWindow.h"
-#include "Scripted.h"
-#include "TempSettings.h"
+#include "SandboxFixture.h"
 
 #include <Util/Import/MimeUtils.h>
 #include <Util/Interfaces/EditorSettings.h>
@@ -18,7 +14,6 @@
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -30,7 +25,7 @@ using Sandbox::TimelineView;
 
 namespace {
 
-constexpr Types::Time second = Types::TimeUnitsPerSecond;
+using SandboxTest::second;
 
 void mouse(QWidget* viewport, QEvent::Type type, QPoint at, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
 {
@@ -70,42 +65,10 @@ Dropped sendDrop(QWidget* viewport, const QMimeData* data, QPoint at, std::optio
     return {true, move.isAccepted(), drop.isAccepted()};
 }
 
-class TimelineViewTest : public testing::Test
+class TimelineViewTest : public SandboxTest::WindowFixture
 {
 protected:
-    static void SetUpTestSuite()
-    {
-        samplesDir = new QTemporaryDir;
-        samples = new QStringList(SampleMedia::ensure(samplesDir->filePath(QStringLiteral("samples"))));
-    }
-    static void TearDownTestSuite()
-    {
-        delete samples;
-        delete samplesDir;
-    }
-
-    void SetUp() override
-    {
-        ASSERT_EQ(samples->size(), 5);
-        Dialog::setStrategy(dialogs);
-        Settings::setProjectPath(settings.folder() + QStringLiteral("/Projects"));
-        window = std::make_unique<SandboxWindow>();
-        window->show();
-        timeline = window->timeline();
-        viewport = timeline->viewport();
-    }
-    void TearDown() override
-    {
-        window.reset();
-        Dialog::initialize(false);
-    }
-
-    const Timeline::Object* project() const { return window->projectTimeline(); }
     const Timeline::ClipTiming& timingOf(const Timeline::Clip* clip) const { return project()->clipTiming(clip); }
-    QPoint pointAt(Types::Time time, const Timeline::Track* track) const
-    {
-        return timeline->viewportPoint(QPointF(TimelineView::xOf(time), timeline->rowCenter(timeline->rowOf(track))));
-    }
     const Timeline::Clip* clipOf(const QString& path, Timeline::Track::Kind kind) const
     {
         for (const Timeline::Clip* clip : project()->clips())
@@ -119,34 +82,24 @@ protected:
     void placeSamples()
     {
         QSignalSpy finished(window.get(), &SandboxWindow::importFinished);
-        window->importFiles({samples->at(0), samples->at(1), samples->at(2)});
+        window->importFiles({sample(0), sample(1), sample(2)});
         ASSERT_TRUE(Scripted::waitFor([&] { return finished.count() == 1; }));
-        ASSERT_TRUE(Scripted::dropFiles(viewport, {samples->at(0)}, pointAt(0, project()->primaryTrack())));
-        ASSERT_TRUE(Scripted::dropFiles(viewport, {samples->at(2)}, pointAt(second, project()->tracks().back())));
-        ASSERT_TRUE(Scripted::dropFiles(viewport, {samples->at(1)}, pointAt(8 * second, project()->extraVideoTrack())));
-        bars = clipOf(samples->at(0), Timeline::Track::Video);
-        sound = clipOf(samples->at(0), Timeline::Track::NativeAudio);
-        tone = clipOf(samples->at(2), Timeline::Track::Audio);
-        shape = clipOf(samples->at(1), Timeline::Track::ExtraVideo);
+        ASSERT_TRUE(Scripted::dropFiles(viewport, {sample(0)}, pointAt(0, project()->primaryTrack())));
+        ASSERT_TRUE(Scripted::dropFiles(viewport, {sample(2)}, pointAt(second, project()->tracks().back())));
+        ASSERT_TRUE(Scripted::dropFiles(viewport, {sample(1)}, pointAt(8 * second, project()->extraVideoTrack())));
+        bars = clipOf(sample(0), Timeline::Track::Video);
+        sound = clipOf(sample(0), Timeline::Track::NativeAudio);
+        tone = clipOf(sample(2), Timeline::Track::Audio);
+        shape = clipOf(sample(1), Timeline::Track::ExtraVideo);
         ASSERT_TRUE(bars && sound && tone && shape);
         timeline->setPlayhead(6 * second);
     }
 
-    static QTemporaryDir* samplesDir;
-    static QStringList* samples;
-    TestSupport::TempSettings settings;
-    std::shared_ptr<Scripted::ScriptedStrategy> dialogs = std::make_shared<Scripted::ScriptedStrategy>();
-    std::unique_ptr<SandboxWindow> window;
-    TimelineView* timeline = nullptr;
-    QWidget* viewport = nullptr;
     const Timeline::Clip* bars = nullptr;
     const Timeline::Clip* sound = nullptr;
     const Timeline::Clip* tone = nullptr;
     const Timeline::Clip* shape = nullptr;
 };
-
-QTemporaryDir* TimelineViewTest::samplesDir = nullptr;
-QStringList* TimelineViewTest::samples = nullptr;
 
 } // namespace
 
@@ -237,19 +190,19 @@ TEST_F(TimelineViewTest, aFileOrAFolderFromTheDesktopLandsAtTheDropTimeAndJoinsT
     QTemporaryDir work;
     const QString folder = work.filePath(QStringLiteral("drop"));
     QDir().mkpath(folder + QStringLiteral("/.hidden"));
-    ASSERT_TRUE(QFile::copy(samples->at(3), folder + QStringLiteral("/b2.png")));
-    ASSERT_TRUE(QFile::copy(samples->at(2), folder + QStringLiteral("/b10.wav")));
-    ASSERT_TRUE(QFile::copy(samples->at(4), folder + QStringLiteral("/broken.mp4")));
-    ASSERT_TRUE(QFile::copy(samples->at(1), folder + QStringLiteral("/.hidden/skipped.mkv")));
+    ASSERT_TRUE(QFile::copy(sample(3), folder + QStringLiteral("/b2.png")));
+    ASSERT_TRUE(QFile::copy(sample(2), folder + QStringLiteral("/b10.wav")));
+    ASSERT_TRUE(QFile::copy(sample(4), folder + QStringLiteral("/broken.mp4")));
+    ASSERT_TRUE(QFile::copy(sample(1), folder + QStringLiteral("/.hidden/skipped.mkv")));
     QSignalSpy landed(timeline, &TimelineView::filesLanded);
 
     // One file on Overlay video at 3 s.
-    const auto file = desktopFiles({samples->at(1)});
+    const auto file = desktopFiles({sample(1)});
     const Dropped one = sendDrop(viewport, file.get(), pointAt(3 * second, project()->extraVideoTrack()));
     EXPECT_TRUE(one.entered && one.moved && one.dropped);
     ASSERT_TRUE(Scripted::waitFor([&] { return landed.count() == 1; }));
     EXPECT_EQ(landed[0][0].toInt(), 1);
-    const Timeline::Clip* shape = clipOf(samples->at(1), Timeline::Track::ExtraVideo);
+    const Timeline::Clip* shape = clipOf(sample(1), Timeline::Track::ExtraVideo);
     ASSERT_NE(shape, nullptr);
     EXPECT_EQ(timingOf(shape).position, 3 * second);
     EXPECT_TRUE(dialogs->failedFilesQuestions.empty());
@@ -278,7 +231,7 @@ TEST_F(TimelineViewTest, aFileOrAFolderFromTheDesktopLandsAtTheDropTimeAndJoinsT
         inBin << QFileInfo(f->path().toQString()).fileName();
     inBin.sort();
     EXPECT_EQ(inBin, (QStringList{QStringLiteral("b10.wav"), QStringLiteral("b2.png"), QStringLiteral("broken.mp4"),
-                                  QFileInfo(samples->at(1)).fileName()}));
+                                  QFileInfo(sample(1)).fileName()}));
 }
 
 TEST_F(TimelineViewTest, aDropThatCannotLandIsRefusedAndChangesNothing)
@@ -297,11 +250,10 @@ TEST_F(TimelineViewTest, aDropThatCannotLandIsRefusedAndChangesNothing)
         QString reason;
     };
     Row rows[] = {
-        {"a desktop file on the Titles track", desktopFiles({samples->at(3)}), project()->titleTrack(), true,
+        {"a desktop file on the Titles track", desktopFiles({sample(3)}), project()->titleTrack(), true,
          QStringLiteral("Media cannot go on this track.")},
-        {"a bin file on the video sound track",
-         std::unique_ptr<QMimeData>(Sandbox::BinView::mimeDataFor({samples->at(0)})), project()->nativeAudioTrack(),
-         true, QStringLiteral("Media cannot go on this track.")},
+        {"a bin file on the video sound track", std::unique_ptr<QMimeData>(Sandbox::BinView::mimeDataFor({sample(0)})),
+         project()->nativeAudioTrack(), true, QStringLiteral("Media cannot go on this track.")},
         {"text", std::move(text), project()->primaryTrack(), false,
          QStringLiteral("The editor cannot use what is dragged.")},
     };
@@ -332,8 +284,8 @@ TEST_F(TimelineViewTest, aDropThatCannotLandIsRefusedAndChangesNothing)
 TEST_F(TimelineViewTest, aFolderDroppedOnTheBinGetsATileForEachFileAfterOneQuestion)
 {
     QTemporaryDir work;
-    ASSERT_TRUE(QFile::copy(samples->at(2), work.filePath(QStringLiteral("tone.wav"))));
-    ASSERT_TRUE(QFile::copy(samples->at(4), work.filePath(QStringLiteral("broken.mp4"))));
+    ASSERT_TRUE(QFile::copy(sample(2), work.filePath(QStringLiteral("tone.wav"))));
+    ASSERT_TRUE(QFile::copy(sample(4), work.filePath(QStringLiteral("broken.mp4"))));
     auto* bin = window->bin();
     QSignalSpy landed(bin, &Sandbox::BinView::filesLanded);
     const auto tree = desktopFiles({work.path()});
