@@ -17,8 +17,6 @@ namespace MediaSamples {
 
 using TestSupport::writeFile;
 
-inline bool write(const QString& path, const QByteArray& content) { return writeFile(path, content); }
-
 inline QByteArray be32(quint32 v)
 {
     QByteArray b(4, '\0');
