@@ -1,5 +1,6 @@
 #include <EditorModel/EditorModel.h>
 
+#include "ModelFakes.h"
 #include "TestSupport.h"
 
 #include <QCoreApplication>
@@ -17,16 +18,8 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-// An opener the test answers by hand.
-class ManualOpener : public Media::Opener
-{
-public:
-    void open(const Types::String& path, Done done) override { pending.push_back({path.str(), std::move(done)}); }
-    void answer(std::size_t index, const Media::OpenResult& result) { pending.at(index).second(result); }
-
-    std::vector<std::pair<std::string, Done>> pending;
-};
+using TestSupport::failed;
+using FileWatcher = TestSupport::FileLog;
 
 Media::OpenResult opened()
 {
@@ -45,41 +38,6 @@ Media::OpenResult opened()
     return result;
 }
 
-Media::OpenResult failed(std::vector<int> codes)
-{
-    Media::OpenResult result;
-    for (int code : codes)
-        result.errors.push_back(Media::OpenError{code, "failure"});
-    return result;
-}
-
-// Logs what the file view reports, and the failure notifications of the files it watches.
-class FileWatcher : public Media::View<Media::File>, public PubSub::Subscriber<Media::FileOpenFailedNotification>
-{
-public:
-    std::vector<std::string> log;
-
-protected:
-    using Media::View<Media::File>::notify;
-
-private:
-    void fileAdded(const Media::File* f) override { log.push_back("added " + f->path().str()); }
-    void fileRemoved(const Media::File* f) override { log.push_back("removed " + f->path().str()); }
-    void fileOpened(const Media::File* f) override
-    {
-        log.push_back("opened " + f->path().str() + " streams "
-                      + std::to_string(f->videos().size() + f->audios().size()));
-    }
-    void fileFailed(const Media::File* f) override { log.push_back("failed " + f->path().str()); }
-    void notify(const Media::FileOpenFailedNotification& n) override
-    {
-        std::string codes;
-        for (const auto& e : n.errors)
-            codes += " " + std::to_string(e.code);
-        log.push_back("notification " + n.file->path().str() + codes + (n.file->isFailed() ? " (already failed)" : ""));
-    }
-};
-
 class AllProcessed : public PubSub::Subscriber<Timeline::AllFilesProcessedNotification>
 {
 public:
@@ -95,7 +53,7 @@ protected:
     void SetUp() override { host.setOpener(opener); }
 
     Model::Host host;
-    std::shared_ptr<ManualOpener> opener = std::make_shared<ManualOpener>();
+    std::shared_ptr<TestSupport::ManualOpener> opener = std::make_shared<TestSupport::ManualOpener>();
 };
 
 TEST_F(HostFilesTest, OpenedFileGetsItsStreamsAsRecords)
@@ -103,12 +61,11 @@ TEST_F(HostFilesTest, OpenedFileGetsItsStreamsAsRecords)
     FileWatcher watcher;
     watcher.observeNew(true);
     const Media::File* file = host.addFile("/media/a.mp4");
-    ASSERT_EQ(opener->pending.size(), 1u);
-    EXPECT_EQ(opener->pending[0].first, "/media/a.mp4");
+    ASSERT_EQ(opener->pendingCount(), 1);
     EXPECT_FALSE(file->isFinished());
     EXPECT_EQ(host.pendingOpenCount(), 1);
 
-    opener->answer(0, opened());
+    ASSERT_TRUE(opener->answer(QStringLiteral("/media/a.mp4"), opened()));
     EXPECT_TRUE(file->isOpened());
     EXPECT_EQ(host.pendingOpenCount(), 0);
     ASSERT_NE(file->mainVideo(), nullptr);
@@ -118,7 +75,7 @@ TEST_F(HostFilesTest, OpenedFileGetsItsStreamsAsRecords)
     EXPECT_EQ(file->audioStream(1)->sampleRate, 48000);
     EXPECT_TRUE(host.owns(file->mainVideo()));
     EXPECT_EQ(file->duration(), 50);
-    EXPECT_THAT(watcher.log, ElementsAre("added /media/a.mp4", "opened /media/a.mp4 streams 2"));
+    EXPECT_THAT(watcher.log, ElementsAre("added a.mp4", "opened a.mp4 streams 2"));
 }
 
 TEST_F(HostFilesTest, FailureIsNotifiedBeforeTheFileIsMarkedFailed)
@@ -127,10 +84,10 @@ TEST_F(HostFilesTest, FailureIsNotifiedBeforeTheFileIsMarkedFailed)
     const Media::File* file = host.addFile("/media/../media/b.mkv");
     EXPECT_EQ(file->path().str(), "/media/b.mkv");
     watcher.subscribe(file); // a handler that subscribes to the file directly hears it all
-    opener->answer(0, failed({5, 20}));
+    ASSERT_TRUE(opener->answer(QStringLiteral("/media/b.mkv"), failed({5, 20})));
     EXPECT_TRUE(file->isFailed());
     EXPECT_FALSE(file->isOpened());
-    EXPECT_THAT(watcher.log, ElementsAre("notification /media/b.mkv 5 20", "failed /media/b.mkv"));
+    EXPECT_THAT(watcher.log, ElementsAre("notification b.mkv 5 20", "failed b.mkv"));
 }
 
 TEST_F(HostFilesTest, BatchIsAnnouncedFromTheEventLoopOnceAllFilesFinished)
@@ -143,8 +100,8 @@ TEST_F(HostFilesTest, BatchIsAnnouncedFromTheEventLoopOnceAllFilesFinished)
     const Media::File* c = host.addFile("/c.mp4");
     host.watchFiles(timeline, {a, b, c});
 
-    opener->answer(0, opened());
-    opener->answer(1, failed({36}));
+    ASSERT_TRUE(opener->answer(QStringLiteral("/a.mp4"), opened()));
+    ASSERT_TRUE(opener->answer(QStringLiteral("/b.mp4"), failed({36})));
     QCoreApplication::processEvents();
     EXPECT_EQ(processed.count, 0);
 
@@ -191,7 +148,7 @@ TEST_F(HostFilesTest, RemovedTimelineTakesItsBatchesWithIt)
     remover.onFirst = [&] { host.remove(first); };
 
     privateCopy.reset(); // the copy is given up while its file opens
-    opener->answer(0, opened());
+    ASSERT_TRUE(opener->answer(QStringLiteral("/a.mp4"), opened()));
     QCoreApplication::processEvents();
     EXPECT_THAT(remover.heard, ElementsAre(kept)) << "neither the freed copy nor the removed timeline is announced";
 }
@@ -202,8 +159,8 @@ TEST_F(HostFilesTest, AnswerForARemovedFileIsDropped)
     FileWatcher watcher;
     watcher.observe(file);
     host.remove(file);
-    opener->answer(0, opened());
-    EXPECT_THAT(watcher.log, ElementsAre("removed /gone.mp4"));
+    opener->answer(QStringLiteral("/gone.mp4"), opened());
+    EXPECT_THAT(watcher.log, ElementsAre("removed gone.mp4"));
 }
 
 TEST_F(HostFilesTest, WithoutAnOpenerFilesStayUnopenedAndThatIsReported)

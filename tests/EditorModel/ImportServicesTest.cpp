@@ -79,7 +79,7 @@ protected:
     QString file(const char* name, const QByteArray& content)
     {
         const QString path = dir.filePath(QString::fromUtf8(name));
-        MediaSamples::write(path, content);
+        MediaSamples::writeFile(path, content);
         return path;
     }
 

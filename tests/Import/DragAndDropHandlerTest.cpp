@@ -66,8 +66,7 @@ protected:
     QString file(const QString& name, const QByteArray& content = MediaSamples::mp4())
     {
         const QString path = QDir::isAbsolutePath(name) ? name : dir.filePath(name);
-        QDir().mkpath(QFileInfo(path).absolutePath());
-        EXPECT_TRUE(MediaSamples::write(path, content));
+        EXPECT_TRUE(MediaSamples::writeFile(path, content));
         return path;
     }
 
@@ -312,8 +311,7 @@ TEST(DragAndDropOrderTest, NamesSortNaturallyAndFoldersExpandWithoutHiddenEntrie
     QTemporaryDir dir;
     for (const char* name : {"v/b10.mp4", "v/b9.mp4", "v/.git/x.mp4", "v/c/a.mp4", "a.mp4"}) {
         const QString path = dir.filePath(QString::fromUtf8(name));
-        QDir().mkpath(QFileInfo(path).absolutePath());
-        MediaSamples::write(path, "x");
+        MediaSamples::writeFile(path, "x");
     }
     const auto files = DragAndDropHandler::expandDroppedPaths({dir.filePath(QStringLiteral("v")),
                                                                dir.filePath(QStringLiteral("a.mp4")),

@@ -1,8 +1,10 @@
 #pragma once
 
-// Helpers of the import tests: an opener the test answers by hand, an opener that fails chosen
-// files with chosen codes and opens the rest honestly, a dialog strategy that records the
-// failure question and answers it, and event-loop spinning.
+// Helpers of the import tests: an opener that fails chosen files with chosen codes and opens the
+// rest honestly, a dialog strategy that records the failure question and answers it, and
+// event-loop spinning.
+
+#include "ModelFakes.h"
 
 #include <Util/Dialog/Dialog.h>
 #include <Util/Interfaces/EditorModel.h>
@@ -14,12 +16,14 @@
 #include <QPointer>
 #include <QTimer>
 
-#include <deque>
 #include <functional>
 #include <memory>
 #include <vector>
 
 namespace ImportTest {
+
+using TestSupport::failed;
+using TestSupport::ManualOpener;
 
 inline Media::OpenResult opened()
 {
@@ -30,47 +34,6 @@ inline Media::OpenResult opened()
     result.metadata.videos.push_back(video);
     return result;
 }
-
-inline Media::OpenResult failed(std::vector<int> codes)
-{
-    Media::OpenResult result;
-    for (int code : codes)
-        result.errors.push_back(Media::OpenError{code, "chosen by the test"});
-    return result;
-}
-
-// Keeps every open request until the test answers it.
-class ManualOpener : public Media::Opener
-{
-public:
-    void open(const Types::String& path, Done done) override
-    {
-        m_pending.push_back({path.toQString(), std::move(done)});
-    }
-
-    // Answers the oldest request for `path`; false when there is none.
-    bool answer(const QString& path, const Media::OpenResult& result)
-    {
-        for (auto it = m_pending.begin(); it != m_pending.end(); ++it) {
-            if (it->path == path) {
-                const Done done = std::move(it->done);
-                m_pending.erase(it);
-                done(result);
-                return true;
-            }
-        }
-        return false;
-    }
-    int pendingCount() const { return int(m_pending.size()); }
-
-private:
-    struct Pending
-    {
-        QString path;
-        Done done;
-    };
-    std::deque<Pending> m_pending;
-};
 
 // Opens files with `honest`, except those whose file name is in `failures`, which fail with
 // the codes given for them. Answers come from the event loop.

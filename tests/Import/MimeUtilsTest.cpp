@@ -1,5 +1,6 @@
 #include <Util/Import/MimeUtils.h>
 
+#include "TestFiles.h"
 #include "TestSupport.h"
 
 #include <QDir>
@@ -14,11 +15,7 @@ namespace {
 QString touch(const QTemporaryDir& dir, const QString& name, const QByteArray& content = QByteArray("x"))
 {
     const QString path = dir.filePath(name);
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return {};
-    file.write(content);
-    return path;
+    return TestSupport::writeFile(path, content) ? path : QString();
 }
 
 class MimeUtilsTest : public ::testing::Test

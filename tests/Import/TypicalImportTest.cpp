@@ -66,13 +66,13 @@ protected:
         Model::installDefaultServices(host);
 
         using namespace MediaSamples;
-        ASSERT_TRUE(write(path("good.mp4"), mp4()));
-        ASSERT_TRUE(write(path("still.png"), png(32, 18)));
-        ASSERT_TRUE(write(path("sound.wav"), wave()));
-        ASSERT_TRUE(write(path("licence.mp4"), mp4()));
-        ASSERT_TRUE(write(path("cut.mp4"), mp4(256).left(200)));
-        ASSERT_TRUE(write(path("empty.mov"), QByteArray()));
-        ASSERT_TRUE(write(path("notes.mp4"), QByteArray("not a movie at all\n")));
+        ASSERT_TRUE(writeFile(path("good.mp4"), mp4()));
+        ASSERT_TRUE(writeFile(path("still.png"), png(32, 18)));
+        ASSERT_TRUE(writeFile(path("sound.wav"), wave()));
+        ASSERT_TRUE(writeFile(path("licence.mp4"), mp4()));
+        ASSERT_TRUE(writeFile(path("cut.mp4"), mp4(256).left(200)));
+        ASSERT_TRUE(writeFile(path("empty.mov"), QByteArray()));
+        ASSERT_TRUE(writeFile(path("notes.mp4"), QByteArray("not a movie at all\n")));
 
         // The scene the user sees: a clip with a title over it.
         scene = host.addTimeline("Scene");

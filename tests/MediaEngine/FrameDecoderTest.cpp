@@ -44,32 +44,28 @@ struct TimeCase
     qint64 frameTime; // the frame expected, within half a frame
 };
 
-class DecodeAtTime : public testing::TestWithParam<TimeCase>
+TEST(DecodeAtTime, givesTheFrameNearestTheTime)
 {
-};
+    const TimeCase rows[] = {{"start", 0, Qt::red, 0},
+                             {"beforeTheStart", -5'000'000, Qt::red, 0},
+                             {"betweenKeyFrames", 530'000, Qt::red, 520'000},
+                             {"lastRedFrame", 960'000, Qt::red, 960'000},
+                             {"firstBlueFrame", 1'000'000, Qt::blue, 1'000'000},
+                             {"nearerTheNextFrame", 1'435'000, Qt::blue, 1'440'000},
+                             {"pastTheEnd", 60'000'000, Qt::blue, 1'960'000}};
+    for (const TimeCase& row : rows) {
+        SCOPED_TRACE(row.name);
+        const FrameResult result = decodeFrame(requestOf(Sample::Mp4Colours, row.time, QSize(160, 90)));
 
-TEST_P(DecodeAtTime, givesTheFrameNearestTheTime)
-{
-    const FrameResult result = decodeFrame(requestOf(Sample::Mp4Colours, GetParam().time, QSize(160, 90)));
-
-    ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
-    EXPECT_EQ(result.image.size(), QSize(160, 90));
-    EXPECT_EQ(result.image.format(), QImage::Format_ARGB32_Premultiplied);
-    const QRgb centre = result.image.pixel(80, 45);
-    EXPECT_TRUE(near(centre, GetParam().colour)) << describe(centre);
-    EXPECT_NEAR(double(result.frameTime), double(GetParam().frameTime), 20'000.0);
-    EXPECT_FALSE(result.fromCache);
+        ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
+        EXPECT_EQ(result.image.size(), QSize(160, 90));
+        EXPECT_EQ(result.image.format(), QImage::Format_ARGB32_Premultiplied);
+        const QRgb centre = result.image.pixel(80, 45);
+        EXPECT_TRUE(near(centre, row.colour)) << describe(centre);
+        EXPECT_NEAR(double(result.frameTime), double(row.frameTime), 20'000.0);
+        EXPECT_FALSE(result.fromCache);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(ColourChange, DecodeAtTime,
-                         testing::Values(TimeCase{"start", 0, Qt::red, 0},
-                                         TimeCase{"beforeTheStart", -5'000'000, Qt::red, 0},
-                                         TimeCase{"betweenKeyFrames", 530'000, Qt::red, 520'000},
-                                         TimeCase{"lastRedFrame", 960'000, Qt::red, 960'000},
-                                         TimeCase{"firstBlueFrame", 1'000'000, Qt::blue, 1'000'000},
-                                         TimeCase{"nearerTheNextFrame", 1'435'000, Qt::blue, 1'440'000},
-                                         TimeCase{"pastTheEnd", 60'000'000, Qt::blue, 1'960'000}),
-                         [](const testing::TestParamInfo<TimeCase>& info) { return std::string(info.param.name); });
 
 struct SampleCase
 {
@@ -80,38 +76,32 @@ struct SampleCase
     QColor colour;    // in the middle, when given
 };
 
-class DecodeSample : public testing::TestWithParam<SampleCase>
+TEST(DecodeSample, landsOnTheFrameOfTheTime)
 {
-};
+    const SampleCase rows[] = {{"mp4WithAudio", Sample::Mp4VideoAudio, 1'000'000, 1'000'000, QColor()},
+                               {"mkvNtscRate", Sample::MkvVideo, 1'000'000, 1'001'000, QColor()},
+                               {"aviWithAudio", Sample::AviVideoAudio, 1'010'000, 1'000'000, QColor()},
+                               {"mkvAnamorphic", Sample::MkvAnamorphic, 520'000, 520'000, Qt::white},
+                               {"animatedGif", Sample::GifAnimation, 610'000, 600'000, QColor()},
+                               {"pngAtTheStart", Sample::PngImage, 0, -1, Qt::red},
+                               {"png", Sample::PngImage, 3'000'000, -1, Qt::red},
+                               {"jpeg", Sample::JpegImage, 3'000'000, -1, Qt::green},
+                               {"bmp", Sample::BmpImage, 3'000'000, -1, Qt::blue},
+                               {"webp", Sample::WebpImage, 3'000'000, -1, Qt::yellow}};
+    for (const SampleCase& c : rows) {
+        SCOPED_TRACE(c.name);
+        const FrameResult result = decodeFrame(requestOf(c.sample, c.time, QSize(96, 54)));
 
-TEST_P(DecodeSample, landsOnTheFrameOfTheTime)
-{
-    const SampleCase& c = GetParam();
-    const FrameResult result = decodeFrame(requestOf(c.sample, c.time, QSize(96, 54)));
-
-    ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
-    EXPECT_EQ(result.image.size(), QSize(96, 54));
-    if (c.frameTime >= 0) {
-        EXPECT_NEAR(double(result.frameTime), double(c.frameTime), 2'000.0);
-    }
-    if (c.colour.isValid()) {
-        EXPECT_TRUE(near(result.image.pixel(48, 27), c.colour)) << describe(result.image.pixel(48, 27));
+        ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
+        EXPECT_EQ(result.image.size(), QSize(96, 54));
+        if (c.frameTime >= 0) {
+            EXPECT_NEAR(double(result.frameTime), double(c.frameTime), 2'000.0);
+        }
+        if (c.colour.isValid()) {
+            EXPECT_TRUE(near(result.image.pixel(48, 27), c.colour)) << describe(result.image.pixel(48, 27));
+        }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    ContainersAndStills, DecodeSample,
-    testing::Values(SampleCase{"mp4WithAudio", Sample::Mp4VideoAudio, 1'000'000, 1'000'000, QColor()},
-                    SampleCase{"mkvNtscRate", Sample::MkvVideo, 1'000'000, 1'001'000, QColor()},
-                    SampleCase{"aviWithAudio", Sample::AviVideoAudio, 1'010'000, 1'000'000, QColor()},
-                    SampleCase{"mkvAnamorphic", Sample::MkvAnamorphic, 520'000, 520'000, Qt::white},
-                    SampleCase{"animatedGif", Sample::GifAnimation, 610'000, 600'000, QColor()},
-                    SampleCase{"pngAtTheStart", Sample::PngImage, 0, -1, Qt::red},
-                    SampleCase{"png", Sample::PngImage, 3'000'000, -1, Qt::red},
-                    SampleCase{"jpeg", Sample::JpegImage, 3'000'000, -1, Qt::green},
-                    SampleCase{"bmp", Sample::BmpImage, 3'000'000, -1, Qt::blue},
-                    SampleCase{"webp", Sample::WebpImage, 3'000'000, -1, Qt::yellow}),
-    [](const testing::TestParamInfo<SampleCase>& info) { return std::string(info.param.name); });
 
 struct ContainerCase
 {
@@ -290,91 +280,83 @@ struct ResizeCase
     std::vector<Spot> spots;
 };
 
-class DecodeResize : public testing::TestWithParam<ResizeCase>
-{
-};
-
-TEST_P(DecodeResize, fitsCutsOrStretchesTheFrameIntoTheSize)
-{
-    const ResizeCase& c = GetParam();
-    const FrameResult result = decodeFrame(requestOf(c.sample, 0, c.size, c.mode, c.padding));
-
-    ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
-    ASSERT_EQ(result.image.size(), c.size);
-    for (const Spot& spot : c.spots) {
-        const QRgb pixel = result.image.pixel(spot.point);
-        EXPECT_TRUE(near(pixel, spot.colour, spot.tolerance))
-            << spot.point.x() << "," << spot.point.y() << ": " << describe(pixel);
-    }
-}
-
 const QColor transparent(0, 0, 0, 0);
 
-// The colours sample is 16:9 and red at first; the strip is 3000x20, red, green and blue thirds;
-// the anamorphic one is white, 720x576 with 16:15 pixels.
-INSTANTIATE_TEST_SUITE_P(
-    Modes, DecodeResize,
-    testing::Values(
+TEST(DecodeResize, fitsCutsOrStretchesTheFrameIntoTheSize)
+{
+    // The colours sample is 16:9 and red at first; the strip is 3000x20, red, green and blue thirds;
+    // the anamorphic one is white, 720x576 with 16:15 pixels.
+    const ResizeCase rows[] = {
         // 100x56 of picture in the middle, 22 rows of padding above and below.
-        ResizeCase{"keepingTheAspectPadsWithThePaddingColour",
-                   Sample::Mp4Colours,
-                   QSize(100, 100),
-                   ResizeMode::KeepAspectRatio,
-                   Qt::green,
-                   {{{0, 0}, Qt::green, 8},
-                    {{50, 10}, Qt::green, 8},
-                    {{99, 99}, Qt::green, 8},
-                    {{50, 90}, Qt::green, 8},
-                    {{50, 50}, Qt::red},
-                    {{2, 30}, Qt::red},
-                    {{97, 70}, Qt::red}}},
-        ResizeCase{"keepingTheAspectWithoutAPaddingColourLeavesTransparentBands",
-                   Sample::Mp4Colours,
-                   QSize(100, 100),
-                   ResizeMode::KeepAspectRatio,
-                   QColor(),
-                   {{{50, 5}, transparent, 0}, {{50, 50}, Qt::red}}},
-        ResizeCase{
-            "expandingFillsTheWholeSize",
-            Sample::Mp4Colours,
-            QSize(100, 100),
-            ResizeMode::KeepAspectRatioByExpanding,
-            Qt::green,
-            {{{0, 0}, Qt::red}, {{99, 0}, Qt::red}, {{50, 50}, Qt::red}, {{0, 99}, Qt::red}, {{99, 99}, Qt::red}}},
-        ResizeCase{
-            "ignoringTheAspectFillsTheWholeSize",
-            Sample::Mp4Colours,
-            QSize(100, 100),
-            ResizeMode::IgnoreAspectRatio,
-            Qt::green,
-            {{{0, 0}, Qt::red}, {{99, 0}, Qt::red}, {{50, 50}, Qt::red}, {{0, 99}, Qt::red}, {{99, 99}, Qt::red}}},
-        ResizeCase{"expandingAVeryWideFrameKeepsItsMiddle",
-                   Sample::PngStrip,
-                   QSize(90, 90),
-                   ResizeMode::KeepAspectRatioByExpanding,
-                   QColor(),
-                   {{{0, 0}, Qt::green}, {{45, 45}, Qt::green}, {{89, 89}, Qt::green}}},
+        {"keepingTheAspectPadsWithThePaddingColour",
+         Sample::Mp4Colours,
+         QSize(100, 100),
+         ResizeMode::KeepAspectRatio,
+         Qt::green,
+         {{{0, 0}, Qt::green, 8},
+          {{50, 10}, Qt::green, 8},
+          {{99, 99}, Qt::green, 8},
+          {{50, 90}, Qt::green, 8},
+          {{50, 50}, Qt::red},
+          {{2, 30}, Qt::red},
+          {{97, 70}, Qt::red}}},
+        {"keepingTheAspectWithoutAPaddingColourLeavesTransparentBands",
+         Sample::Mp4Colours,
+         QSize(100, 100),
+         ResizeMode::KeepAspectRatio,
+         QColor(),
+         {{{50, 5}, transparent, 0}, {{50, 50}, Qt::red}}},
+        {"expandingFillsTheWholeSize",
+         Sample::Mp4Colours,
+         QSize(100, 100),
+         ResizeMode::KeepAspectRatioByExpanding,
+         Qt::green,
+         {{{0, 0}, Qt::red}, {{99, 0}, Qt::red}, {{50, 50}, Qt::red}, {{0, 99}, Qt::red}, {{99, 99}, Qt::red}}},
+        {"ignoringTheAspectFillsTheWholeSize",
+         Sample::Mp4Colours,
+         QSize(100, 100),
+         ResizeMode::IgnoreAspectRatio,
+         Qt::green,
+         {{{0, 0}, Qt::red}, {{99, 0}, Qt::red}, {{50, 50}, Qt::red}, {{0, 99}, Qt::red}, {{99, 99}, Qt::red}}},
+        {"expandingAVeryWideFrameKeepsItsMiddle",
+         Sample::PngStrip,
+         QSize(90, 90),
+         ResizeMode::KeepAspectRatioByExpanding,
+         QColor(),
+         {{{0, 0}, Qt::green}, {{45, 45}, Qt::green}, {{89, 89}, Qt::green}}},
         // 300x2 of picture across the middle rows.
-        ResizeCase{"fittingAVeryWideFrameShowsItWhole",
-                   Sample::PngStrip,
-                   QSize(300, 90),
-                   ResizeMode::KeepAspectRatio,
-                   Qt::black,
-                   {{{50, 44}, Qt::red}, {{150, 44}, Qt::green}, {{250, 45}, Qt::blue}, {{150, 10}, Qt::black, 8}}},
+        {"fittingAVeryWideFrameShowsItWhole",
+         Sample::PngStrip,
+         QSize(300, 90),
+         ResizeMode::KeepAspectRatio,
+         Qt::black,
+         {{{50, 44}, Qt::red}, {{150, 44}, Qt::green}, {{250, 45}, Qt::blue}, {{150, 10}, Qt::black, 8}}},
         // Shown as 768x576 (4:3): 120x90 of picture in 160x90, where square pixels would give 113x90.
-        ResizeCase{"theShapeOfAPixelCountsWhenKeepingTheAspect",
-                   Sample::MkvAnamorphic,
-                   QSize(160, 90),
-                   ResizeMode::KeepAspectRatio,
-                   Qt::black,
-                   {{{0, 45}, Qt::black, 8},
-                    {{18, 45}, Qt::black, 8},
-                    {{141, 45}, Qt::black, 8},
-                    {{159, 45}, Qt::black, 8},
-                    {{21, 45}, Qt::white},
-                    {{80, 45}, Qt::white},
-                    {{138, 45}, Qt::white}}}),
-    [](const testing::TestParamInfo<ResizeCase>& info) { return std::string(info.param.name); });
+        {"theShapeOfAPixelCountsWhenKeepingTheAspect",
+         Sample::MkvAnamorphic,
+         QSize(160, 90),
+         ResizeMode::KeepAspectRatio,
+         Qt::black,
+         {{{0, 45}, Qt::black, 8},
+          {{18, 45}, Qt::black, 8},
+          {{141, 45}, Qt::black, 8},
+          {{159, 45}, Qt::black, 8},
+          {{21, 45}, Qt::white},
+          {{80, 45}, Qt::white},
+          {{138, 45}, Qt::white}}}};
+    for (const ResizeCase& c : rows) {
+        SCOPED_TRACE(c.name);
+        const FrameResult result = decodeFrame(requestOf(c.sample, 0, c.size, c.mode, c.padding));
+
+        ASSERT_TRUE(result.ok()) << result.errorMessage.toStdString();
+        ASSERT_EQ(result.image.size(), c.size);
+        for (const Spot& spot : c.spots) {
+            const QRgb pixel = result.image.pixel(spot.point);
+            EXPECT_TRUE(near(pixel, spot.colour, spot.tolerance))
+                << spot.point.x() << "," << spot.point.y() << ": " << describe(pixel);
+        }
+    }
+}
 
 struct DecodeFailureCase
 {
@@ -388,29 +370,6 @@ struct DecodeFailureCase
     bool cancelled = false;
 };
 
-class DecodeFailure : public testing::TestWithParam<DecodeFailureCase>
-{
-};
-
-TEST_P(DecodeFailure, failsWithTheCodeAndNoImage)
-{
-    const DecodeFailureCase& c = GetParam();
-    TestSupport::LogCapture log;
-    FrameRequest request = requestOf(c.sample, 500'000, c.size);
-    request.streamIndex = c.streamIndex;
-    const std::atomic_bool cancelled{c.cancelled};
-    const FrameResult result = decodeFrame(request, c.limits, &cancelled);
-
-    EXPECT_FALSE(result.ok());
-    if (c.code >= 0) {
-        EXPECT_EQ(result.errorCode, c.code) << result.errorMessage.toStdString();
-    }
-    EXPECT_TRUE(result.image.isNull());
-    if (c.logLine) {
-        EXPECT_TRUE(log.containsError(c.logLine));
-    }
-}
-
 Limits noTimeToDecode()
 {
     Limits limits;
@@ -418,27 +377,43 @@ Limits noTimeToDecode()
     return limits;
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    BrokenFilesAndMistakes, DecodeFailure,
-    testing::Values(DecodeFailureCase{"missing", Sample::Missing, ErrorCode::FileCorrupted},
-                    DecodeFailureCase{"folder", Sample::Folder, ErrorCode::FileCorrupted},
-                    DecodeFailureCase{"pipeWithoutWriter", Sample::Pipe, ErrorCode::FileCorrupted},
-                    DecodeFailureCase{"zeroLength", Sample::Empty, ErrorCode::FileCorrupted},
-                    DecodeFailureCase{"randomBytes", Sample::RandomBytes, ErrorCode::FileCorrupted},
-                    DecodeFailureCase{"mp4CutBeforeItsIndex", Sample::TruncatedMp4, ErrorCode::FileCorrupted},
-                    DecodeFailureCase{"absurdFrameSize", Sample::HugePng, ErrorCode::FileCorrupted},
-                    DecodeFailureCase{"codecWithoutDecoder", Sample::NoDecoder, ErrorCode::CodecNotAvailable},
-                    DecodeFailureCase{"audioOnly", Sample::WavAudio, ErrorCode::Unknown},
-                    DecodeFailureCase{"emptyWidth", Sample::Mp4Colours, -1, QSize(0, 90), "invalid frame size"},
-                    DecodeFailureCase{"negativeHeight", Sample::Mp4Colours, -1, QSize(160, -1), "invalid frame size"},
-                    DecodeFailureCase{"hugeSize", Sample::Mp4Colours, -1, QSize(100000, 90), "invalid frame size"},
-                    // the aac stream
-                    DecodeFailureCase{"audioStreamIndex", Sample::Mp4VideoAudio, ErrorCode::Unknown, QSize(32, 24),
-                                      "is not a video stream", 1},
-                    DecodeFailureCase{"pastItsDeadline", Sample::Mp4Colours, ErrorCode::FileCorrupted, QSize(32, 24),
-                                      nullptr, -1, noTimeToDecode()},
-                    DecodeFailureCase{"cancelled", Sample::Mp4Colours, -1, QSize(32, 24), nullptr, -1, Limits(), true}),
-    [](const testing::TestParamInfo<DecodeFailureCase>& info) { return std::string(info.param.name); });
+TEST(DecodeFailure, failsWithTheCodeAndNoImage)
+{
+    const DecodeFailureCase rows[] = {
+        {"missing", Sample::Missing, ErrorCode::FileCorrupted},
+        {"folder", Sample::Folder, ErrorCode::FileCorrupted},
+        {"pipeWithoutWriter", Sample::Pipe, ErrorCode::FileCorrupted},
+        {"zeroLength", Sample::Empty, ErrorCode::FileCorrupted},
+        {"randomBytes", Sample::RandomBytes, ErrorCode::FileCorrupted},
+        {"mp4CutBeforeItsIndex", Sample::TruncatedMp4, ErrorCode::FileCorrupted},
+        {"absurdFrameSize", Sample::HugePng, ErrorCode::FileCorrupted},
+        {"codecWithoutDecoder", Sample::NoDecoder, ErrorCode::CodecNotAvailable},
+        {"audioOnly", Sample::WavAudio, ErrorCode::Unknown},
+        {"emptyWidth", Sample::Mp4Colours, -1, QSize(0, 90), "invalid frame size"},
+        {"negativeHeight", Sample::Mp4Colours, -1, QSize(160, -1), "invalid frame size"},
+        {"hugeSize", Sample::Mp4Colours, -1, QSize(100000, 90), "invalid frame size"},
+        // the aac stream
+        {"audioStreamIndex", Sample::Mp4VideoAudio, ErrorCode::Unknown, QSize(32, 24), "is not a video stream", 1},
+        {"pastItsDeadline", Sample::Mp4Colours, ErrorCode::FileCorrupted, QSize(32, 24), nullptr, -1, noTimeToDecode()},
+        {"cancelled", Sample::Mp4Colours, -1, QSize(32, 24), nullptr, -1, Limits(), true}};
+    for (const DecodeFailureCase& c : rows) {
+        SCOPED_TRACE(c.name);
+        TestSupport::LogCapture log;
+        FrameRequest request = requestOf(c.sample, 500'000, c.size);
+        request.streamIndex = c.streamIndex;
+        const std::atomic_bool cancelled{c.cancelled};
+        const FrameResult result = decodeFrame(request, c.limits, &cancelled);
+
+        EXPECT_FALSE(result.ok());
+        if (c.code >= 0) {
+            EXPECT_EQ(result.errorCode, c.code) << result.errorMessage.toStdString();
+        }
+        EXPECT_TRUE(result.image.isNull());
+        if (c.logLine) {
+            EXPECT_TRUE(log.containsError(c.logLine));
+        }
+    }
+}
 
 TEST(DecodeMistakes, aCorrectRequestLogsNothing)
 {

@@ -2,6 +2,7 @@
 
 #include <MediaEngine/ModelAdapter.h>
 
+#include <ModelFakes.h>
 #include <TestSupport.h>
 
 #include <QTest>
@@ -12,34 +13,11 @@
 using namespace MediaEngine;
 using MediaSamples::Sample;
 using ::testing::ElementsAre;
+using FileWatcher = TestSupport::FileLog;
 
 namespace {
 
 constexpr Types::Time second = Types::TimeUnitsPerSecond;
-
-// What the model reports of the files it opens, in order.
-class FileWatcher : public Media::View<Media::File>, public PubSub::Subscriber<Media::FileOpenFailedNotification>
-{
-public:
-    std::vector<std::string> log;
-
-protected:
-    using Media::View<Media::File>::notify;
-
-private:
-    void fileOpened(const Media::File* f) override
-    {
-        log.push_back("opened, streams " + std::to_string(f->videos().size() + f->audios().size()));
-    }
-    void fileFailed(const Media::File*) override { log.push_back("failed"); }
-    void notify(const Media::FileOpenFailedNotification& n) override
-    {
-        std::string codes;
-        for (const Media::OpenError& error : n.errors)
-            codes += " " + std::to_string(error.code);
-        log.push_back("notification" + codes);
-    }
-};
 
 // Owns thumbnail records the way a thumbnail requester does and sees their answers.
 class ThumbnailOwner : public Model::View<Thumbnail::Object>
@@ -87,7 +65,7 @@ TEST_F(ModelAdapterTest, anOpenedFileGetsTheStreamsTheEngineFound)
 
     ASSERT_TRUE(QTest::qWaitFor([file] { return file->isFinished(); }, 30000));
     ASSERT_TRUE(file->isOpened());
-    EXPECT_THAT(watcher.log, ElementsAre("opened, streams 2"));
+    EXPECT_THAT(watcher.log, ElementsAre("added video-audio.mp4", "opened video-audio.mp4 streams 2"));
     EXPECT_NEAR(double(file->duration()), double(2 * second), double(second / 10));
     const Media::Video* video = file->mainVideo();
     ASSERT_NE(video, nullptr);
@@ -110,32 +88,28 @@ struct FailedFileCase
 {
     const char* name;
     Sample sample;
-    const char* notification;
+    const char* codes; // of the notification
 };
 
-class ModelAdapterFailure : public ModelAdapterTest, public testing::WithParamInterface<FailedFileCase>
+TEST_F(ModelAdapterTest, theFailureNotificationCarriesTheCodeBeforeTheFileFails)
 {
-};
+    const FailedFileCase rows[] = {{"missing", Sample::Missing, " 36"},
+                                   {"truncated", Sample::TruncatedMp4, " 36"},
+                                   {"textUnderAVideoExtension", Sample::TextNamedMkv, " 36"},
+                                   {"codecWithoutDecoder", Sample::NoDecoder, " 20"}};
+    for (const FailedFileCase& row : rows) {
+        SCOPED_TRACE(row.name);
+        FileWatcher watcher;
+        const Media::File* file = host.addFile(Types::String(MediaSamples::path(row.sample)));
+        watcher.subscribe(file);
 
-TEST_P(ModelAdapterFailure, theFailureNotificationCarriesTheCodeBeforeTheFileFails)
-{
-    FileWatcher watcher;
-    const Media::File* file = host.addFile(Types::String(MediaSamples::path(GetParam().sample)));
-    watcher.subscribe(file);
-
-    ASSERT_TRUE(QTest::qWaitFor([file] { return file->isFinished(); }, 30000));
-    EXPECT_TRUE(file->isFailed());
-    EXPECT_TRUE(file->videos().empty());
-    EXPECT_THAT(watcher.log, ElementsAre(GetParam().notification, "failed"));
+        ASSERT_TRUE(QTest::qWaitFor([file] { return file->isFinished(); }, 30000));
+        EXPECT_TRUE(file->isFailed());
+        EXPECT_TRUE(file->videos().empty());
+        const std::string name = QFileInfo(MediaSamples::path(row.sample)).fileName().toStdString();
+        EXPECT_THAT(watcher.log, ElementsAre("notification " + name + row.codes, "failed " + name));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Files, ModelAdapterFailure,
-    testing::Values(FailedFileCase{"missing", Sample::Missing, "notification 36"},
-                    FailedFileCase{"truncated", Sample::TruncatedMp4, "notification 36"},
-                    FailedFileCase{"textUnderAVideoExtension", Sample::TextNamedMkv, "notification 36"},
-                    FailedFileCase{"codecWithoutDecoder", Sample::NoDecoder, "notification 20"}),
-    [](const testing::TestParamInfo<FailedFileCase>& info) { return std::string(info.param.name); });
 
 TEST_F(ModelAdapterTest, aThumbnailRecordIsAnsweredWithTheFrameAtItsTimeModeAndPadding)
 {
@@ -199,34 +173,29 @@ struct ResourceCase
     int index;
 };
 
-class FrameRequestOf : public testing::TestWithParam<ResourceCase>
+TEST(FrameRequestOf, readsTheFileAndStreamOfAVideoResource)
 {
-};
+    const ResourceCase rows[] = {
+        {"plain", {"/media/a.mp4:v:0", Resource::Video}, true, "/media/a.mp4", 0},
+        {"colonInThePath", {"/media/a:v:b.mp4:v:3", Resource::Video}, true, "/media/a:v:b.mp4", 3},
+        {"audioStream", {"/media/a.mp4:a:1", Resource::Audio}, false, "", 0},
+        {"videoTypeWithAudioKey", {"/media/a.mp4:a:1", Resource::Video}, false, "", 0},
+        {"indexNotANumber", {"/media/a.mp4:v:x", Resource::Video}, false, "", 0},
+        {"negativeIndex", {"/media/a.mp4:v:-1", Resource::Video}, false, "", 0},
+        {"emptyKey", {"", Resource::Video}, false, "", 0}};
+    for (const ResourceCase& row : rows) {
+        SCOPED_TRACE(row.name);
+        Thumbnail::Object thumbnail;
+        thumbnail.setResource(row.resource);
+        const std::optional<FrameRequest> request = frameRequestOf(thumbnail);
 
-TEST_P(FrameRequestOf, readsTheFileAndStreamOfAVideoResource)
-{
-    Thumbnail::Object thumbnail;
-    thumbnail.setResource(GetParam().resource);
-    const std::optional<FrameRequest> request = frameRequestOf(thumbnail);
-
-    ASSERT_EQ(request.has_value(), GetParam().valid);
-    if (request) {
-        EXPECT_EQ(request->path.toStdString(), GetParam().path);
-        EXPECT_EQ(request->streamIndex, GetParam().index);
+        ASSERT_EQ(request.has_value(), row.valid);
+        if (request) {
+            EXPECT_EQ(request->path.toStdString(), row.path);
+            EXPECT_EQ(request->streamIndex, row.index);
+        }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Keys, FrameRequestOf,
-    testing::Values(ResourceCase{"plain", {"/media/a.mp4:v:0", Resource::Video}, true, "/media/a.mp4", 0},
-                    ResourceCase{
-                        "colonInThePath", {"/media/a:v:b.mp4:v:3", Resource::Video}, true, "/media/a:v:b.mp4", 3},
-                    ResourceCase{"audioStream", {"/media/a.mp4:a:1", Resource::Audio}, false, "", 0},
-                    ResourceCase{"videoTypeWithAudioKey", {"/media/a.mp4:a:1", Resource::Video}, false, "", 0},
-                    ResourceCase{"indexNotANumber", {"/media/a.mp4:v:x", Resource::Video}, false, "", 0},
-                    ResourceCase{"negativeIndex", {"/media/a.mp4:v:-1", Resource::Video}, false, "", 0},
-                    ResourceCase{"emptyKey", {"", Resource::Video}, false, "", 0}),
-    [](const testing::TestParamInfo<ResourceCase>& info) { return std::string(info.param.name); });
 
 TEST(FrameRequestOfThumbnail, convertsTimeSizeModeAndPadding)
 {

@@ -5,6 +5,7 @@
 #include <QGraphicsRectItem>
 #include <QGraphicsScene>
 #include <QPen>
+#include <QSignalSpy>
 
 #include <gtest/gtest.h>
 
@@ -45,6 +46,18 @@ protected:
     }
 
     QGraphicsScene scene;
+};
+
+// A scene and one area of a layout, with spies on the area's height and item count.
+template <typename Area>
+class StickyAreaFixture : public StickySceneTest
+{
+protected:
+    QList<QGraphicsItem*> items() const { return QList<QGraphicsItem*>(area.begin(), area.end()); }
+
+    Area area;
+    QSignalSpy heightSpy{&area, &StickyArea::heightChanged};
+    QSignalSpy countSpy{&area, &StickyArea::itemsCountChanged};
 };
 
 // Every field of a point; the arguments may be any expressions.

@@ -4,15 +4,18 @@
 // signature check) and real pictures, as bytes or written into a folder. Header-only so that
 // any test folder can use it.
 
+#include "TestFiles.h"
+
 #include <QBuffer>
 #include <QByteArray>
 #include <QColor>
-#include <QFile>
 #include <QImage>
 #include <QString>
 #include <QtEndian>
 
 namespace MediaSamples {
+
+using TestSupport::writeFile;
 
 inline QByteArray be32(quint32 v)
 {
@@ -85,12 +88,6 @@ inline QByteArray pngAnnouncing(quint32 width, quint32 height)
     return QByteArray("\x89PNG\r\n\x1a\n", 8) + pngChunk("IHDR", header)
            + pngChunk("IDAT", qCompress(QByteArray(1024, '\0')).mid(4)) // zlib stream without Qt's size prefix
            + pngChunk("IEND", QByteArray());
-}
-
-inline bool write(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
 }
 
 } // namespace MediaSamples

@@ -5,34 +5,24 @@
 #include <Util/Sticky/StickyFreeLine.h>
 #include <Util/Sticky/StickyMagneticLine.h>
 
-#include <QSignalSpy>
-
 namespace {
 
-class StickyMagneticLineTest : public StickySceneTest
+class StickyMagneticLineTest : public StickyAreaFixture<StickyMagneticLine>
 {
 protected:
-    void SetUp() override
-    {
-        heightSpy = std::make_unique<QSignalSpy>(&line, &StickyArea::heightChanged);
-        countSpy = std::make_unique<QSignalSpy>(&line, &StickyArea::itemsCountChanged);
-        line.enableHeightTracking(true);
-    }
+    void SetUp() override { line.enableHeightTracking(true); }
 
-    // Appends an item of width w and re-packs the line.
-    QGraphicsRectItem* append(double w, bool placeholder = false, double h = 10.0)
+    // Appends an item of width w to a line (this one by default) and re-packs it.
+    QGraphicsRectItem* append(double w, bool placeholder = false, double h = 10.0, StickyArea* to = nullptr)
     {
+        StickyArea& target = to ? *to : line;
         QGraphicsRectItem* item = addItem(w, h, 500, 500);
-        line.insertItem(StickyArea::StickyPoint(&line, {}, 0, -1), item, placeholder);
-        line.updateLayout(item);
+        target.insertItem(StickyArea::StickyPoint(&target, {}, 0, -1), item, placeholder);
+        target.updateLayout(item);
         return item;
     }
 
-    QList<QGraphicsItem*> items() const { return QList<QGraphicsItem*>(line.begin(), line.end()); }
-
-    StickyMagneticLine line;
-    std::unique_ptr<QSignalSpy> heightSpy;
-    std::unique_ptr<QSignalSpy> countSpy;
+    StickyMagneticLine& line = area;
 };
 
 TEST_F(StickyMagneticLineTest, EmptyLineAnswersTheOrigin)
@@ -42,27 +32,26 @@ TEST_F(StickyMagneticLineTest, EmptyLineAnswersTheOrigin)
     EXPECT_POINT(line.findStickyPoint(QPointF(250, 0), nullptr, {}), &line, 100, 30, 0, 0);
     EXPECT_DOUBLE_EQ(line.width(), 0.0);
     EXPECT_EQ(line.itemAt(StickyArea::StickyPoint(&line, {}, 0, 0)), nullptr);
-    EXPECT_EQ(heightSpy->count(), 0);
+    EXPECT_EQ(heightSpy.count(), 0);
 }
-
-struct MagneticDropRow
-{
-    const char* name;
-    double x;
-    double edge;
-    int index;
-};
-
-std::ostream& operator<<(std::ostream& os, const MagneticDropRow& row) { return os << row.name; }
-
-class MagneticDropTest : public StickyMagneticLineTest, public ::testing::WithParamInterface<MagneticDropRow>
-{
-};
 
 // Items of widths 10 and 20 from origin x 100: edges 100, 110, 130. A placeholder of width 50
 // between them packs but adds no edge, and a zero-width item adds no distinct edge.
-TEST_P(MagneticDropTest, ChoosesTheGreatestEdgeNotRightOfTheDrop)
+TEST_F(StickyMagneticLineTest, DropChoosesTheGreatestEdgeNotRightOfIt)
 {
+    const struct
+    {
+        const char* name;
+        double x;
+        double edge;
+        int index;
+    } rows[] = {{"left of the line", 95, 100, 0},
+                {"on the origin", 100, 100, 0},
+                {"inside the first item", 109.99, 100, 0},
+                {"on the first edge", 110, 110, 1},
+                {"inside the second item", 125, 110, 1},
+                {"on the end", 130, 130, 2},
+                {"far right", 500, 130, 2}};
     line.setOrigin(QPointF(100, 40));
     for (bool withExtras : {false, true}) {
         line.clear();
@@ -73,20 +62,12 @@ TEST_P(MagneticDropTest, ChoosesTheGreatestEdgeNotRightOfTheDrop)
         }
         append(20);
         SCOPED_TRACE(withExtras ? "with placeholder and zero-width item" : "two items");
-        EXPECT_POINT(line.findStickyPoint(QPointF(GetParam().x, -300), first), &line, GetParam().edge, 40, 0,
-                     GetParam().index);
+        for (const auto& row : rows) {
+            SCOPED_TRACE(row.name);
+            EXPECT_POINT(line.findStickyPoint(QPointF(row.x, -300), first), &line, row.edge, 40, 0, row.index);
+        }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, MagneticDropTest,
-                         ::testing::Values(MagneticDropRow{"left_of_the_line", 95, 100, 0},
-                                           MagneticDropRow{"on_the_origin", 100, 100, 0},
-                                           MagneticDropRow{"inside_the_first_item", 109.99, 100, 0},
-                                           MagneticDropRow{"on_the_first_edge", 110, 110, 1},
-                                           MagneticDropRow{"inside_the_second_item", 125, 110, 1},
-                                           MagneticDropRow{"on_the_end", 130, 130, 2},
-                                           MagneticDropRow{"far_right", 500, 130, 2}),
-                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(StickyMagneticLineTest, LayoutPacksItemsInListOrder)
 {
@@ -98,9 +79,9 @@ TEST_F(StickyMagneticLineTest, LayoutPacksItemsInListOrder)
     EXPECT_EQ(placeholder->pos(), QPointF(110, 40)) << "a placeholder takes its room";
     EXPECT_EQ(b->pos(), QPointF(160, 40));
     EXPECT_DOUBLE_EQ(line.width(), 180.0) << "the scene x of the right end, not a length";
-    EXPECT_EQ(countSpy->count(), 3);
-    ASSERT_EQ(heightSpy->count(), 1) << "one real change of height (30) over three layouts";
-    EXPECT_DOUBLE_EQ(heightSpy->at(0).at(0).toDouble(), 30.0);
+    EXPECT_EQ(countSpy.count(), 3);
+    ASSERT_EQ(heightSpy.count(), 1) << "one real change of height (30) over three layouts";
+    EXPECT_DOUBLE_EQ(heightSpy.at(0).at(0).toDouble(), 30.0);
 
     // A drop at x 170 picks edge 130 (index 2): the placeholder is not an edge. Moving b there
     // keeps the list order (b is already last).
@@ -110,8 +91,8 @@ TEST_F(StickyMagneticLineTest, LayoutPacksItemsInListOrder)
     line.updateLayout(nullptr);
     EXPECT_EQ(b->pos(), QPointF(110, 40));
     EXPECT_DOUBLE_EQ(line.width(), 130.0);
-    EXPECT_EQ(countSpy->count(), 4);
-    EXPECT_EQ(heightSpy->count(), 1);
+    EXPECT_EQ(countSpy.count(), 4);
+    EXPECT_EQ(heightSpy.count(), 1);
 }
 
 TEST_F(StickyMagneticLineTest, InsertAtAnEdgeOpensTheSlot)
@@ -128,39 +109,32 @@ TEST_F(StickyMagneticLineTest, InsertAtAnEdgeOpensTheSlot)
     EXPECT_EQ(line.findStickyPoint(QPointF(15, 0), nullptr).index, 2) << "edges follow the new layout";
 }
 
-struct IndexRow
+TEST_F(StickyMagneticLineTest, IndicesAreClampedOrAppended)
 {
-    const char* name;
-    int index;
-    int expectedAt; // position in the list of three items
-};
+    const struct
+    {
+        const char* name;
+        int index;
+        int expectedAt; // position in the list of three items
+    } rows[] = {{"minus one", -1, 0}, {"very negative", -40, 0}, {"first", 0, 0},    {"middle", 1, 1},
+                {"last", 2, 2},       {"one past", 3, 2},        {"far past", 99, 2}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        StickyMagneticLine three;
+        const QList<QGraphicsItem*> placed{append(10, false, 10, &three), append(10, false, 10, &three),
+                                           append(10, false, 10, &three)};
+        const auto listed = [&] { return QList<QGraphicsItem*>(three.begin(), three.end()); };
+        EXPECT_EQ(three.itemAt(StickyArea::StickyPoint(&three, {}, 0, row.index)), placed.at(row.expectedAt));
 
-std::ostream& operator<<(std::ostream& os, const IndexRow& row) { return os << row.name; }
+        three.moveItem(StickyArea::StickyPoint(&three, {}, 0, row.index), placed.at(1));
+        EXPECT_EQ(listed().indexOf(placed.at(1)), row.expectedAt) << "moves clamp";
 
-class MagneticIndexTest : public StickyMagneticLineTest, public ::testing::WithParamInterface<IndexRow>
-{
-};
-
-TEST_P(MagneticIndexTest, IndicesAreClampedOrAppended)
-{
-    QList<QGraphicsItem*> three{append(10), append(10), append(10)};
-    EXPECT_EQ(line.itemAt(StickyArea::StickyPoint(&line, {}, 0, GetParam().index)), three.at(GetParam().expectedAt));
-
-    QGraphicsItem* moved = three.at(1);
-    line.moveItem(StickyArea::StickyPoint(&line, {}, 0, GetParam().index), moved);
-    EXPECT_EQ(items().indexOf(moved), GetParam().expectedAt) << "moves clamp";
-
-    QGraphicsRectItem* extra = addItem(10);
-    line.insertItem(StickyArea::StickyPoint(&line, {}, 0, GetParam().index), extra, false);
-    const int expectedInsert = (GetParam().index < 0 || GetParam().index >= 3) ? 3 : GetParam().index;
-    EXPECT_EQ(items().indexOf(extra), expectedInsert) << "inserts append past either end";
+        QGraphicsRectItem* extra = addItem(10);
+        three.insertItem(StickyArea::StickyPoint(&three, {}, 0, row.index), extra, false);
+        EXPECT_EQ(listed().indexOf(extra), (row.index < 0 || row.index >= 3) ? 3 : row.index)
+            << "inserts append past either end";
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, MagneticIndexTest,
-                         ::testing::Values(IndexRow{"minus_one", -1, 0}, IndexRow{"very_negative", -40, 0},
-                                           IndexRow{"first", 0, 0}, IndexRow{"middle", 1, 1}, IndexRow{"last", 2, 2},
-                                           IndexRow{"one_past", 3, 2}, IndexRow{"far_past", 99, 2}),
-                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(StickyMagneticLineTest, ItemPointReportsTheListPosition)
 {
@@ -177,7 +151,7 @@ TEST_F(StickyMagneticLineTest, MovingAStrangerChangesNothing)
     line.moveItem(StickyArea::StickyPoint(&line, {}, 0, 0), addItem(5));
     EXPECT_EQ(items(), QList<QGraphicsItem*>{a});
     EXPECT_TRUE(log.containsError("StickyMagneticLine::moveItem"));
-    EXPECT_EQ(countSpy->count(), 1);
+    EXPECT_EQ(countSpy.count(), 1);
 }
 
 TEST_F(StickyMagneticLineTest, GroupDropSnapsTheGroupsLeftEdge)
@@ -200,9 +174,9 @@ TEST_F(StickyMagneticLineTest, GroupInsertPacksTheGroupFromThePoint)
     QGraphicsRectItem* b = append(20);
     QGraphicsRectItem* x = addItem(15);
     QGraphicsRectItem* y = addItem(5);
-    countSpy->clear();
+    countSpy.clear();
     line.insertItems(line.findStickyPoint(QPointF(12, 0), nullptr), nullptr, {x, y});
-    EXPECT_EQ(countSpy->count(), 2) << "one signal per inserted item";
+    EXPECT_EQ(countSpy.count(), 2) << "one signal per inserted item";
     // x goes to edge 10 (index 1); y is asked at 10 + 15 = 25, the edge right after x.
     EXPECT_EQ(items(), (QList<QGraphicsItem*>{a, x, y, b}));
 
@@ -215,7 +189,7 @@ TEST_F(StickyMagneticLineTest, GroupInsertPacksTheGroupFromThePoint)
     EXPECT_EQ(w->pos(), QPointF(115, 0));
     EXPECT_EQ(other.count(), 2u);
     EXPECT_EQ(line.count(), 4u);
-    EXPECT_EQ(countSpy->count(), 2);
+    EXPECT_EQ(countSpy.count(), 2);
 }
 
 TEST_F(StickyMagneticLineTest, AlignLaysTheGroupOutAsAStrip)
@@ -281,8 +255,8 @@ TEST_F(StickyMagneticLineTest, DropsSeeResizesInsideALockedBatchAndAfterALayout)
     EXPECT_POINT(line.findStickyPoint(QPointF(1035, 0), nullptr), &line, 1030, 5, 0, 1); // the origin is read at once
     line.setOrigin(QPointF(0, 0));
     line.unlockUpdate();
-    EXPECT_EQ(countSpy->count(), 2);
-    EXPECT_EQ(heightSpy->count(), 1) << "asking signals nothing";
+    EXPECT_EQ(countSpy.count(), 2);
+    EXPECT_EQ(heightSpy.count(), 1) << "asking signals nothing";
 
     // Outside a batch the resize is announced with updateLayout(item), as every caller does.
     a->setRect(0, 0, 5, 10);

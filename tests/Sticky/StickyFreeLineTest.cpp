@@ -5,22 +5,15 @@
 #include <Util/Sticky/StickyFreeLine.h>
 #include <Util/Sticky/StickyOrder.h>
 
-#include <QSignalSpy>
-
 #include <algorithm>
 #include <random>
 
 namespace {
 
-class StickyFreeLineTest : public StickySceneTest
+class StickyFreeLineTest : public StickyAreaFixture<StickyFreeLine>
 {
 protected:
-    void SetUp() override
-    {
-        heightSpy = std::make_unique<QSignalSpy>(&line, &StickyArea::heightChanged);
-        countSpy = std::make_unique<QSignalSpy>(&line, &StickyArea::itemsCountChanged);
-        line.enableHeightTracking(true);
-    }
+    void SetUp() override { line.enableHeightTracking(true); }
 
     QGraphicsRectItem* drop(double x)
     {
@@ -29,13 +22,9 @@ protected:
         return item;
     }
 
-    QList<QGraphicsItem*> items() const { return QList<QGraphicsItem*>(line.begin(), line.end()); }
-
     bool sortedByX() const { return std::is_sorted(line.begin(), line.end(), XOrder()); }
 
-    StickyFreeLine line;
-    std::unique_ptr<QSignalSpy> heightSpy;
-    std::unique_ptr<QSignalSpy> countSpy;
+    StickyFreeLine& line = area;
 };
 
 TEST_F(StickyFreeLineTest, EmptyLineAnswersTheDropXOnTheBaseLine)
@@ -46,35 +35,28 @@ TEST_F(StickyFreeLineTest, EmptyLineAnswersTheDropXOnTheBaseLine)
     EXPECT_EQ(line.itemAt(StickyArea::StickyPoint(&line, {}, 0, 0)), nullptr);
 }
 
-struct FreeDropRow
+TEST_F(StickyFreeLineTest, DropCountsItemsStrictlyLeftOfIt)
 {
-    const char* name;
-    double x;
-    int index;
-};
-
-std::ostream& operator<<(std::ostream& os, const FreeDropRow& row) { return os << row.name; }
-
-class FreeLineDropTest : public StickySceneTest, public ::testing::WithParamInterface<FreeDropRow>
-{
-};
-
-TEST_P(FreeLineDropTest, CountsItemsStrictlyLeftOfTheDrop)
-{
-    StickyFreeLine line;
     for (double x : {10.0, 20.0, 30.0})
         line.insertItem(StickyArea::StickyPoint(&line, QPointF(x, 0), 0, 0), addItem(5), false);
     QGraphicsRectItem* dragged = addItem(5, 10, 20, 0); // not in the line, at an item's x
-    EXPECT_POINT(line.findStickyPoint(QPointF(GetParam().x, 99), dragged), &line, GetParam().x, 0, 0, GetParam().index);
+    const struct
+    {
+        const char* name;
+        double x;
+        int index;
+    } rows[] = {{"left of all", 5, 0},
+                {"on the first", 10, 0},
+                {"between first and second", 15, 1},
+                {"on the second", 20, 1},
+                {"just after the second", 20.001, 2},
+                {"on the last", 30, 2},
+                {"right of all", 35, 3}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_POINT(line.findStickyPoint(QPointF(row.x, 99), dragged), &line, row.x, 0, 0, row.index);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, FreeLineDropTest,
-                         ::testing::Values(FreeDropRow{"left_of_all", 5, 0}, FreeDropRow{"on_first", 10, 0},
-                                           FreeDropRow{"between_first_and_second", 15, 1},
-                                           FreeDropRow{"on_second_not_counted", 20, 1},
-                                           FreeDropRow{"just_after_second", 20.001, 2}, FreeDropRow{"on_last", 30, 2},
-                                           FreeDropRow{"right_of_all", 35, 3}),
-                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(StickyFreeLineTest, TheDraggedItemStillInTheLineCounts)
 {
@@ -91,8 +73,8 @@ TEST_F(StickyFreeLineTest, DropLeftOfTheOriginIsPlacedAtTheOrigin)
     EXPECT_POINT(point, &line, 60, 50, 0, 0);
     line.insertItem(point, item, false);
     EXPECT_EQ(item->pos(), QPointF(100, 50));
-    EXPECT_EQ(countSpy->count(), 1);
-    EXPECT_EQ(heightSpy->count(), 0) << "inserting does not lay out";
+    EXPECT_EQ(countSpy.count(), 1);
+    EXPECT_EQ(heightSpy.count(), 0) << "inserting does not lay out";
 }
 
 TEST_F(StickyFreeLineTest, InsertKeepsTheListInXOrderWhateverTheIndex)
@@ -107,7 +89,7 @@ TEST_F(StickyFreeLineTest, InsertKeepsTheListInXOrderWhateverTheIndex)
     QGraphicsRectItem* e = addItem(10);
     line.insertItem(StickyArea::StickyPoint(&line, QPointF(0, 0), 0, 99), e, false);
     EXPECT_EQ(items(), (QList<QGraphicsItem*>{e, a, b, c, d}));
-    EXPECT_EQ(countSpy->count(), 5);
+    EXPECT_EQ(countSpy.count(), 5);
     EXPECT_EQ(a->pos(), QPointF(10, 0));
     EXPECT_EQ(c->pos(), QPointF(30, 0));
 }
@@ -129,14 +111,14 @@ TEST_F(StickyFreeLineTest, RemovingLeavesTheGap)
     QGraphicsRectItem* b = drop(20);
     QGraphicsRectItem* c = drop(30);
     line.updateLayout(nullptr);
-    heightSpy->clear();
+    heightSpy.clear();
     line.removeItem(b);
     line.updateLayout(nullptr);
     EXPECT_EQ(items(), (QList<QGraphicsItem*>{a, c}));
     EXPECT_EQ(a->pos(), QPointF(10, 0));
     EXPECT_EQ(c->pos(), QPointF(30, 0));
-    EXPECT_EQ(heightSpy->count(), 0);
-    EXPECT_EQ(countSpy->count(), 4);
+    EXPECT_EQ(heightSpy.count(), 0);
+    EXPECT_EQ(countSpy.count(), 4);
 }
 
 TEST_F(StickyFreeLineTest, OriginChangeShiftsEveryItemOnce)
@@ -147,17 +129,17 @@ TEST_F(StickyFreeLineTest, OriginChangeShiftsEveryItemOnce)
     line.setOrigin(QPointF(50, 0));
     EXPECT_EQ(a->pos(), QPointF(60, 0));
     EXPECT_EQ(b->pos(), QPointF(75, 5));
-    ASSERT_EQ(heightSpy->count(), 1);
-    EXPECT_DOUBLE_EQ(heightSpy->at(0).at(0).toDouble(), 15.0);
+    ASSERT_EQ(heightSpy.count(), 1);
+    EXPECT_DOUBLE_EQ(heightSpy.at(0).at(0).toDouble(), 15.0);
 
     line.updateLayout(nullptr);
     EXPECT_EQ(a->pos(), QPointF(60, 0)) << "a layout without origin change moves nothing";
-    EXPECT_EQ(heightSpy->count(), 1);
+    EXPECT_EQ(heightSpy.count(), 1);
 
     line.setOrigin(QPointF(40, 10));
     EXPECT_EQ(a->pos(), QPointF(50, 10));
     EXPECT_EQ(b->pos(), QPointF(65, 15));
-    EXPECT_EQ(heightSpy->count(), 1) << "both moved with the origin: same height";
+    EXPECT_EQ(heightSpy.count(), 1) << "both moved with the origin: same height";
     EXPECT_DOUBLE_EQ(line.width(), 35.0);
 }
 
@@ -173,8 +155,8 @@ TEST_F(StickyFreeLineTest, MoveRepositionsAndReorders)
     line.moveItem(StickyArea::StickyPoint(&line, QPointF(-20, 0), 0, 2), c);
     EXPECT_EQ(c->pos(), QPointF(0, 0));
     EXPECT_EQ(items(), (QList<QGraphicsItem*>{c, b, a, d}));
-    EXPECT_EQ(countSpy->count(), 4);
-    EXPECT_EQ(heightSpy->count(), 0);
+    EXPECT_EQ(countSpy.count(), 4);
+    EXPECT_EQ(heightSpy.count(), 0);
     b->setPos(45, 0); // by hand: the next layout restores the order
     line.updateLayout(nullptr);
     EXPECT_EQ(items(), (QList<QGraphicsItem*>{c, a, d, b}));
@@ -207,44 +189,36 @@ TEST_F(StickyFreeLineTest, RandomMovesKeepTheListSorted)
         ASSERT_TRUE(sortedByX()) << "step " << step;
         ASSERT_EQ(line.count(), 40u);
     }
-    EXPECT_EQ(countSpy->count(), 40);
+    EXPECT_EQ(countSpy.count(), 40);
 }
 
-struct OrderRow
+TEST_F(StickyFreeLineTest, OrdersCompareScenePositions)
 {
-    const char* name;
-    QPointF a;
-    QPointF b;
-    bool x;
-    bool y;
-    bool yx;
-};
-
-std::ostream& operator<<(std::ostream& os, const OrderRow& row) { return os << row.name; }
-
-class StickyOrderTest : public StickySceneTest, public ::testing::WithParamInterface<OrderRow>
-{
-};
-
-TEST_P(StickyOrderTest, ComparesScenePositions)
-{
-    const OrderRow& row = GetParam();
-    QGraphicsRectItem* parent = addItem(1, 1, 0, 0);
-    QGraphicsRectItem* a = addItem(1, 1, row.a.x(), row.a.y());
-    auto* b = new QGraphicsRectItem(0, 0, 1, 1, parent); // scene position = parent + own
-    parent->setPos(row.b - QPointF(2, 3));
-    b->setPos(2, 3);
-    EXPECT_EQ(XOrder()(a, b), row.x);
-    EXPECT_EQ(YOrder()(a, b), row.y);
-    EXPECT_EQ(YXOrder()(a, b), row.yx);
+    const struct
+    {
+        const char* name;
+        QPointF a;
+        QPointF b;
+        bool x;
+        bool y;
+        bool yx;
+    } rows[] = {{"higher but right", {5, 10}, {1, 20}, false, true, true},
+                {"same row, left", {1, 10}, {5, 10}, true, false, true},
+                {"same row, right", {5, 10}, {1, 10}, false, false, false},
+                {"lower and left", {1, 20}, {5, 10}, true, false, false},
+                {"same place", {3, 3}, {3, 3}, false, false, false}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        QGraphicsRectItem* parent = addItem(1, 1, 0, 0);
+        QGraphicsRectItem* a = addItem(1, 1, row.a.x(), row.a.y());
+        auto* b = new QGraphicsRectItem(0, 0, 1, 1,
+                                        parent); // scene position = parent + own
+        parent->setPos(row.b - QPointF(2, 3));
+        b->setPos(2, 3);
+        EXPECT_EQ(XOrder()(a, b), row.x);
+        EXPECT_EQ(YOrder()(a, b), row.y);
+        EXPECT_EQ(YXOrder()(a, b), row.yx);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, StickyOrderTest,
-                         ::testing::Values(OrderRow{"higher_but_right", {5, 10}, {1, 20}, false, true, true},
-                                           OrderRow{"same_row_left", {1, 10}, {5, 10}, true, false, true},
-                                           OrderRow{"same_row_right", {5, 10}, {1, 10}, false, false, false},
-                                           OrderRow{"lower_and_left", {1, 20}, {5, 10}, true, false, false},
-                                           OrderRow{"same_place", {3, 3}, {3, 3}, false, false, false}),
-                         [](const auto& info) { return std::string(info.param.name); });
 
 } // namespace

@@ -6,21 +6,13 @@
 
 #include <Util/Sticky/StickyFreeLine.h>
 
-#include <QSignalSpy>
-
 namespace {
 
 using CountingLine = CountingLayouts<StickyFreeLine>;
 
-class StickyAreaTest : public StickySceneTest
+class StickyAreaTest : public StickyAreaFixture<CountingLine>
 {
 protected:
-    void SetUp() override
-    {
-        heightSpy = std::make_unique<QSignalSpy>(&line, &StickyArea::heightChanged);
-        countSpy = std::make_unique<QSignalSpy>(&line, &StickyArea::itemsCountChanged);
-    }
-
     // Places an item through the line, at scene x / y as given.
     QGraphicsRectItem* put(double x, double y, double w = 10.0, double h = 10.0)
     {
@@ -29,9 +21,7 @@ protected:
         return item;
     }
 
-    CountingLine line;
-    std::unique_ptr<QSignalSpy> heightSpy;
-    std::unique_ptr<QSignalSpy> countSpy;
+    CountingLine& line = area;
 };
 
 TEST_F(StickyAreaTest, StartsEmptyUnlockedWithoutTracking)
@@ -49,74 +39,53 @@ TEST_F(StickyAreaTest, StartsEmptyUnlockedWithoutTracking)
     EXPECT_POINT(line.itemPoint(addItem(10, 10, 7, 8)), &line, 7, 8, 0, -1);
 }
 
-struct DirectionRow
+TEST_F(StickyAreaTest, OnDirectionComparesStrictlyAgainstTheOrigin)
 {
-    const char* name;
-    StickyArea::VerticalDirection direction;
-    double y;
-    bool expected;
-};
-
-std::ostream& operator<<(std::ostream& os, const DirectionRow& row) { return os << row.name; }
-
-class OnDirectionTest : public ::testing::TestWithParam<DirectionRow>
-{
-};
-
-TEST_P(OnDirectionTest, ComparesStrictlyAgainstTheOrigin)
-{
-    StickyFreeLine area;
-    area.setOrigin(QPointF(3, 100));
-    area.setVerticalDirection(GetParam().direction);
-    EXPECT_EQ(area.onDirection(QPointF(-50, GetParam().y)), GetParam().expected);
+    const struct
+    {
+        const char* name;
+        StickyArea::VerticalDirection direction;
+        double y;
+        bool expected;
+    } rows[] = {
+        {"down below", StickyArea::Down, 101, true},         {"down on the base line", StickyArea::Down, 100, false},
+        {"down above", StickyArea::Down, 99, false},         {"up above", StickyArea::Up, 99, true},
+        {"up on the base line", StickyArea::Up, 100, false}, {"up below", StickyArea::Up, 101, false}};
+    line.setOrigin(QPointF(3, 100));
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        line.setVerticalDirection(row.direction);
+        EXPECT_EQ(line.onDirection(QPointF(-50, row.y)), row.expected);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, OnDirectionTest,
-                         ::testing::Values(DirectionRow{"down_below", StickyArea::Down, 101, true},
-                                           DirectionRow{"down_on_base_line", StickyArea::Down, 100, false},
-                                           DirectionRow{"down_above", StickyArea::Down, 99, false},
-                                           DirectionRow{"up_above", StickyArea::Up, 99, true},
-                                           DirectionRow{"up_on_base_line", StickyArea::Up, 100, false},
-                                           DirectionRow{"up_below", StickyArea::Up, 101, false}),
-                         [](const auto& info) { return std::string(info.param.name); });
-
-struct HeightRow
+TEST_F(StickyAreaTest, HeightKeepsTheSignedExtentOfTheFurthestItem)
 {
-    const char* name;
-    StickyArea::VerticalDirection direction;
-    double originY;
     // Two items of height 10 at these scene y (the first is left of the second).
-    double firstY;
-    double secondY;
-    double expected;
-};
-
-std::ostream& operator<<(std::ostream& os, const HeightRow& row) { return os << row.name; }
-
-class HeightTest : public StickySceneTest, public ::testing::WithParamInterface<HeightRow>
-{
-};
-
-TEST_P(HeightTest, KeepsTheSignedExtentOfTheFurthestItem)
-{
-    const HeightRow& row = GetParam();
-    StickyFreeLine area;
-    area.setVerticalDirection(row.direction);
-    area.setOrigin(QPointF(0, row.originY));
-    area.insertItem(StickyArea::StickyPoint(&area, QPointF(0, row.firstY)), addItem(10), false);
-    area.insertItem(StickyArea::StickyPoint(&area, QPointF(20, row.secondY)), addItem(10), false);
-    EXPECT_DOUBLE_EQ(area.height(), row.expected);
+    const struct
+    {
+        const char* name;
+        StickyArea::VerticalDirection direction;
+        double originY;
+        double firstY;
+        double secondY;
+        double expected;
+    } rows[] = {{"down: bottom edge counts", StickyArea::Down, 0, 0, 30, 40},
+                {"down: item above the origin is negative", StickyArea::Down, 100, 80, 95, -10},
+                {"down: on a tie the first in order wins (negative)", StickyArea::Down, 50, 0, 80, -40},
+                {"down: on a tie the first in order wins (positive)", StickyArea::Down, 50, 80, 0, 40},
+                {"up: top edge counts", StickyArea::Up, 100, 70, 50, 50},
+                {"up: item below the origin is negative", StickyArea::Up, 100, 120, 95, -20}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        StickyFreeLine other;
+        other.setVerticalDirection(row.direction);
+        other.setOrigin(QPointF(0, row.originY));
+        other.insertItem(StickyArea::StickyPoint(&other, QPointF(0, row.firstY)), addItem(10), false);
+        other.insertItem(StickyArea::StickyPoint(&other, QPointF(20, row.secondY)), addItem(10), false);
+        EXPECT_DOUBLE_EQ(other.height(), row.expected);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, HeightTest,
-    ::testing::Values(HeightRow{"down_bottom_edge_counts", StickyArea::Down, 0, 0, 30, 40},
-                      HeightRow{"down_item_above_origin_is_negative", StickyArea::Down, 100, 80, 95, -10},
-                      HeightRow{"down_tie_first_in_order_wins_negative", StickyArea::Down, 50, 0, 80, -40},
-                      HeightRow{"down_tie_first_in_order_wins_positive", StickyArea::Down, 50, 80, 0, 40},
-                      HeightRow{"up_top_edge_counts", StickyArea::Up, 100, 70, 50, 50},
-                      HeightRow{"up_item_below_origin_is_negative", StickyArea::Up, 100, 120, 95, -20}),
-    [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(StickyAreaTest, WidthIsTheRightmostEdgeFromTheOrigin)
 {
@@ -130,41 +99,41 @@ TEST_F(StickyAreaTest, WidthIsTheRightmostEdgeFromTheOrigin)
 TEST_F(StickyAreaTest, HeightTrackingSignalsOnlyRealChanges)
 {
     line.updateLayout(nullptr);
-    EXPECT_EQ(heightSpy->count(), 0) << "tracking is off";
+    EXPECT_EQ(heightSpy.count(), 0) << "tracking is off";
 
     line.enableHeightTracking(true);
     EXPECT_TRUE(line.heightTracking());
-    EXPECT_EQ(heightSpy->count(), 0) << "enabling computes nothing";
+    EXPECT_EQ(heightSpy.count(), 0) << "enabling computes nothing";
     line.updateLayout(nullptr);
-    EXPECT_EQ(heightSpy->count(), 0) << "an empty area is already at height 0";
+    EXPECT_EQ(heightSpy.count(), 0) << "an empty area is already at height 0";
 
     QGraphicsRectItem* item = put(0, 0, 10, 25);
-    EXPECT_EQ(heightSpy->count(), 0) << "insertItem does not lay out";
+    EXPECT_EQ(heightSpy.count(), 0) << "insertItem does not lay out";
     line.updateLayout(nullptr);
-    ASSERT_EQ(heightSpy->count(), 1);
-    EXPECT_DOUBLE_EQ(heightSpy->at(0).at(0).toDouble(), 25.0);
+    ASSERT_EQ(heightSpy.count(), 1);
+    EXPECT_DOUBLE_EQ(heightSpy.at(0).at(0).toDouble(), 25.0);
 
     line.updateLayout(item);
-    EXPECT_EQ(heightSpy->count(), 1) << "same height";
+    EXPECT_EQ(heightSpy.count(), 1) << "same height";
 
     item->setPos(0, 25.0 * 1e-14); // below the relative tolerance
     line.updateLayout(nullptr);
-    EXPECT_EQ(heightSpy->count(), 1);
+    EXPECT_EQ(heightSpy.count(), 1);
 
     item->setPos(0, 5);
     line.updateLayout(nullptr);
-    ASSERT_EQ(heightSpy->count(), 2);
-    EXPECT_DOUBLE_EQ(heightSpy->at(1).at(0).toDouble(), 30.0);
+    ASSERT_EQ(heightSpy.count(), 2);
+    EXPECT_DOUBLE_EQ(heightSpy.at(1).at(0).toDouble(), 30.0);
 
     line.removeItem(item);
     line.updateLayout(nullptr);
-    ASSERT_EQ(heightSpy->count(), 3);
-    EXPECT_DOUBLE_EQ(heightSpy->at(2).at(0).toDouble(), 0.0);
+    ASSERT_EQ(heightSpy.count(), 3);
+    EXPECT_DOUBLE_EQ(heightSpy.at(2).at(0).toDouble(), 0.0);
 
     line.enableHeightTracking(false);
     put(0, 50);
     line.updateLayout(nullptr);
-    EXPECT_EQ(heightSpy->count(), 3);
+    EXPECT_EQ(heightSpy.count(), 3);
 }
 
 TEST_F(StickyAreaTest, LockSuppressesLayoutAndHeightUntilTheNextUpdate)
@@ -181,7 +150,7 @@ TEST_F(StickyAreaTest, LockSuppressesLayoutAndHeightUntilTheNextUpdate)
     EXPECT_EQ(line.origin(), QPointF(50, 0)) << "fields still change";
     EXPECT_EQ(line.verticalDirection(), StickyArea::Up);
     EXPECT_EQ(item->pos(), QPointF(10, 0));
-    EXPECT_EQ(heightSpy->count(), 0);
+    EXPECT_EQ(heightSpy.count(), 0);
 
     line.lockUpdate(); // a flag, not a counter
     line.unlockUpdate();
@@ -192,7 +161,7 @@ TEST_F(StickyAreaTest, LockSuppressesLayoutAndHeightUntilTheNextUpdate)
     line.setVerticalDirection(StickyArea::Down);
     EXPECT_EQ(line.layouts, 1);
     EXPECT_EQ(item->pos(), QPointF(60, 0)) << "the origin change is applied by the next layout";
-    EXPECT_EQ(heightSpy->count(), 1);
+    EXPECT_EQ(heightSpy.count(), 1);
 }
 
 TEST_F(StickyAreaTest, OriginAndDirectionRelayoutOnlyOnRealChange)
@@ -216,25 +185,25 @@ TEST_F(StickyAreaTest, OriginAndDirectionRelayoutOnlyOnRealChange)
 TEST_F(StickyAreaTest, InsertAndRemoveSignalTheCount)
 {
     QGraphicsRectItem* a = put(0, 0);
-    EXPECT_EQ(countSpy->count(), 1);
+    EXPECT_EQ(countSpy.count(), 1);
     QGraphicsRectItem* b = put(20, 0);
-    EXPECT_EQ(countSpy->count(), 2);
+    EXPECT_EQ(countSpy.count(), 2);
     EXPECT_EQ(line.count(), 2u);
     EXPECT_FALSE(line.empty());
 
     line.moveItem(StickyArea::StickyPoint(&line, QPointF(40, 0)), a);
-    EXPECT_EQ(countSpy->count(), 2) << "moving does not signal";
+    EXPECT_EQ(countSpy.count(), 2) << "moving does not signal";
     EXPECT_EQ(line.itemPoint(a).index, 1);
 
     line.removeItem(addItem(5));
-    EXPECT_EQ(countSpy->count(), 3) << "also for an item the area does not hold";
+    EXPECT_EQ(countSpy.count(), 3) << "also for an item the area does not hold";
     EXPECT_EQ(line.count(), 2u);
 
     line.removeItem(b);
-    EXPECT_EQ(countSpy->count(), 4);
+    EXPECT_EQ(countSpy.count(), 4);
     EXPECT_FALSE(line.contains(b));
     EXPECT_EQ(b->scene(), &scene) << "the area never removes items from the scene";
-    EXPECT_EQ(heightSpy->count(), 0);
+    EXPECT_EQ(heightSpy.count(), 0);
 }
 
 TEST_F(StickyAreaTest, ClearRemovesEachItemOnce)
@@ -244,13 +213,13 @@ TEST_F(StickyAreaTest, ClearRemovesEachItemOnce)
     QGraphicsRectItem* twice = put(40, 0);
     line.insertItem(StickyArea::StickyPoint(&line, QPointF(40, 0), 0, 0), twice, false);
     ASSERT_EQ(line.count(), 4u);
-    countSpy->clear();
+    countSpy.clear();
 
     line.clear();
     EXPECT_TRUE(line.empty());
-    EXPECT_EQ(countSpy->count(), 3) << "one signal per distinct item";
+    EXPECT_EQ(countSpy.count(), 3) << "one signal per distinct item";
     line.clear();
-    EXPECT_EQ(countSpy->count(), 3);
+    EXPECT_EQ(countSpy.count(), 3);
 }
 
 TEST_F(StickyAreaTest, ListFormWithoutOverrideGivesTheSingleAnswer)
@@ -272,11 +241,11 @@ TEST_F(StickyAreaTest, GroupInsertKeepsOffsetsToTheLeadingItem)
     QGraphicsRectItem* right = addItem(10, 10, 130, 5);
     QGraphicsRectItem* outsider = addItem(10, 10, 0, 0);
     line.setOrigin(QPointF(0, 20));
-    countSpy->clear();
+    countSpy.clear();
 
     // The leading item is inserted only as an element of the list.
     line.insertItems(StickyArea::StickyPoint(&line, QPointF(40, 0)), lead, {right, outsider});
-    EXPECT_EQ(countSpy->count(), 2);
+    EXPECT_EQ(countSpy.count(), 2);
     EXPECT_FALSE(line.contains(lead));
     // Each element sticks where the line answers for its shifted position: x kept, y the base line.
     EXPECT_EQ(right->pos(), QPointF(70, 20));
@@ -284,7 +253,7 @@ TEST_F(StickyAreaTest, GroupInsertKeepsOffsetsToTheLeadingItem)
     EXPECT_EQ(line.itemAt(StickyArea::StickyPoint(&line, {}, 0, 0)), outsider);
 
     line.moveItems(StickyArea::StickyPoint(&line, QPointF(100, 0)), right, {right, outsider});
-    EXPECT_EQ(countSpy->count(), 2) << "moving does not signal";
+    EXPECT_EQ(countSpy.count(), 2) << "moving does not signal";
     EXPECT_EQ(right->pos(), QPointF(100, 20));
     EXPECT_EQ(outsider->pos(), QPointF(30, 20));
 }
@@ -293,7 +262,7 @@ TEST_F(StickyAreaTest, NullItemsAreRefusedWithAnError)
 {
     TestSupport::LogCapture log;
     QGraphicsRectItem* a = put(0, 0);
-    countSpy->clear();
+    countSpy.clear();
 
     line.insertItem(StickyArea::StickyPoint(&line), nullptr, true);
     EXPECT_TRUE(log.containsError("StickyArea::insertItem"));
@@ -303,10 +272,10 @@ TEST_F(StickyAreaTest, NullItemsAreRefusedWithAnError)
     line.insertItems(StickyArea::StickyPoint(&line), a, {nullptr});
     line.moveItems(StickyArea::StickyPoint(&line), nullptr, {a});
     EXPECT_EQ(line.count(), 1u);
-    EXPECT_EQ(countSpy->count(), 0);
+    EXPECT_EQ(countSpy.count(), 0);
 
     line.removeItem(nullptr);
-    EXPECT_EQ(countSpy->count(), 1) << "like any item the area does not hold";
+    EXPECT_EQ(countSpy.count(), 1) << "like any item the area does not hold";
     EXPECT_EQ(line.count(), 1u);
 }
 

@@ -5,19 +5,12 @@
 #include <Util/Sticky/StickyGrid.h>
 #include <Util/Sticky/StickyOrder.h>
 
-#include <QSignalSpy>
-
 namespace {
 
-class StickyGridTest : public StickySceneTest
+class StickyGridTest : public StickyAreaFixture<StickyGrid>
 {
 protected:
-    void SetUp() override
-    {
-        heightSpy = std::make_unique<QSignalSpy>(&grid, &StickyArea::heightChanged);
-        countSpy = std::make_unique<QSignalSpy>(&grid, &StickyArea::itemsCountChanged);
-        grid.enableHeightTracking(true);
-    }
+    void SetUp() override { grid.enableHeightTracking(true); }
 
     QGraphicsRectItem* append(double w, double h)
     {
@@ -26,11 +19,7 @@ protected:
         return item;
     }
 
-    QList<QGraphicsItem*> items() const { return QList<QGraphicsItem*>(grid.begin(), grid.end()); }
-
-    StickyGrid grid;
-    std::unique_ptr<QSignalSpy> heightSpy;
-    std::unique_ptr<QSignalSpy> countSpy;
+    StickyGrid& grid = area;
 };
 
 TEST_F(StickyGridTest, EmptyGrid)
@@ -42,7 +31,7 @@ TEST_F(StickyGridTest, EmptyGrid)
     EXPECT_TRUE(grid.size().isEmpty());
     EXPECT_DOUBLE_EQ(grid.width(), -1.0) << "the unset width";
     EXPECT_EQ(grid.itemAt(StickyArea::StickyPoint(&grid, {}, 0, 0)), nullptr);
-    EXPECT_EQ(heightSpy->count(), 0);
+    EXPECT_EQ(heightSpy.count(), 0);
 }
 
 TEST_F(StickyGridTest, RowsWrapBeforeOverflowing)
@@ -50,22 +39,22 @@ TEST_F(StickyGridTest, RowsWrapBeforeOverflowing)
     QGraphicsRectItem* a = append(40, 20);
     QGraphicsRectItem* b = append(40, 30);
     QGraphicsRectItem* c = append(40, 20);
-    EXPECT_EQ(countSpy->count(), 3);
+    EXPECT_EQ(countSpy.count(), 3);
     grid.setSpacing(QPointF(10, 10));
-    heightSpy->clear();
+    heightSpy.clear();
     grid.setWidth(100);
     EXPECT_EQ(a->pos(), QPointF(0, 0));
     EXPECT_EQ(b->pos(), QPointF(50, 0));
     EXPECT_EQ(c->pos(), QPointF(0, 40)) << "next row: tallest of the row (30) + spacing";
-    ASSERT_EQ(heightSpy->count(), 1);
-    EXPECT_DOUBLE_EQ(heightSpy->at(0).at(0).toDouble(), 60.0);
+    ASSERT_EQ(heightSpy.count(), 1);
+    EXPECT_DOUBLE_EQ(heightSpy.at(0).at(0).toDouble(), 60.0);
     EXPECT_DOUBLE_EQ(grid.width(), 100.0);
     EXPECT_EQ(grid.rect(), QRectF(0, 0, 90, 60));
     EXPECT_EQ(grid.size(), QSizeF(90, 60));
 
     grid.setWidth(140);
     EXPECT_EQ(c->pos(), QPointF(100, 0)) << "exactly fits: 140 is not less than 40 + 100";
-    EXPECT_EQ(heightSpy->count(), 2);
+    EXPECT_EQ(heightSpy.count(), 2);
 }
 
 TEST_F(StickyGridTest, DefaultSizeOrAnItemWiderThanTheRowStillWraps)
@@ -89,13 +78,13 @@ TEST_F(StickyGridTest, ColumnsFillDownwards)
     QGraphicsRectItem* a = append(20, 40);
     QGraphicsRectItem* b = append(30, 40);
     QGraphicsRectItem* c = append(20, 40);
-    EXPECT_EQ(heightSpy->count(), 0) << "layouts of the empty grid kept height 0";
+    EXPECT_EQ(heightSpy.count(), 0) << "layouts of the empty grid kept height 0";
     grid.setSpacing(QPointF(10, 10));
     EXPECT_EQ(a->pos(), QPointF(0, 0));
     EXPECT_EQ(b->pos(), QPointF(0, 50));
     EXPECT_EQ(c->pos(), QPointF(40, 0)) << "next column: widest of the column (30) + spacing";
-    ASSERT_EQ(heightSpy->count(), 1);
-    EXPECT_DOUBLE_EQ(heightSpy->at(0).at(0).toDouble(), 90.0);
+    ASSERT_EQ(heightSpy.count(), 1);
+    EXPECT_DOUBLE_EQ(heightSpy.at(0).at(0).toDouble(), 90.0);
 
     b->setPos(7, 7);
     grid.setWidth(50);
@@ -103,7 +92,7 @@ TEST_F(StickyGridTest, ColumnsFillDownwards)
     EXPECT_DOUBLE_EQ(grid.width(), 50.0);
     grid.setHeight(100);
     EXPECT_EQ(b->pos(), QPointF(0, 50));
-    EXPECT_EQ(heightSpy->count(), 1) << "same height again";
+    EXPECT_EQ(heightSpy.count(), 1) << "same height again";
 
     grid.setDirection(StickyGrid::Rows);
     EXPECT_EQ(b->pos(), QPointF(0, 50));
@@ -137,42 +126,30 @@ TEST_F(StickyGridTest, AnUnknownDirectionMovesNothing)
     EXPECT_EQ(a->pos(), QPointF(5, 6));
 }
 
-struct NearestRow
-{
-    const char* name;
-    QPointF drop;
-    double x;
-    double y;
-    int index;
-};
-
-std::ostream& operator<<(std::ostream& os, const NearestRow& row) { return os << row.name; }
-
-class GridNearestTest : public StickyGridTest, public ::testing::WithParamInterface<NearestRow>
-{
-};
-
 // Origin (0, 0), which competes first; items at (100, 0), (200, 0), (100, 100); the second is dragged.
-TEST_P(GridNearestTest, PicksTheNearestPlaceByManhattanLength)
+TEST_F(StickyGridTest, PicksTheNearestPlaceByManhattanLength)
 {
-    for (int i = 0; i < 3; ++i)
-        append(40, 40);
-    items().at(0)->setPos(100, 0);
-    items().at(1)->setPos(200, 0);
-    items().at(2)->setPos(100, 100);
-    EXPECT_POINT(grid.findStickyPoint(GetParam().drop, items().at(1)), &grid, GetParam().x, GetParam().y, 0,
-                 GetParam().index);
+    for (const QPointF& at : {QPointF(100, 0), QPointF(200, 0), QPointF(100, 100)})
+        append(40, 40)->setPos(at);
+    const struct
+    {
+        const char* name;
+        QPointF drop;
+        double x;
+        double y;
+        int index;
+    } rows[] = {{"near the origin", {10, 10}, 0, 0, 0},
+                {"on the dragged item", {200, 0}, 200, 0, 1},
+                {"a tie keeps the earlier", {150, 0}, 100, 0, 0},
+                {"second place", {160, 0}, 200, 0, 1},
+                {"lower item", {100, 95}, 100, 100, 2},
+                {"a tie with the origin goes to it", {50, 0}, 0, 0, 0},
+                {"just past the tie with the origin", {51, 0}, 100, 0, 0}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_POINT(grid.findStickyPoint(row.drop, items().at(1)), &grid, row.x, row.y, 0, row.index);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, GridNearestTest,
-                         ::testing::Values(NearestRow{"near_the_origin", {10, 10}, 0, 0, 0},
-                                           NearestRow{"on_the_dragged_item", {200, 0}, 200, 0, 1},
-                                           NearestRow{"tie_keeps_the_earlier", {150, 0}, 100, 0, 0},
-                                           NearestRow{"second_place", {160, 0}, 200, 0, 1},
-                                           NearestRow{"lower_item", {100, 95}, 100, 100, 2},
-                                           NearestRow{"tie_with_the_origin_goes_to_it", {50, 0}, 0, 0, 0},
-                                           NearestRow{"just_past_the_origin_tie", {51, 0}, 100, 0, 0}),
-                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(StickyGridTest, GroupDropSnapsTheGroupsTopLeft)
 {
@@ -206,7 +183,7 @@ TEST_F(StickyGridTest, InsertPlacesAtThePointAndMoveClamps)
     EXPECT_EQ(a->pos(), QPointF(1, 2));
     grid.moveItem(StickyArea::StickyPoint(&grid, QPointF(1, 2), 0, -3), d);
     EXPECT_EQ(items(), (QList<QGraphicsItem*>{d, c, b, a}));
-    EXPECT_EQ(countSpy->count(), 4);
+    EXPECT_EQ(countSpy.count(), 4);
 
     TestSupport::LogCapture log;
     QGraphicsRectItem* stranger = addItem(10, 10, 8, 8);
@@ -237,10 +214,10 @@ TEST_F(StickyGridTest, GroupInsertKeepsTheGroupOrderAtTheIndex)
     QGraphicsRectItem* x = addItem(10, 10);
     QGraphicsRectItem* y = addItem(10, 10);
     QGraphicsRectItem* z = addItem(10, 10);
-    countSpy->clear();
+    countSpy.clear();
     grid.insertItems(StickyArea::StickyPoint(&grid, QPointF(5, 5), 0, 1), nullptr, {x, y, z});
     EXPECT_EQ(items(), (QList<QGraphicsItem*>{a, x, y, z, b}));
-    EXPECT_EQ(countSpy->count(), 3);
+    EXPECT_EQ(countSpy.count(), 3);
     EXPECT_EQ(y->pos(), QPointF(5, 5));
 }
 
@@ -294,7 +271,7 @@ TEST_F(StickyGridTest, SortItemsReordersWithoutLayout)
     grid.sortItems({});
     EXPECT_EQ(items(), (QList<QGraphicsItem*>{b, a, c}));
     EXPECT_TRUE(log.containsError("StickyGrid::sortItems"));
-    EXPECT_EQ(heightSpy->count(), 0);
+    EXPECT_EQ(heightSpy.count(), 0);
 }
 
 } // namespace

@@ -30,9 +30,6 @@ protected:
         composite.addStickySlot(&magnetic, magneticRoot);
         composite.addStickySlot(&freeLine, freeRoot);
         composite.addStickySlot(&grid, gridRoot);
-        countSpy = std::make_unique<QSignalSpy>(&composite, &StickyArea::itemsCountChanged);
-        magneticSpy = std::make_unique<QSignalSpy>(&magnetic, &StickyArea::itemsCountChanged);
-        freeSpy = std::make_unique<QSignalSpy>(&freeLine, &StickyArea::itemsCountChanged);
     }
 
     // Drops an item through the composite, as a drag controller would, and lays out.
@@ -51,9 +48,9 @@ protected:
     StickyFreeLine freeLine;
     StickyGrid grid;
     StickyCompositeArea composite;
-    std::unique_ptr<QSignalSpy> countSpy;
-    std::unique_ptr<QSignalSpy> magneticSpy;
-    std::unique_ptr<QSignalSpy> freeSpy;
+    QSignalSpy countSpy{&composite, &StickyArea::itemsCountChanged};
+    QSignalSpy magneticSpy{&magnetic, &StickyArea::itemsCountChanged};
+    QSignalSpy freeSpy{&freeLine, &StickyArea::itemsCountChanged};
 };
 
 TEST(StickyCompositeAreaEmpty, WithoutSlotsThereIsNoPlace)
@@ -73,36 +70,27 @@ TEST(StickyCompositeAreaEmpty, WithoutSlotsThereIsNoPlace)
     EXPECT_EQ(countSpy.count(), 1);
 }
 
-struct SlotDropRow
-{
-    const char* name;
-    QPointF drop;
-    int slot;
-    QPointF pos;
-};
-
-std::ostream& operator<<(std::ostream& os, const SlotDropRow& row) { return os << row.name; }
-
-class CompositeDropTest : public StickyCompositeAreaTest, public ::testing::WithParamInterface<SlotDropRow>
-{
-};
-
-TEST_P(CompositeDropTest, TheNearestSubAreaAnswerWins)
+TEST_F(StickyCompositeAreaTest, TheNearestSubAreaAnswerWins)
 {
     drop(QPointF(0, 0), 30); // magnetic edges 0, 30
     drop(QPointF(250, 200)); // grid item at (0, 200)
-    const SlotDropRow& row = GetParam();
-    const auto point = composite.findStickyPoint(row.drop, addItem(10));
-    EXPECT_POINT(point, &composite, row.pos.x(), row.pos.y(), 0, row.slot);
-    EXPECT_EQ(composite.findStickyPoint(row.drop, nullptr).index, row.slot) << "no item: every slot is asked";
+    const struct
+    {
+        const char* name;
+        QPointF drop;
+        int slot;
+        QPointF pos;
+    } rows[] = {{"magnetic edge", {40, 10}, 0, {30, 0}},
+                {"free line keeps x", {40, 90}, 1, {40, 100}},
+                {"grid item", {40, 190}, 2, {0, 200}},
+                {"a tie goes to the lower slot", {30, 50}, 0, {30, 0}}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_POINT(composite.findStickyPoint(row.drop, addItem(10)), &composite, row.pos.x(), row.pos.y(), 0,
+                     row.slot);
+        EXPECT_EQ(composite.findStickyPoint(row.drop, nullptr).index, row.slot) << "no item: every slot is asked";
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, CompositeDropTest,
-                         ::testing::Values(SlotDropRow{"magnetic_edge", {40, 10}, 0, {30, 0}},
-                                           SlotDropRow{"free_line_keeps_x", {40, 90}, 1, {40, 100}},
-                                           SlotDropRow{"grid_item", {40, 190}, 2, {0, 200}},
-                                           SlotDropRow{"tie_goes_to_the_lower_slot", {30, 50}, 0, {30, 0}}),
-                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(StickyCompositeAreaTest, InsertLandsInTheSubAreaAndInTheComposite)
 {
@@ -111,16 +99,16 @@ TEST_F(StickyCompositeAreaTest, InsertLandsInTheSubAreaAndInTheComposite)
     EXPECT_TRUE(freeLine.contains(a));
     EXPECT_FALSE(magnetic.contains(a));
     EXPECT_EQ(a->pos(), QPointF(35, 100));
-    EXPECT_EQ(countSpy->count(), 1);
-    EXPECT_EQ(freeSpy->count(), 1);
-    EXPECT_EQ(magneticSpy->count(), 0);
+    EXPECT_EQ(countSpy.count(), 1);
+    EXPECT_EQ(freeSpy.count(), 1);
+    EXPECT_EQ(magneticSpy.count(), 0);
 
     QGraphicsRectItem* b = drop(QPointF(80, 4), 15);
     QGraphicsRectItem* c = drop(QPointF(80, 4), 25);
     EXPECT_EQ(b->pos(), QPointF(0, 0)) << "packed by the magnetic line";
     EXPECT_EQ(c->pos(), QPointF(15, 0));
-    EXPECT_EQ(countSpy->count(), 3);
-    EXPECT_EQ(magneticSpy->count(), 2);
+    EXPECT_EQ(countSpy.count(), 3);
+    EXPECT_EQ(magneticSpy.count(), 2);
 
     EXPECT_POINT(composite.itemPoint(a), &composite, 35, 100, 0, 1);
     EXPECT_POINT(composite.itemPoint(c), &composite, 15, 0, 0, 0);
@@ -147,23 +135,23 @@ TEST_F(StickyCompositeAreaTest, ItemAtAsksTheSlotsOwnDropAnswer)
 TEST_F(StickyCompositeAreaTest, MovingBetweenSlotsRemovesAndInserts)
 {
     QGraphicsRectItem* a = drop(QPointF(10, 0));
-    magneticSpy->clear();
-    countSpy->clear();
+    magneticSpy.clear();
+    countSpy.clear();
     composite.moveItem(composite.findStickyPoint(QPointF(60, 98), a), a);
     EXPECT_FALSE(magnetic.contains(a));
     EXPECT_TRUE(freeLine.contains(a));
     EXPECT_TRUE(composite.contains(a));
     EXPECT_EQ(composite.count(), 1u);
     EXPECT_EQ(a->pos(), QPointF(60, 100));
-    EXPECT_EQ(magneticSpy->count(), 1);
-    EXPECT_EQ(freeSpy->count(), 1);
-    EXPECT_EQ(countSpy->count(), 0) << "a move of the composite does not signal";
+    EXPECT_EQ(magneticSpy.count(), 1);
+    EXPECT_EQ(freeSpy.count(), 1);
+    EXPECT_EQ(countSpy.count(), 0) << "a move of the composite does not signal";
 
     composite.removeItem(a);
     EXPECT_FALSE(freeLine.contains(a));
     EXPECT_TRUE(composite.empty());
-    EXPECT_EQ(freeSpy->count(), 2);
-    EXPECT_EQ(countSpy->count(), 1);
+    EXPECT_EQ(freeSpy.count(), 2);
+    EXPECT_EQ(countSpy.count(), 1);
 }
 
 TEST_F(StickyCompositeAreaTest, AcceptanceAsksTheSlots)
@@ -245,8 +233,8 @@ TEST_F(StickyCompositeAreaTest, ADestroyedSubAreaLeavesItsSlot)
 TEST_F(StickyCompositeAreaTest, UnknownSlotNumbersAndNullItemsChangeNothing)
 {
     QGraphicsRectItem* a = drop(QPointF(35, 95));
-    countSpy->clear();
-    freeSpy->clear();
+    countSpy.clear();
+    freeSpy.clear();
     for (int slot : {-1, 3, 99}) {
         QGraphicsRectItem* item = addItem(10, 10, 5, 6);
         composite.insertItem(StickyArea::StickyPoint(&composite, QPointF(5, 6), 0, slot), item, false);
@@ -254,10 +242,10 @@ TEST_F(StickyCompositeAreaTest, UnknownSlotNumbersAndNullItemsChangeNothing)
         EXPECT_EQ(item->pos(), QPointF(5, 6)) << slot;
         EXPECT_EQ(composite.itemAt(StickyArea::StickyPoint(&composite, QPointF(35, 100), 0, slot)), nullptr);
     }
-    EXPECT_EQ(countSpy->count(), 3) << "insertItem signals also when no slot takes the item";
+    EXPECT_EQ(countSpy.count(), 3) << "insertItem signals also when no slot takes the item";
     EXPECT_EQ(composite.count(), 1u);
-    EXPECT_EQ(freeSpy->count(), 0);
-    EXPECT_EQ(magneticSpy->count(), 0);
+    EXPECT_EQ(freeSpy.count(), 0);
+    EXPECT_EQ(magneticSpy.count(), 0);
 
     EXPECT_POINT(composite.itemPoint(nullptr), &composite, 0, 0, 0, 0);
     EXPECT_EQ(composite.rootOf(nullptr), nullptr);
