@@ -176,48 +176,6 @@ TEST_F(InteractiveDialogs, ModifiedProjectOffersSaveDontSaveAndCancel)
     EXPECT_EQ(driver.stepsDone(), 3);
 }
 
-struct YesNoCase
-{
-    const char* name;
-    bool (*call)();
-    const char* title;
-    const char* text;
-};
-
-class YesNoAlerts : public InteractiveDialogs, public testing::WithParamInterface<YesNoCase>
-{
-};
-
-TEST_P(YesNoAlerts, YesIsTrueAndNoIsFalse)
-{
-    answer(driver, seen, S("&Yes"));
-    EXPECT_TRUE(GetParam().call());
-    EXPECT_EQ(seen.title, S(GetParam().title));
-    EXPECT_EQ(seen.text, S(GetParam().text));
-    EXPECT_EQ(seen.buttons, (QStringList{S("&No"), S("&Yes")}));
-    answer(driver, seen, S("&No"));
-    EXPECT_FALSE(GetParam().call());
-    EXPECT_EQ(driver.stepsDone(), 2);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Alerts, YesNoAlerts,
-    testing::Values(YesNoCase{"overwrite", [] { return Dialog::alertOverwrite(S("/v/a.mp4")); }, "File exists",
-                              "File \"/v/a.mp4\" already exists. Overwrite it?"},
-                    YesNoCase{"overwrite_folder", [] { return Dialog::alertOverwriteFolder(S("/v/out")); },
-                              "Folder exist", "Folder \"/v/out\" already exists. Overwrite it?"},
-                    YesNoCase{"restore_session", [] { return Dialog::alertRestoreSession(); },
-                              "Recover editing session",
-                              "Your last editing session ended unexpectedly. Do you want to restore it?"}),
-    [](const testing::TestParamInfo<YesNoCase>& info) { return std::string(info.param.name); });
-
-TEST_F(InteractiveDialogs, RestoreSessionProposesYes)
-{
-    answer(driver, seen, S("&No"));
-    Dialog::alertRestoreSession();
-    EXPECT_EQ(seen.defaultButton, S("&Yes"));
-}
-
 TEST_F(InteractiveDialogs, MissingFileMapsItsThreeButtons)
 {
     QWidget window;
@@ -272,32 +230,6 @@ TEST_F(InteractiveDialogs, FailedFilesAsksToKeepOrRemove)
     EXPECT_TRUE(Dialog::showHasFailedFiles(false, S("x")));
 }
 
-TEST_F(InteractiveDialogs, ActionUsesTheGivenCaptions)
-{
-    answer(driver, seen, S("Upload"));
-    EXPECT_TRUE(Dialog::alertAction(S("Share"), S("<b>Upload</b> now?"), S("Upload"), S("Later")));
-    EXPECT_EQ(seen.title, S("Share"));
-    EXPECT_EQ(seen.buttons, (QStringList{S("Later"), S("Upload")}));
-    EXPECT_EQ(seen.format, Qt::RichText);
-    answer(driver, seen, S("Cancel"));
-    EXPECT_FALSE(Dialog::alertAction(S("Share"), S("?"), QString(), QString()));
-    EXPECT_EQ(seen.buttons, (QStringList{S("Cancel"), S("OK")}));
-}
-
-TEST_F(InteractiveDialogs, WarningsAndMessagesShowTheCallersTexts)
-{
-    answer(driver, seen, S("OK"));
-    Dialog::showWarning(S("Careful"), S("Disk <i>almost</i> full"));
-    EXPECT_EQ(seen.title, S("Careful"));
-    EXPECT_EQ(seen.text, S("Disk <i>almost</i> full"));
-    EXPECT_EQ(seen.buttons, QStringList{S("OK")});
-
-    answer(driver, seen, S("OK"));
-    Dialog::showMessageAlert(S("Done"), S("Exported"), QString());
-    EXPECT_EQ(seen.title, S("Done"));
-    EXPECT_EQ(driver.stepsDone(), 2);
-}
-
 TEST_F(InteractiveDialogs, CriticalErrorNamesTheSupportAddressAndHasNoParent)
 {
     auto manager = std::make_shared<Dravik::App::CustomizationManager>();
@@ -318,54 +250,88 @@ TEST_F(InteractiveDialogs, CriticalErrorNamesTheSupportAddressAndHasNoParent)
     EXPECT_TRUE(seen.flags.testFlag(Qt::BypassWindowManagerHint));
 }
 
-// Level, window and parent of every alert box of the interactive strategy.
-struct AlertCase
+// Every alert box: its level, a fixed-size dialog window over the active window, the answer of
+// the button that closes it, and where given its texts, sorted captions and proposed button.
+TEST_F(InteractiveDialogs, EveryAlertHasItsLevelWindowParentTextsAndAnswer)
 {
-    const char* name;
-    void (*call)();
-    const char* answer; // caption of the button that closes it
-    int level;
-    bool richText;
-};
-
-class EveryAlert : public InteractiveDialogs, public testing::WithParamInterface<AlertCase>
-{
-};
-
-TEST_P(EveryAlert, HasItsLevelAFixedSizeDialogWindowAndTheActiveWindowAsParent)
-{
+    const struct
+    {
+        const char* name;
+        int (*call)();
+        const char* answer; // caption of the button that closes it
+        int result;
+        int level;
+        bool richText;
+        const char* title = nullptr;
+        const char* text = nullptr;
+        const char* buttons = nullptr; // "|" between captions
+        const char* proposed = nullptr;
+    } rows[] = {
+        {"action",
+         [] { return int(Dialog::alertAction(S("Share"), S("<b>Upload</b> now?"), S("Upload"), S("Later"))); },
+         "Upload", 1, 2, true, "Share", "<b>Upload</b> now?", "Later|Upload"},
+        {"action_default_captions", [] { return int(Dialog::alertAction(S("Share"), S("?"), QString(), QString())); },
+         "Cancel", 0, 2, true, nullptr, nullptr, "Cancel|OK"},
+        {"modified_project",
+         [] {
+             bool save = false;
+             return int(Dialog::alertModifiedProject(save));
+         },
+         "Cancel", 0, 2, false},
+        {"overwrite_yes", [] { return int(Dialog::alertOverwrite(S("/v/a.mp4"))); }, "&Yes", 1, 2, false, "File exists",
+         "File \"/v/a.mp4\" already exists. Overwrite it?", "&No|&Yes", ""},
+        {"overwrite_no", [] { return int(Dialog::alertOverwrite(S("/a"))); }, "&No", 0, 2, false},
+        {"overwrite_folder_yes", [] { return int(Dialog::alertOverwriteFolder(S("/v/out"))); }, "&Yes", 1, 2, false,
+         "Folder exist", "Folder \"/v/out\" already exists. Overwrite it?", "&No|&Yes", ""},
+        {"overwrite_folder_no", [] { return int(Dialog::alertOverwriteFolder(S("/a"))); }, "&No", 0, 2, false},
+        {"restore_session_yes", [] { return int(Dialog::alertRestoreSession()); }, "&Yes", 1, 2, false,
+         "Recover editing session", "Your last editing session ended unexpectedly. Do you want to restore it?",
+         "&No|&Yes", "&Yes"},
+        {"restore_session_no", [] { return int(Dialog::alertRestoreSession()); }, "&No", 0, 2, false},
+        {"failed_files", [] { return int(Dialog::showHasFailedFiles(true, QString())); }, "Keep", 0, 2, true},
+        {"message",
+         [] {
+             Dialog::showMessageAlert(S("Done"), S("Exported"), QString());
+             return 0;
+         },
+         "OK", 0, 0, true, "Done", "Exported", "OK"},
+        {"warning",
+         [] {
+             Dialog::showWarning(S("Careful"), S("Disk <i>almost</i> full"));
+             return 0;
+         },
+         "OK", 0, 1, true, "Careful", "Disk <i>almost</i> full", "OK"},
+    };
     QWidget window;
     window.show();
-    QApplication::setActiveWindow(&window);
-    answer(driver, seen, S(GetParam().answer));
-    GetParam().call();
-    ASSERT_EQ(driver.stepsDone(), 1);
-    EXPECT_EQ(seen.level, GetParam().level);
-    EXPECT_EQ(seen.parent, &window);
-    EXPECT_EQ(seen.flags & Qt::WindowType_Mask, Qt::Dialog);
-    EXPECT_TRUE(seen.flags.testFlag(Qt::MSWindowsFixedSizeDialogHint));
-    if (GetParam().richText) {
-        EXPECT_EQ(seen.format, Qt::RichText);
+    int steps = 0;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        QApplication::setActiveWindow(&window);
+        answer(driver, seen, S(row.answer));
+        EXPECT_EQ(row.call(), row.result);
+        ASSERT_EQ(driver.stepsDone(), ++steps);
+        EXPECT_EQ(seen.level, row.level);
+        EXPECT_EQ(seen.parent, &window);
+        EXPECT_EQ(seen.flags & Qt::WindowType_Mask, Qt::Dialog);
+        EXPECT_TRUE(seen.flags.testFlag(Qt::MSWindowsFixedSizeDialogHint));
+        if (row.richText) {
+            EXPECT_EQ(seen.format, Qt::RichText);
+        }
+        if (row.title) {
+            EXPECT_EQ(seen.title, S(row.title));
+        }
+        if (row.text) {
+            EXPECT_EQ(seen.text, S(row.text));
+        }
+        if (row.buttons) {
+            EXPECT_EQ(seen.buttons, S(row.buttons).split(QLatin1Char('|')));
+        }
+        if (row.proposed) {
+            EXPECT_EQ(seen.defaultButton, S(row.proposed));
+        }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Alerts, EveryAlert,
-    testing::Values(AlertCase{"action", [] { Dialog::alertAction(S("T"), S("X"), QString(), QString()); }, "OK", 2,
-                              true},
-                    AlertCase{"modified_project",
-                              [] {
-                                  bool save = false;
-                                  Dialog::alertModifiedProject(save);
-                              },
-                              "Cancel", 2, false},
-                    AlertCase{"overwrite", [] { Dialog::alertOverwrite(S("/a")); }, "&No", 2, false},
-                    AlertCase{"overwrite_folder", [] { Dialog::alertOverwriteFolder(S("/a")); }, "&No", 2, false},
-                    AlertCase{"restore_session", [] { Dialog::alertRestoreSession(); }, "&No", 2, false},
-                    AlertCase{"failed_files", [] { Dialog::showHasFailedFiles(true, QString()); }, "Keep", 2, true},
-                    AlertCase{"message", [] { Dialog::showMessageAlert(S("T"), S("X"), QString()); }, "OK", 0, true},
-                    AlertCase{"warning", [] { Dialog::showWarning(S("T"), S("X")); }, "OK", 1, true}),
-    [](const testing::TestParamInfo<AlertCase>& info) { return std::string(info.param.name); });
 
 TEST_F(InteractiveDialogs, ValidationInputReturnsTheAcceptedText)
 {

@@ -61,7 +61,7 @@ protected:
     QStringList lost;
 };
 
-TEST_F(MissingFiles, SearchMatchesNamesAndPrefersTheClosestFolders)
+TEST_F(MissingFiles, SearchMatchesNamesPrefersTheClosestFoldersAndStopsWhenCancelled)
 {
     const QMap<QString, QString> found = MissingFilesDialog::searchFolderTree(path("new"), lost);
     EXPECT_EQ(found.size(), 3);
@@ -69,10 +69,7 @@ TEST_F(MissingFiles, SearchMatchesNamesAndPrefersTheClosestFolders)
     EXPECT_EQ(found.value(S("/old/disk/holiday/music/song.mp3")), path("new/holiday/music/song.mp3"));
     EXPECT_EQ(found.value(S("/old/disk/holiday/day2/sunset.png")), path("new/holiday/day2/sunset.png"));
     EXPECT_FALSE(found.contains(S("/old/disk/holiday/never.mov")));
-}
-
-TEST_F(MissingFiles, SearchOfAMissingFolderOrACancelledSearchFindsNothing)
-{
+    // A missing folder, nothing to look for, or a cancelled search: nothing found.
     EXPECT_TRUE(MissingFilesDialog::searchFolderTree(path("nowhere"), lost).isEmpty());
     EXPECT_TRUE(MissingFilesDialog::searchFolderTree(path("new"), {}).isEmpty());
     const std::atomic<bool> cancelled{true};
@@ -151,9 +148,14 @@ TEST_F(MissingFiles, FindingEveryFileFinishesTheDialog)
     EXPECT_EQ(dialog.state(), State::Finished);
     EXPECT_EQ(states.last().at(0).value<State>(), State::Finished);
     EXPECT_EQ(dialog.foundFiles().size(), 3);
+
+    // Destroying a dialog during its search waits for the worker, which stops at once.
+    auto* searching = new MissingFilesDialog(lost);
+    searching->searchFolder(path("new"));
+    delete searching;
 }
 
-TEST_F(MissingFiles, CancellingDropsTheRunningSearch)
+TEST_F(MissingFiles, CancellingDropsTheRunningSearchAndSkipKeepsWhatWasFound)
 {
     MissingFilesDialog dialog(lost);
     dialog.show();
@@ -166,29 +168,12 @@ TEST_F(MissingFiles, CancellingDropsTheRunningSearch)
     EXPECT_EQ(dialog.remainingFiles().size(), 4);
     EXPECT_TRUE(dialog.findChild<QPushButton*>(S("specifyFolderButton"))->property("activeButton").toBool());
 
-    // A new search after the cancelled one works normally.
-    dialog.searchFolder(path("new"));
-    ASSERT_TRUE(finished.wait(5000));
-    EXPECT_EQ(dialog.foundFiles().size(), 3);
-}
-
-TEST_F(MissingFiles, SkipKeepsWhatWasFound)
-{
-    MissingFilesDialog dialog(lost);
-    dialog.show();
-    QSignalSpy finished(&dialog, &MissingFilesDialog::searchFinished);
+    // A new search after the cancelled one works normally, and Skip keeps what it found.
     dialog.searchFolder(path("new/holiday/music"));
     ASSERT_TRUE(finished.wait(5000));
     dialog.findChild<QPushButton*>(S("skipButton"))->click();
     EXPECT_EQ(dialog.result(), int(QDialog::Accepted));
     EXPECT_EQ(dialog.foundFiles().keys(), QStringList{S("/old/disk/holiday/music/song.mp3")});
-}
-
-TEST_F(MissingFiles, DestroyingTheDialogDuringASearchIsSafe)
-{
-    auto* dialog = new MissingFilesDialog(lost);
-    dialog->searchFolder(path("new"));
-    delete dialog; // waits for the worker, which stops at once
 }
 
 TEST_F(MissingFiles, ARowCanBeLocatedByHand)

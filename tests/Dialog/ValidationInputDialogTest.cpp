@@ -40,7 +40,7 @@ protected:
     QPushButton* ok = dialog.findChild<QDialogButtonBox*>(S("buttonBox"))->button(QDialogButtonBox::Ok);
 };
 
-TEST_F(ValidationInput, HasTheNamedWidgets)
+TEST_F(ValidationInput, MarksTheLineAsItIsTyped)
 {
     EXPECT_EQ(dialog.objectName(), S("ValidationInputDialog"));
     EXPECT_NE(dialog.findChild<QFrame*>(S("contentFrame")), nullptr);
@@ -49,10 +49,6 @@ TEST_F(ValidationInput, HasTheNamedWidgets)
     EXPECT_EQ(dialog.inputText(), S("clip"));
     ASSERT_NE(edit, nullptr);
     ASSERT_NE(error, nullptr);
-}
-
-TEST_F(ValidationInput, MarksTheLineAsItIsTyped)
-{
     EXPECT_EQ(edit->property("state").toString(), S("normal"));
     EXPECT_TRUE(ok->isEnabled());
 

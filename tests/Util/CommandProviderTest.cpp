@@ -54,88 +54,83 @@ protected:
     Application application;
 };
 
-// Requests recorded before start-up, as "tools", "show", "hide", "category <name>", "file <path>".
-struct StartUpCase
+// Requests recorded before start-up, as "tools", "show", "hide", "category <name>", "file <path>",
+// are published once it completes, in a fixed order.
+TEST(CommandProviderStartUp, PublishesWhatWaitedInTheFixedOrder)
 {
-    const char* name;
-    std::vector<const char*> arguments;
-    std::vector<const char*> requests;
-    bool pending; // files waiting for the start-up
-    std::vector<const char*> published;
-};
-
-class CommandProviderStartUp : public CommandProviderTest, public testing::WithParamInterface<StartUpCase>
-{
-};
-
-TEST_P(CommandProviderStartUp, PublishesWhatWaitedInTheFixedOrder)
-{
-    const StartUpCase& c = GetParam();
-    QStringList arguments{S("editor")};
-    for (const char* a : c.arguments)
-        arguments << S(a);
-    CommandProvider provider(arguments);
-    for (const char* request : c.requests) {
-        const QString r = S(request);
-        const QString argument = r.section(QLatin1Char(' '), 1);
-        if (r == S("tools"))
-            provider.showToolsPage();
-        else if (r == S("show"))
-            provider.showMainWindow();
-        else if (r == S("hide"))
-            provider.hideMainWindow();
-        else if (r.startsWith(S("category ")))
-            provider.showAddMediaCategory(argument);
-        else
-            provider.handleFile(argument);
+    const struct
+    {
+        const char* name;
+        std::vector<const char*> arguments;
+        std::vector<const char*> requests;
+        bool pending; // files waiting for the start-up
+        std::vector<const char*> published;
+    } rows[] = {
+        {"only_the_first_project",
+         {"/p/first.dscproj", "/p/second.dscproj", "/v/clip.mp4"},
+         {},
+         true,
+         {"OpenProject /p/first.dscproj"}},
+        {"media_files_are_not_kept", {"/v/clip.mp4"}, {}, false, {}},
+        {"fixed_order",
+         {"--mode", "slideshow"},
+         {"category music", "hide", "show", "file /v/b.mp4", "file /v/a.wav"},
+         true,
+         {"StartSlideshow", "AddFile /v/b.mp4", "AddFile /v/a.wav", "ShowMainWindow", "HideMainWindow",
+          "ShowAddMediaCategory music"}},
+        {"later_category_wins_over_tools",
+         {},
+         {"tools", "category video", "category titles"},
+         false,
+         {"ShowAddMediaCategory titles"}},
+        {"tools_page_alone", {}, {"tools"}, false, {"ShowToolsPage"}},
+        {"slideshow_before_project",
+         {"--mode=slideshow", "/p/show.dscproj"},
+         {},
+         true,
+         {"StartSlideshow", "OpenProject /p/show.dscproj"}},
+        {"mode_normal", {"--mode", "normal"}, {}, false, {}},
+        {"mode_is_case_sensitive", {"--mode", "Slideshow"}, {}, false, {}},
+        {"project_then_window", {"/p/a.dscproj"}, {"show"}, true, {"OpenProject /p/a.dscproj", "ShowMainWindow"}},
+        {"a_recorded_project_drops_other_files",
+         {},
+         {"file /v/a.mp4", "file /p/late.dscproj", "file /p/later.dscproj"},
+         true,
+         {"OpenProject /p/late.dscproj"}},
+    };
+    for (const auto& c : rows) {
+        SCOPED_TRACE(c.name);
+        CommandLog commands; // this row's messages only
+        Application application;
+        QStringList arguments{S("editor")};
+        for (const char* a : c.arguments)
+            arguments << S(a);
+        CommandProvider provider(arguments);
+        for (const char* request : c.requests) {
+            const QString r = S(request);
+            const QString argument = r.section(QLatin1Char(' '), 1);
+            if (r == S("tools"))
+                provider.showToolsPage();
+            else if (r == S("show"))
+                provider.showMainWindow();
+            else if (r == S("hide"))
+                provider.hideMainWindow();
+            else if (r.startsWith(S("category ")))
+                provider.showAddMediaCategory(argument);
+            else
+                provider.handleFile(argument);
+        }
+        EXPECT_EQ(provider.hasPendingFiles(), c.pending);
+        EXPECT_TRUE(commands.log.isEmpty());
+        application.startupCompleted();
+        application.startupCompleted(); // start-up happens once
+        QStringList expected;
+        for (const char* line : c.published)
+            expected << S(line);
+        EXPECT_EQ(commands.log, expected);
+        EXPECT_FALSE(provider.hasPendingFiles());
     }
-    EXPECT_EQ(provider.hasPendingFiles(), c.pending);
-    EXPECT_TRUE(commands.log.isEmpty());
-    application.startupCompleted();
-    application.startupCompleted(); // start-up happens once
-    QStringList expected;
-    for (const char* line : c.published)
-        expected << S(line);
-    EXPECT_EQ(commands.log, expected);
-    EXPECT_FALSE(provider.hasPendingFiles());
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Requests, CommandProviderStartUp,
-    testing::Values(
-        StartUpCase{"only_the_first_project",
-                    {"/p/first.dscproj", "/p/second.dscproj", "/v/clip.mp4"},
-                    {},
-                    true,
-                    {"OpenProject /p/first.dscproj"}},
-        StartUpCase{"media_files_are_not_kept", {"/v/clip.mp4"}, {}, false, {}},
-        StartUpCase{"fixed_order",
-                    {"--mode", "slideshow"},
-                    {"category music", "hide", "show", "file /v/b.mp4", "file /v/a.wav"},
-                    true,
-                    {"StartSlideshow", "AddFile /v/b.mp4", "AddFile /v/a.wav", "ShowMainWindow", "HideMainWindow",
-                     "ShowAddMediaCategory music"}},
-        StartUpCase{"later_category_wins_over_tools",
-                    {},
-                    {"tools", "category video", "category titles"},
-                    false,
-                    {"ShowAddMediaCategory titles"}},
-        StartUpCase{"tools_page_alone", {}, {"tools"}, false, {"ShowToolsPage"}},
-        StartUpCase{"slideshow_before_project",
-                    {"--mode=slideshow", "/p/show.dscproj"},
-                    {},
-                    true,
-                    {"StartSlideshow", "OpenProject /p/show.dscproj"}},
-        StartUpCase{"mode_normal", {"--mode", "normal"}, {}, false, {}},
-        StartUpCase{"mode_is_case_sensitive", {"--mode", "Slideshow"}, {}, false, {}},
-        StartUpCase{
-            "project_then_window", {"/p/a.dscproj"}, {"show"}, true, {"OpenProject /p/a.dscproj", "ShowMainWindow"}},
-        StartUpCase{"a_recorded_project_drops_other_files",
-                    {},
-                    {"file /v/a.mp4", "file /p/late.dscproj", "file /p/later.dscproj"},
-                    true,
-                    {"OpenProject /p/late.dscproj"}}),
-    [](const testing::TestParamInfo<StartUpCase>& info) { return std::string(info.param.name); });
 
 TEST_F(CommandProviderTest, AfterStartUpRequestsArePublishedAtOnce)
 {

@@ -167,23 +167,12 @@ TEST_F(ErrorTable, EachMessageIsTranslatedInItsContext)
     for (const auto& row : rows) {
         for (int context = 0; context < 5; ++context) {
             const QString text = describe(row.code, context);
-            QString expected;
-            switch (row.contexts[context]) {
-            case 'g':
-                expected = S("[QObject]");
-                break;
-            case 'c':
-                expected = S("[Common]");
-                break;
-            case 'e':
-                expected = S("[Export]");
-                break;
-            case '.':
-                expected = QLatin1Char('[') + S(own[context]) + QLatin1Char(']');
-                break;
-            default:
-                break;
-            }
+            const char mark = row.contexts[context];
+            const QString expected = mark == 'g'   ? S("[QObject]")
+                                     : mark == 'c' ? S("[Common]")
+                                     : mark == 'e' ? S("[Export]")
+                                     : mark == '.' ? QString(QLatin1Char('[') + S(own[context]) + QLatin1Char(']'))
+                                                   : QString();
             if (expected.isEmpty()) {
                 EXPECT_EQ(text, QString()) << "code " << row.code << ", context " << context;
             } else {

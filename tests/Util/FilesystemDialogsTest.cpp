@@ -7,6 +7,7 @@
 #include "ModalDriver.h"
 #include "TempSettings.h"
 #include "TestFiles.h"
+#include "TestSupport.h"
 
 #include <QAbstractButton>
 #include <QDir>
@@ -21,7 +22,7 @@ using TestSupport::ModalDriver;
 
 namespace {
 
-QString S(const char* text) { return QString::fromUtf8(text); }
+using TestSupport::S;
 
 void touch(const QString& path) { ASSERT_TRUE(TestSupport::writeFile(path)) << path.toStdString(); }
 
@@ -78,43 +79,37 @@ TEST_F(FilesystemDialogs, OpenMediaFilesUnpacksProjectPackagesAndRefusesDvdFiles
     EXPECT_EQ(Settings::lastAddMediaPath(), path("in"));
 }
 
-struct KindCase
+TEST_F(FilesystemDialogs, OpenFilesByKindStartsInTheStandardFolderAndRemembersTheChoice)
 {
-    int kinds;
-    const char* title;
-    QString (*standardFolder)();
-    QString (*stored)();
-};
-
-class OpenFilesByKind : public FilesystemDialogs, public testing::WithParamInterface<KindCase>
-{
-};
-
-TEST_P(OpenFilesByKind, StartsInTheStandardFolderAndRemembersTheChoice)
-{
-    const KindCase& c = GetParam();
+    const struct
+    {
+        int kinds;
+        const char* title;
+        QString (*standardFolder)();
+        QString (*stored)();
+    } rows[] = {
+        {Filesystem::Video, "Open Video Files", &Filesystem::moviesLocation, &Settings::lastAddVideoPath},
+        {Filesystem::Audio | Filesystem::AllFilesFilter, "Open Audio Files", &Filesystem::musicLocation,
+         &Settings::lastAddAudioPath},
+        {Filesystem::Image, "Open Image Files", &Filesystem::picturesLocation, &Settings::lastAddImagePath},
+        {Filesystem::Video | Filesystem::Audio, "Open Media Files", &Filesystem::moviesLocation,
+         &Settings::lastAddMediaPath},
+    };
     touch(path("pick/clip.mp4"));
-    QString title, directory;
-    driver.then<QFileDialog>([&](QFileDialog* d) {
-        title = d->windowTitle();
-        directory = QDir::cleanPath(d->directory().absolutePath());
-        TestSupport::chooseFiles(d, path("pick"), {S("clip.mp4")});
-    });
-    EXPECT_EQ(Filesystem::openFiles(c.kinds), QStringList{path("pick/clip.mp4")});
-    EXPECT_EQ(title, S(c.title));
-    EXPECT_EQ(directory, QDir::cleanPath(c.standardFolder()));
-    EXPECT_EQ(c.stored(), path("pick"));
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.title);
+        QString title, directory;
+        driver.then<QFileDialog>([&](QFileDialog* d) {
+            title = d->windowTitle();
+            directory = QDir::cleanPath(d->directory().absolutePath());
+            TestSupport::chooseFiles(d, path("pick"), {S("clip.mp4")});
+        });
+        EXPECT_EQ(Filesystem::openFiles(row.kinds), QStringList{path("pick/clip.mp4")});
+        EXPECT_EQ(title, S(row.title));
+        EXPECT_EQ(directory, QDir::cleanPath(row.standardFolder()));
+        EXPECT_EQ(row.stored(), path("pick"));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Kinds, OpenFilesByKind,
-                         testing::Values(KindCase{Filesystem::Video, "Open Video Files", &Filesystem::moviesLocation,
-                                                  &Settings::lastAddVideoPath},
-                                         KindCase{Filesystem::Audio | Filesystem::AllFilesFilter, "Open Audio Files",
-                                                  &Filesystem::musicLocation, &Settings::lastAddAudioPath},
-                                         KindCase{Filesystem::Image, "Open Image Files", &Filesystem::picturesLocation,
-                                                  &Settings::lastAddImagePath},
-                                         KindCase{Filesystem::Video | Filesystem::Audio, "Open Media Files",
-                                                  &Filesystem::moviesLocation, &Settings::lastAddMediaPath}));
 
 TEST_F(FilesystemDialogs, OpenFilesIgnoresRememberedFoldersWhenTheApplicationSaysSo)
 {
@@ -151,69 +146,64 @@ TEST_F(FilesystemDialogs, ARememberedFolderThatWasDeletedIsNotMadeAgain)
 
 // The filter lines of the media dialog by kind: the visible example, then the patterns of
 // the kind's groups (video, images, audio), then one line per group.
-struct FilterCase
+// The filter lines of the media dialog by kind: the visible example, then the patterns of the
+// kind's groups (video, images, audio), then one line per group.
+TEST_F(FilesystemDialogs, OpenFilesFiltersShowTheExampleAndThePatternsOfTheKind)
 {
-    const char* name;
-    int kinds;
-    const char* firstLines; // before the patterns; "|" separates dialog lines
-    const char* groups;     // V, I, A: the groups whose patterns follow, in order
-    const char* after;      // what follows the patterns on the "Media Files" line
-};
-
-class OpenFilesFilters : public FilesystemDialogs, public testing::WithParamInterface<FilterCase>
-{
-};
-
-TEST_P(OpenFilesFilters, ShowTheExampleAndThePatternsOfTheKind)
-{
-    const FilterCase& c = GetParam();
+    const struct
+    {
+        int kinds;
+        const char* firstLines; // before the patterns; "|" separates dialog lines
+        const char* groups;     // V, I, A: the groups whose patterns follow, in order
+        const char* after;      // what follows the patterns on the "Media Files" line
+    } rows[] = {
+        {1, "Media Files(", "V", ")"},
+        {2, "Media Files(", "A", ")"},
+        {4, "Media Files(", "I", ")"},
+        {3, "Media Files (*.mp4;*.avi;*.mp3;...)(", "VA", ")"},
+        {5, "Media Files (*.mp4;*.avi;*.jpeg;...)(", "VI", ")"},
+        {6, "Media Files (*.jpeg;*.png;*.mp3;...)(", "IA", ")"},
+        {7, "Media Files (*.mp4;*.jpeg;*.mp3;...)(", "VIA", " *.dscproj)"},
+        // The project patterns are kept apart by a space, so that project files match the first line.
+        {15,
+         "All Supported Files ( *. dscproj;*.jpeg;*.png;*.mp3;...)(<patterns> *.dscproj *.dscproj)|Media Files "
+         "(*.mp4;*.jpeg;*.mp3;...)(",
+         "VIA", ")"},
+    };
     auto patternsOf = [](QChar group) {
         const QStringList extensions = group == QLatin1Char('V')   ? Filesystem::videoExtensions()
                                        : group == QLatin1Char('I') ? Filesystem::pictureExtensions()
                                                                    : Filesystem::musicExtensions();
         return Filesystem::extensionsToFileFilters(extensions).join(QLatin1Char(' '));
     };
-    QStringList patterns;
-    QStringList groupLines;
-    for (QChar g : S(c.groups)) {
-        patterns << patternsOf(g);
-        groupLines << (g == QLatin1Char('V')   ? S("Video Files (")
-                       : g == QLatin1Char('I') ? S("Image Files (")
-                                               : S("Audio Files ("))
-                          + patternsOf(g) + S(")");
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.kinds);
+        QStringList patterns;
+        QStringList groupLines;
+        for (QChar g : S(row.groups)) {
+            patterns << patternsOf(g);
+            groupLines << (g == QLatin1Char('V')   ? S("Video Files (")
+                           : g == QLatin1Char('I') ? S("Image Files (")
+                                                   : S("Audio Files ("))
+                              + patternsOf(g) + S(")");
+        }
+        const QString joined = patterns.join(QLatin1Char(' '));
+        QStringList expected;
+        for (const QString& line : S(row.firstLines).split(QLatin1Char('|')))
+            expected << QString(line).replace(S("<patterns>"), joined);
+        expected.last() += joined + S(row.after);
+        expected += groupLines;
+        expected << S("All Files (*)");
+
+        QStringList filters;
+        driver.then<QFileDialog>([&](QFileDialog* d) {
+            filters = d->nameFilters();
+            d->reject();
+        });
+        Filesystem::openFiles(row.kinds | Filesystem::AllFilesFilter);
+        EXPECT_EQ(filters, expected) << filters.join(S("\n")).toStdString();
     }
-    const QString joined = patterns.join(QLatin1Char(' '));
-    QStringList expected;
-    for (const QString& line : S(c.firstLines).split(QLatin1Char('|')))
-        expected << QString(line).replace(S("<patterns>"), joined);
-    expected.last() += joined + S(c.after);
-    expected += groupLines;
-    expected << S("All Files (*)");
-
-    QStringList filters;
-    driver.then<QFileDialog>([&](QFileDialog* d) {
-        filters = d->nameFilters();
-        d->reject();
-    });
-    Filesystem::openFiles(c.kinds | Filesystem::AllFilesFilter);
-    EXPECT_EQ(filters, expected) << filters.join(S("\n")).toStdString();
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Kinds, OpenFilesFilters,
-    testing::Values(FilterCase{"video", 1, "Media Files(", "V", ")"}, FilterCase{"audio", 2, "Media Files(", "A", ")"},
-                    FilterCase{"image", 4, "Media Files(", "I", ")"},
-                    FilterCase{"video_audio", 3, "Media Files (*.mp4;*.avi;*.mp3;...)(", "VA", ")"},
-                    FilterCase{"video_image", 5, "Media Files (*.mp4;*.avi;*.jpeg;...)(", "VI", ")"},
-                    FilterCase{"audio_image", 6, "Media Files (*.jpeg;*.png;*.mp3;...)(", "IA", ")"},
-                    FilterCase{"all_media", 7, "Media Files (*.mp4;*.jpeg;*.mp3;...)(", "VIA", " *.dscproj)"},
-                    // The project patterns are kept apart by a space, so that project files
-                    // match the first line.
-                    FilterCase{"media_and_projects", 15,
-                               "All Supported Files ( *. dscproj;*.jpeg;*.png;*.mp3;...)(<patterns> *.dscproj "
-                               "*.dscproj)|Media Files (*.mp4;*.jpeg;*.mp3;...)(",
-                               "VIA", ")"}),
-    [](const testing::TestParamInfo<FilterCase>& info) { return std::string(info.param.name); });
 
 TEST_F(FilesystemDialogs, OpenProjectCreatesTheProjectFolder)
 {
@@ -308,7 +298,7 @@ TEST_F(FilesystemDialogs, BrowseDirectoryReturnsTheChosenFolderOrNothing)
     EXPECT_EQ(driver.stepsDone(), 2);
 }
 
-TEST_F(FilesystemDialogs, SavingProjectProposesTheDefaultName)
+TEST_F(FilesystemDialogs, SavingProjectProposesTheDefaultNameOrTheSuggestedPath)
 {
     Settings::setProjectPath(path("projects"));
     TestSupport::FileDialogSeen seen;
@@ -320,13 +310,9 @@ TEST_F(FilesystemDialogs, SavingProjectProposesTheDefaultName)
     EXPECT_EQ(seen.title, S("Save Project"));
     EXPECT_EQ(seen.typed, S("New Project.dscproj"));
     EXPECT_EQ(seen.directory, path("projects"));
-}
 
-TEST_F(FilesystemDialogs, SavingProjectProposesTheSuggestedPath)
-{
-    Settings::setProjectPath(path("projects"));
+    QDir(path("projects")).removeRecursively();
     QDir().mkpath(path("work"));
-    TestSupport::FileDialogSeen seen;
     driver.then<QFileDialog>([&](QFileDialog* d) {
         seen = TestSupport::lookAt(d);
         d->reject();

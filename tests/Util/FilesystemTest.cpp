@@ -25,7 +25,7 @@
 
 namespace {
 
-QString S(const char* text) { return QString::fromUtf8(text); }
+using TestSupport::S;
 
 void writeFile(const QString& path, const QByteArray& content = "x")
 {
@@ -55,75 +55,54 @@ bool setImmutable(const QString& path, bool on)
 
 // Paths.
 
-struct CleanCase
+TEST(Filesystem, CleanPathNormalisesOnceAndPathsAcceptOnlyADriveDesignatorAtTheFront)
 {
-    const char* input;
-    const char* expected;
-};
-
-class CleanPath : public testing::TestWithParam<CleanCase>
-{
-};
-
-// Cleaning a cleaned path keeps it.
-TEST_P(CleanPath, NormalisesOnce)
-{
-    const QString cleaned = Filesystem::cleanPath(S(GetParam().input));
-    EXPECT_EQ(cleaned, S(GetParam().expected));
-    EXPECT_EQ(Filesystem::cleanPath(cleaned), cleaned);
-}
-
-INSTANTIATE_TEST_SUITE_P(Paths, CleanPath,
-                         testing::Values(CleanCase{" /a//b/./c/../d ", "/a/b/d"}, CleanCase{"/a/b/", "/a/b"},
-                                         CleanCase{"", ""}, CleanCase{"   ", ""}, CleanCase{"a/../../b", "../b"},
-                                         CleanCase{"/", "/"}, CleanCase{"a /", "a"}, CleanCase{"/x/a \t/", "/x/a"},
-                                         CleanCase{"a/../ ./b", "b"}, CleanCase{"q/.. /../ /", "q"}));
-
-TEST(CleanPathList, CleansEveryElementInOrder)
-{
+    const char* const cleaning[][2] = {{" /a//b/./c/../d ", "/a/b/d"},
+                                       {"/a/b/", "/a/b"},
+                                       {"", ""},
+                                       {"   ", ""},
+                                       {"a/../../b", "../b"},
+                                       {"/", "/"},
+                                       {"a /", "a"},
+                                       {"/x/a \t/", "/x/a"},
+                                       {"a/../ ./b", "b"},
+                                       {"q/.. /../ /", "q"}};
+    for (const auto& row : cleaning) {
+        SCOPED_TRACE(row[0]);
+        const QString cleaned = Filesystem::cleanPath(S(row[0]));
+        EXPECT_EQ(cleaned, S(row[1]));
+        EXPECT_EQ(Filesystem::cleanPath(cleaned), cleaned);
+    }
     EXPECT_EQ(Filesystem::cleanPath(QStringList{S("/x/./y"), S(" /z// ")}), (QStringList{S("/x/y"), S("/z")}));
+
+    const struct
+    {
+        const char* path;
+        bool valid;
+    } validity[] = {{"C:/video/a.mp4", true},
+                    {"C:/vi:deo/a.mp4", false},
+                    {"C:/C:/a.mp4", false},
+                    {"/home/u/clip.mp4", true},
+                    {"/home/u/what?.mp4", false},
+                    {"/home/*/a.mp4", false},
+                    {"/a\"b/c", false},
+                    {"/a/<b>", false},
+                    {"/a|b", false},
+                    {"/home/u/a:b.mp4", false},
+                    {" /home/u/../my clip.final.mp4 ", true}};
+    for (const auto& row : validity) {
+        SCOPED_TRACE(row.path);
+        QString error = S("untouched");
+        EXPECT_EQ(Filesystem::isPathValid(S(row.path), &error), row.valid);
+        EXPECT_EQ(error, row.valid ? S("untouched") : S("Unsupported symbols"));
+        EXPECT_EQ(Filesystem::isPathValid(S(row.path)), row.valid);
+    }
 }
 
-struct ValidityCase
-{
-    const char* name;
-    const char* path;
-    bool valid;
-};
-
-class PathValidity : public testing::TestWithParam<ValidityCase>
-{
-};
-
-TEST_P(PathValidity, AcceptsOnlyADriveDesignatorAtTheFront)
-{
-    QString error = S("untouched");
-    EXPECT_EQ(Filesystem::isPathValid(S(GetParam().path), &error), GetParam().valid);
-    EXPECT_EQ(error, GetParam().valid ? S("untouched") : S("Unsupported symbols"));
-    EXPECT_EQ(Filesystem::isPathValid(S(GetParam().path)), GetParam().valid);
-}
-
-INSTANTIATE_TEST_SUITE_P(Paths, PathValidity,
-                         testing::Values(ValidityCase{"drive", "C:/video/a.mp4", true},
-                                         ValidityCase{"colon_inside", "C:/vi:deo/a.mp4", false},
-                                         ValidityCase{"drive_twice", "C:/C:/a.mp4", false},
-                                         ValidityCase{"plain", "/home/u/clip.mp4", true},
-                                         ValidityCase{"question_mark", "/home/u/what?.mp4", false},
-                                         ValidityCase{"star", "/home/*/a.mp4", false},
-                                         ValidityCase{"quote", "/a\"b/c", false},
-                                         ValidityCase{"angle", "/a/<b>", false}, ValidityCase{"bar", "/a|b", false},
-                                         ValidityCase{"colon_in_file_name", "/home/u/a:b.mp4", false},
-                                         ValidityCase{"spaces_and_dots", " /home/u/../my clip.final.mp4 ", true}),
-                         [](const testing::TestParamInfo<ValidityCase>& info) { return std::string(info.param.name); });
-
-TEST(Filesystem, ExtensionsToFileFilters)
+TEST(Filesystem, SupportedExtensionsJoinTheGroupsAndBecomeFilters)
 {
     EXPECT_EQ(Filesystem::extensionsToFileFilters({S("mp4"), S("avi")}), (QStringList{S("*.mp4"), S("*.avi")}));
     EXPECT_TRUE(Filesystem::extensionsToFileFilters({}).isEmpty());
-}
-
-TEST(Filesystem, SupportedExtensionsJoinTheGroups)
-{
     const QStringList all = Filesystem::supportedClipFileExtensions();
     for (const char* e : {"mp4", "mov", "mp3", "wav", "jpg", "png"})
         EXPECT_TRUE(all.contains(S(e))) << e;
@@ -332,7 +311,7 @@ TEST_F(FilesystemDisk, CancelledCopyLeavesNoHalfWrittenTarget)
     progress.reset(); // the observer holds no count: break nothing on the way out
 }
 
-TEST_F(FilesystemDisk, CopyRecursivelySkipsExcludedNames)
+TEST_F(FilesystemDisk, CopyRecursivelySkipsExcludedNamesAndOverwritesOnlyWhenAsked)
 {
     writeFile(path("from/a.mp4"), "a");
     writeFile(path("from/sub/b.wav"), "b");
@@ -343,6 +322,13 @@ TEST_F(FilesystemDisk, CopyRecursivelySkipsExcludedNames)
     EXPECT_EQ(readFile(path("to/sub/b.wav")), QByteArray("b"));
     EXPECT_FALSE(QFileInfo::exists(path("to/sub/cache.tmp")));
     EXPECT_FALSE(QFileInfo::exists(path("to/.thumbs")));
+
+    // A file already at the target is overwritten only when asked.
+    writeFile(path("from/a.mp4"), "new");
+    EXPECT_FALSE(Filesystem::copyRecursively(path("from"), path("to"), {}, false));
+    EXPECT_EQ(readFile(path("to/a.mp4")), QByteArray("a"));
+    EXPECT_TRUE(Filesystem::copyRecursively(path("from"), path("to"), {}, true));
+    EXPECT_EQ(readFile(path("to/a.mp4")), QByteArray("new"));
 }
 
 TEST_F(FilesystemDisk, CopyRecursivelyKeepsLinksToFoldersAsLinks)
@@ -361,16 +347,6 @@ TEST_F(FilesystemDisk, CopyRecursivelyKeepsLinksToFoldersAsLinks)
     EXPECT_TRUE(Filesystem::copyRecursively(path("from"), path("to"), {}, true));
     EXPECT_EQ(QFileInfo(path("to/media")).symLinkTarget(), path("library"));
     EXPECT_EQ(readFile(path("library/shared.mp4")), QByteArray("shared"));
-}
-
-TEST_F(FilesystemDisk, CopyRecursivelyOverwritesFilesOnlyWhenAsked)
-{
-    writeFile(path("from/a.mp4"), "new");
-    writeFile(path("to/a.mp4"), "old");
-    EXPECT_FALSE(Filesystem::copyRecursively(path("from"), path("to"), {}, false));
-    EXPECT_EQ(readFile(path("to/a.mp4")), QByteArray("old"));
-    EXPECT_TRUE(Filesystem::copyRecursively(path("from"), path("to"), {}, true));
-    EXPECT_EQ(readFile(path("to/a.mp4")), QByteArray("new"));
 }
 
 TEST_F(FilesystemDisk, CopyRecursivelyRefusesMissingSourcesAndCopiesIntoItself)

@@ -6,15 +6,12 @@
 
 using TestSupport::S;
 
-TEST(FontUtils, NamesWithStyleComeBeforeTheFamily)
+TEST(FontUtils, NamesWithStyleComeBeforeTheFamilyAndEachNamedFamilyGivesOneFont)
 {
     QFont font(S("DejaVu Sans"));
     font.setStyleName(S("Bold Oblique"));
     EXPECT_EQ(FontUtils::fontNamesWithStyle(font), (QStringList{S("DejaVu Sans Bold Oblique"), S("DejaVu Sans")}));
-}
 
-TEST(FontUtils, OneFontPerNamedFamily)
-{
     const QList<QFont> fonts = FontUtils::fontsByFamilies({S("Serif"), S("  "), S(" Sans "), QString()});
     ASSERT_EQ(fonts.size(), 2);
     EXPECT_EQ(fonts[0].family(), S("Serif"));

@@ -6,41 +6,45 @@
 
 #include <climits>
 
-namespace {
-QString S(const char* text) { return QString::fromUtf8(text); }
-} // namespace
+#include "TestSupport.h"
 
-struct TimeCase
-{
-    bool milliseconds;
-    long long value;
-    const char* expected;
-};
+using TestSupport::S;
 
-class FormatTime : public testing::TestWithParam<TimeCase>
+TEST(Format, Durations)
 {
-};
-
-TEST_P(FormatTime, Durations)
-{
-    const TimeCase& c = GetParam();
-    EXPECT_EQ(c.milliseconds ? Format::timeMs(c.value) : Format::time(static_cast<int>(c.value)), S(c.expected));
+    const struct
+    {
+        bool milliseconds;
+        long long value;
+        const char* expected;
+    } rows[] = {{false, 0, "00:00"},
+                {false, 59, "00:59"},
+                {false, 61, "01:01"},
+                {false, 3599, "59:59"},
+                {false, 3600, "01:00:00"},
+                {false, 86399, "23:59:59"},
+                {false, 86400, "24:00:00"},
+                {false, 90061, "25:01:01"},
+                {false, 360000, "100:00:00"},
+                {false, -59, "-00:59"},
+                {true, 1500, "00:01.500"},
+                {true, 2000, "00:02"},
+                {true, 7, "00:00.007"},
+                {true, 3600000, "01:00:00"},
+                {true, 3600001, "01:00:00.001"},
+                {true, 90000250, "25:00:00.250"},
+                {true, -1500, "-00:01.500"},
+                // The extremes: "no timestamp" is dashed, the rest are durations.
+                {true, LLONG_MIN, "--:--"},
+                {true, LLONG_MAX, "2562047788015:12:55.807"},
+                {true, -LLONG_MAX, "-2562047788015:12:55.807"},
+                {false, INT_MIN, "-596523:14:08"},
+                {false, INT_MAX, "596523:14:07"}};
+    for (const auto& c : rows) {
+        SCOPED_TRACE(c.expected);
+        EXPECT_EQ(c.milliseconds ? Format::timeMs(c.value) : Format::time(static_cast<int>(c.value)), S(c.expected));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Durations, FormatTime,
-    testing::Values(TimeCase{false, 0, "00:00"}, TimeCase{false, 59, "00:59"}, TimeCase{false, 61, "01:01"},
-                    TimeCase{false, 3599, "59:59"}, TimeCase{false, 3600, "01:00:00"},
-                    TimeCase{false, 86399, "23:59:59"}, TimeCase{false, 86400, "24:00:00"},
-                    TimeCase{false, 90061, "25:01:01"}, TimeCase{false, 360000, "100:00:00"},
-                    TimeCase{false, -59, "-00:59"}, TimeCase{true, 1500, "00:01.500"}, TimeCase{true, 2000, "00:02"},
-                    TimeCase{true, 7, "00:00.007"}, TimeCase{true, 3600000, "01:00:00"},
-                    TimeCase{true, 3600001, "01:00:00.001"}, TimeCase{true, 90000250, "25:00:00.250"},
-                    TimeCase{true, -1500, "-00:01.500"},
-                    // The extremes: "no timestamp" is dashed, the rest are durations.
-                    TimeCase{true, LLONG_MIN, "--:--"}, TimeCase{true, LLONG_MAX, "2562047788015:12:55.807"},
-                    TimeCase{true, -LLONG_MAX, "-2562047788015:12:55.807"}, TimeCase{false, INT_MIN, "-596523:14:08"},
-                    TimeCase{false, INT_MAX, "596523:14:07"}));
 
 TEST(Format, MsToQTimeWrapsAtADay)
 {
@@ -50,29 +54,23 @@ TEST(Format, MsToQTimeWrapsAtADay)
     EXPECT_EQ(Format::msToQTime(LLONG_MIN), QTime(16, 47, 4, 192));
 }
 
-struct FrameCase
+TEST(Format, VideoSettingsShowTheReducedAspect)
 {
-    int width;
-    int height;
-    const char* expected;
-};
-
-class FormatVideo : public testing::TestWithParam<FrameCase>
-{
-};
-
-TEST_P(FormatVideo, SettingsShowTheReducedAspect)
-{
-    Dravik::Conf::FrameInfo frame;
-    frame.width = GetParam().width;
-    frame.height = GetParam().height;
-    EXPECT_EQ(Format::videoSettings(frame), S(GetParam().expected));
+    const struct
+    {
+        int width;
+        int height;
+        const char* expected;
+    } rows[] = {{1920, 1080, "1920x1080 16:9"}, {1280, 720, "1280x720 16:9"},   {720, 576, "720x576 5:4"},
+                {640, 480, "640x480 4:3"},      {1080, 1920, "1080x1920 9:16"}, {0, 10, "0x10 0:1"}};
+    for (const auto& c : rows) {
+        SCOPED_TRACE(c.expected);
+        Dravik::Conf::FrameInfo frame;
+        frame.width = c.width;
+        frame.height = c.height;
+        EXPECT_EQ(Format::videoSettings(frame), S(c.expected));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Frames, FormatVideo,
-                         testing::Values(FrameCase{1920, 1080, "1920x1080 16:9"}, FrameCase{1280, 720, "1280x720 16:9"},
-                                         FrameCase{720, 576, "720x576 5:4"}, FrameCase{640, 480, "640x480 4:3"},
-                                         FrameCase{1080, 1920, "1080x1920 9:16"}, FrameCase{0, 10, "0x10 0:1"}));
 
 TEST(Format, ZeroHeightIsTheRationalLibrarysError)
 {
@@ -122,8 +120,6 @@ TEST(Format, LinksNumbersAndComparison)
 // The model's streams.
 
 #include <EditorModel/Media.h>
-
-#include "TestSupport.h"
 
 TEST(FormatMedia, ReadsTheStreamsOfTheModel)
 {
