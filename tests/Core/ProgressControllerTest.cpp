@@ -36,7 +36,7 @@ TEST(ProgressController, IsReleasedWhenTheLastIntrusivePointerGoes)
     EXPECT_EQ(destroyed, 1);
 }
 
-TEST(ProgressController, ReportsClampedProgressToItsObserver)
+TEST(ProgressController, ReportsClampedProgressToItsObserverAndStaysCancelled)
 {
     std::vector<std::pair<std::int64_t, std::int64_t>> seen;
     boost::intrusive_ptr<ProgressController> p(
@@ -50,11 +50,7 @@ TEST(ProgressController, ReportsClampedProgressToItsObserver)
     p->SetProgress(80);
     p->SetRange(50);
     EXPECT_EQ(p->GetProgress(), 50);
-}
-
-TEST(ProgressController, CancellationIsSticky)
-{
-    boost::intrusive_ptr<ProgressController> p(new ProgressController);
+    // Cancellation is sticky.
     EXPECT_FALSE(p->IsCancelled());
     p->Cancel();
     p->SetProgress(1);

@@ -4,22 +4,6 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-
-struct MalformedCase
-{
-    const char* name;
-    const char* document;
-};
-
-void PrintTo(const MalformedCase& c, std::ostream* os) { *os << c.name; }
-
-class MalformedOverlayPresetsTest : public ::testing::TestWithParam<MalformedCase>
-{
-};
-
-} // namespace
-
 TEST(OverlayPresetsTest, WrittenPresetsReadBackEqual)
 {
     Overlay::Preset preset;
@@ -41,31 +25,37 @@ TEST(OverlayPresetsTest, WrittenPresetsReadBackEqual)
     EXPECT_TRUE(log.errors().empty()) << "an empty list is valid";
 }
 
-TEST_P(MalformedOverlayPresetsTest, RejectedWholeWithALogLine)
+// A document that is not a list of presets of this format is refused whole, with a log line.
+TEST(OverlayPresetsTest, MalformedDocumentsAreRejectedWholeWithALogLine)
 {
-    TestSupport::LogCapture log;
-    EXPECT_TRUE(Serialize::readOverlayPresets(QByteArray(GetParam().document)).empty());
-    EXPECT_TRUE(log.containsError("Serialize::readOverlayPresets"));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Documents, MalformedOverlayPresetsTest,
-    ::testing::Values(
-        MalformedCase{"empty", ""},
-        MalformedCase{"truncated", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[{\"items\":["},
-        MalformedCase{"binary", "\x89PNG\r\n\x1a\n\x00\x00"}, MalformedCase{"array_root", "[1,2,3]"},
-        MalformedCase{"other_format", "{\"format\":\"quiz\",\"version\":1,\"presets\":[]}"},
-        MalformedCase{"future_version", "{\"format\":\"overlay-presets\",\"version\":2,\"presets\":[]}"},
-        MalformedCase{"presets_not_list", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":{}}"},
-        MalformedCase{"preset_not_object", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[7]}"},
-        MalformedCase{"no_items", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[{\"tag\":\"t\"}]}"},
-        MalformedCase{"numeric_text",
-                      "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[{\"items\":[{\"text\":5}]}]}"},
-        MalformedCase{"short_transform", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[{\"items\":"
-                                         "[{\"text\":\"a\",\"transform\":[1,0,0]}]}]}"},
+    struct Row
+    {
+        const char* name;
+        QByteArray document;
+    };
+    const Row rows[] = {
+        {"empty", ""},
+        {"truncated", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[{\"items\":["},
+        {"binary", QByteArray("\x89PNG\r\n\x1a\n\x00\x00")},
+        {"array root", "[1,2,3]"},
+        {"other format", "{\"format\":\"quiz\",\"version\":1,\"presets\":[]}"},
+        {"future version", "{\"format\":\"overlay-presets\",\"version\":2,\"presets\":[]}"},
+        {"presets not a list", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":{}}"},
+        {"preset not an object", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[7]}"},
+        {"no items", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[{\"tag\":\"t\"}]}"},
+        {"numeric text", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[{\"items\":[{\"text\":5}]}]}"},
+        {"short transform", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[{\"items\":"
+                            "[{\"text\":\"a\",\"transform\":[1,0,0]}]}]}"},
         // Qt would keep the second "presets" and lose the memory of the first.
-        MalformedCase{"repeated_key", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[{\"items\":[]}],"
-                                      "\"presets\":[{\"items\":[]}]}"},
-        MalformedCase{"second_preset_bad", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[{\"items\":"
-                                           "[]},{\"items\":[{\"text\":null}]}]}"}),
-    [](const ::testing::TestParamInfo<MalformedCase>& info) { return std::string(info.param.name); });
+        {"repeated key", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[{\"items\":[]}],"
+                         "\"presets\":[{\"items\":[]}]}"},
+        {"second preset bad", "{\"format\":\"overlay-presets\",\"version\":1,\"presets\":[{\"items\":"
+                              "[]},{\"items\":[{\"text\":null}]}]}"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        TestSupport::LogCapture log;
+        EXPECT_TRUE(Serialize::readOverlayPresets(row.document).empty());
+        EXPECT_TRUE(log.containsError("Serialize::readOverlayPresets"));
+    }
+}

@@ -9,6 +9,7 @@
 #include <Util/Interfaces/EditorSettings.h>
 
 #include <QAction>
+#include <QCheckBox>
 #include <QDoubleSpinBox>
 #include <QLineEdit>
 #include <QSignalSpy>
@@ -157,7 +158,7 @@ TEST_F(PanelsTest, choosingAnEffectShowsItsPreviewOnTheStockPictureUntilTheTimel
     EXPECT_TRUE(window->browser()->list()->selectedItems().isEmpty());
 }
 
-TEST_F(PanelsTest, aSpeedTypedInTheClipPanelIsOneUndoableEdit)
+TEST_F(PanelsTest, aSpeedTypedInTheClipPanelIsOneUndoableEditAndBackwardsReversesTheClip)
 {
     select(bars);
     const Timeline::ClipTiming before = project()->clipTiming(bars);
@@ -173,6 +174,15 @@ TEST_F(PanelsTest, aSpeedTypedInTheClipPanelIsOneUndoableEdit)
     EXPECT_EQ(speedBox()->value(), 1.0) << "the panel shows the clip as it is again";
     action(QKeySequence::Redo)->trigger();
     EXPECT_EQ(project()->clipTiming(bars).speed, 2.0);
+
+    auto* backwards = window->clipPanel()->findChild<QCheckBox*>();
+    ASSERT_NE(backwards, nullptr);
+    backwards->click();
+    EXPECT_TRUE(project()->clipTiming(bars).reversed);
+    // Nothing selected: nothing to change.
+    timeline->selectClip(nullptr);
+    EXPECT_FALSE(speedBox()->isEnabled());
+    EXPECT_FALSE(backwards->isEnabled());
 }
 
 TEST_F(PanelsTest, aRefusedValueLeavesTheClipAsItWasAndSaysWhy)

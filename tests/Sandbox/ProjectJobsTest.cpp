@@ -1,6 +1,6 @@
 // The sandbox window's long jobs and bad projects: an import shows its progress in the status
 // line and its Cancel button drops it; a save that the disk refuses (a read-only folder, a full
-// disk) and a project from a newer version each give one clear message, leave the project file
+// disk), a project from a newer version and a damaged one each give one clear message, leave the project file
 // on disk byte for byte and the open project as it was.
 
 #include "BinView.h"
@@ -87,7 +87,7 @@ class ProjectJobsTest : public SandboxTest::WindowFixture
 
 } // namespace
 
-TEST_F(ProjectJobsTest, anImportCountsItsFilesThenTheThumbnailsAndTheBarGoesAway)
+TEST_F(ProjectJobsTest, anImportCountsItsFilesThenTheThumbnailsAndAsksOnceAboutTheBrokenOne)
 {
     QProgressBar* bar = window->jobProgress();
     EXPECT_FALSE(bar->isVisible());
@@ -109,6 +109,19 @@ TEST_F(ProjectJobsTest, anImportCountsItsFilesThenTheThumbnailsAndTheBarGoesAway
     EXPECT_LT(shown.indexOf(QStringLiteral("Importing 5 of 5 file(s)")),
               shown.indexOf(QStringLiteral("Thumbnails 3 of 3")));
     QObject::disconnect(watch);
+
+    // The broken file: one question, and its tile greyed (no thumbnail for it or the tone).
+    ASSERT_EQ(dialogs->failedFilesQuestions.size(), 1u);
+    EXPECT_TRUE(dialogs->failedFilesQuestions[0].allowKeep);
+    ASSERT_EQ(window->bin()->files().size(), 5u);
+    int failed = 0;
+    for (const Media::File* file : window->bin()->files())
+        failed += file->isFailed() ? 1 : 0;
+    EXPECT_EQ(failed, 1);
+    EXPECT_TRUE(window->binFile(sample(4))->isFailed());
+    // A second import of a good file alone asks nothing more.
+    import({sample(3)});
+    EXPECT_EQ(dialogs->failedFilesQuestions.size(), 1u);
 }
 
 TEST_F(ProjectJobsTest, cancelDropsTheImportAndTheNextImportWorks)
@@ -138,7 +151,7 @@ TEST_F(ProjectJobsTest, cancelDropsTheImportAndTheNextImportWorks)
     EXPECT_TRUE(window->bin()->files()[0]->isOpened());
 }
 
-TEST_F(ProjectJobsTest, aRefusedSaveOrANewerProjectSaysWhyAndChangesNothing)
+TEST_F(ProjectJobsTest, aRefusedSaveOrANewerOrDamagedProjectSaysWhyAndChangesNothing)
 {
     struct Row
     {
@@ -170,8 +183,16 @@ TEST_F(ProjectJobsTest, aRefusedSaveOrANewerProjectSaysWhyAndChangesNothing)
              file.write(bytes);
          },
          "Open Project", "newer version"},
+        {"damaged project", false, -1,
+         [&](const QString& folder) {
+             QFile file(QDir(folder).filePath(QStringLiteral("p.dscproj")));
+             ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+             file.write("{\"format\": \"dscproj\", \"version\": 1, \"clips\": [");
+         },
+         "Open Project", "damaged"},
     };
     import({sample(2)});
+    ASSERT_TRUE(Scripted::dropFiles(viewport, {sample(2)}, pointAt(0, project()->tracks().back())));
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         QTemporaryDir dir;

@@ -20,7 +20,6 @@
 
 #include <optional>
 
-using Sandbox::SandboxWindow;
 using Sandbox::TimelineView;
 
 namespace {
@@ -81,9 +80,7 @@ protected:
     // Overlay video; the playhead at 6 s.
     void placeSamples()
     {
-        QSignalSpy finished(window.get(), &SandboxWindow::importFinished);
-        window->importFiles({sample(0), sample(1), sample(2)});
-        ASSERT_TRUE(Scripted::waitFor([&] { return finished.count() == 1; }));
+        import({sample(0), sample(1), sample(2)});
         ASSERT_TRUE(Scripted::dropFiles(viewport, {sample(0)}, pointAt(0, project()->primaryTrack())));
         ASSERT_TRUE(Scripted::dropFiles(viewport, {sample(2)}, pointAt(second, project()->tracks().back())));
         ASSERT_TRUE(Scripted::dropFiles(viewport, {sample(1)}, pointAt(8 * second, project()->extraVideoTrack())));
@@ -106,6 +103,10 @@ protected:
 TEST_F(TimelineViewTest, dragsLandOnATrackOfTheClipsKindSnappingToEdgesAndThePlayheadUnlessAltIsHeld)
 {
     placeSamples();
+    // The shape's start a whole number of pixels from the bars' end, so rows land exactly.
+    Timeline::ClipTiming start = timingOf(shape);
+    start.position = timingOf(bars).end() + 4 * second;
+    window->host().edit(project())->moveClip(shape, start);
     const double playheadX = TimelineView::xOf(6 * second);
     const double barsEndX = TimelineView::xOf(timingOf(bars).end());
     struct Row
@@ -123,6 +124,10 @@ TEST_F(TimelineViewTest, dragsLandOnATrackOfTheClipsKindSnappingToEdgesAndThePla
         {"7 px after the playhead snaps to it", false, playheadX + 7, 0, Qt::NoModifier, Timeline::Track::ExtraVideo,
          true, 6 * second},
         {"the same with Alt stays off it", false, playheadX + 7, 0, Qt::AltModifier, Timeline::Track::ExtraVideo, false,
+         -1},
+        {"10 px after the bars' end snaps to it", false, barsEndX + 10, 0, Qt::NoModifier, Timeline::Track::ExtraVideo,
+         true, timingOf(bars).end()},
+        {"20 px after the bars' end stays", false, barsEndX + 20, 0, Qt::NoModifier, Timeline::Track::ExtraVideo, false,
          -1},
         {"up two tracks onto Video, 4 px after the bars' end", false, barsEndX + 4, -2, Qt::NoModifier,
          Timeline::Track::Video, true, timingOf(bars).end()},
@@ -152,6 +157,12 @@ TEST_F(TimelineViewTest, dragsLandOnATrackOfTheClipsKindSnappingToEdgesAndThePla
                         second / TimelineView::pixelsPerSecond);
         window->host().edit(project())->moveClip(clip, before);
     }
+
+    // Dragging the bars moves their sound by the same amount.
+    const QPoint from = timeline->clipPoint(bars, 0.5);
+    Scripted::drag(viewport, from, from + QPoint(int(TimelineView::pixelsPerSecond) * 3, 0), Qt::AltModifier);
+    EXPECT_EQ(timingOf(bars).position, 3 * second);
+    EXPECT_EQ(timingOf(sound).position, 3 * second);
 }
 
 TEST_F(TimelineViewTest, escapeInTheMiddleOfADragPutsTheClipAndItsSoundBack)
@@ -281,7 +292,7 @@ TEST_F(TimelineViewTest, aDropThatCannotLandIsRefusedAndChangesNothing)
     EXPECT_TRUE(dialogs->failedFilesQuestions.empty());
 }
 
-TEST_F(TimelineViewTest, aFolderDroppedOnTheBinGetsATileForEachFileAfterOneQuestion)
+TEST_F(TimelineViewTest, aFolderDroppedOnTheBinGetsATileForEachFileAndTilesDragOutAsBinFiles)
 {
     QTemporaryDir work;
     ASSERT_TRUE(QFile::copy(sample(2), work.filePath(QStringLiteral("tone.wav"))));
@@ -296,10 +307,17 @@ TEST_F(TimelineViewTest, aFolderDroppedOnTheBinGetsATileForEachFileAfterOneQuest
     EXPECT_EQ(landed[0][1].toInt(), 1);
     EXPECT_EQ(dialogs->failedFilesQuestions.size(), 1u);
     ASSERT_EQ(bin->files().size(), 2u);
+    for (const Media::File* file : bin->files())
+        EXPECT_EQ(bin->fileAt(bin->tilePoint(file)), file);
     EXPECT_TRUE(project()->clips().empty()); // the bin's drops leave the project alone
 
     // The same folder again adds no second tile for a path already shown.
     sendDrop(bin->viewport(), tree.get(), QPoint(40, 40));
     ASSERT_TRUE(Scripted::waitFor([&] { return landed.count() == 2; }));
     EXPECT_EQ(bin->files().size(), 2u);
+
+    // What the bin's tiles carry when dragged out: the files, marked as coming from the bin.
+    std::unique_ptr<QMimeData> data(Sandbox::BinView::mimeDataFor({sample(3)}));
+    EXPECT_EQ(MimeUtils::extractFiles(data.get(), {QStringLiteral("png")}), QStringList{sample(3)});
+    EXPECT_EQ(MimeUtils::mimeDragAsrc(data.get()), QStringLiteral("bin"));
 }
