@@ -107,7 +107,9 @@ protected:
     Log log;
 };
 
-TEST_F(MessageViewTest, AddedRecordIsOwnedAnnouncedAndBecomesTheViewsObject)
+// An added record is owned, announced and becomes the view's object; a change of it calls the
+// hooks in order, then is announced.
+TEST_F(MessageViewTest, AddedRecordIsOwnedAnnouncedAndChangedInPlace)
 {
     RecordingView owner("owner", log);
     EXPECT_EQ(owner.object(), nullptr);
@@ -124,22 +126,15 @@ TEST_F(MessageViewTest, AddedRecordIsOwnedAnnouncedAndBecomesTheViewsObject)
     EXPECT_THAT(owner.objects(), ElementsAre(preview));
     EXPECT_EQ(owner.enumerateAll().count(preview), 1u);
     EXPECT_THAT(log, ElementsAre("owner: added 100x450"));
-}
 
-TEST_F(MessageViewTest, OwnedChangeCallsTheHooksInOrderThenAnnouncesTheChange)
-{
-    RecordingView owner("owner", log);
-    makeOwned(owner);
-    const EffectPreview* preview = owner.object();
     BusLog bus(log);
     bus.subscribe(preview);
     log.clear();
-
     owner.change(preview)->width = 640;
     EXPECT_EQ(preview->width, 640);
-    EXPECT_EQ(preview->height, 50); // fields not written keep their value
-    EXPECT_THAT(log, ElementsAre("owner: changed3 100x50 -> 640x50", "owner: changed2 100x50 -> 640x50",
-                                 "owner: changed1 640x50", "bus: Changed 100x50 -> 640x50"));
+    EXPECT_EQ(preview->height, 450); // fields not written keep their value
+    EXPECT_THAT(log, ElementsAre("owner: changed3 100x450 -> 640x450", "owner: changed2 100x450 -> 640x450",
+                                 "owner: changed1 640x450", "bus: Changed 100x450 -> 640x450"));
 }
 
 TEST_F(MessageViewTest, CommittedChangeResetsTheWorkingCopyToADefaultRecord)
@@ -175,7 +170,9 @@ TEST_F(MessageViewTest, CommittedChangeResetsTheWorkingCopyToADefaultRecord)
     EXPECT_EQ(requested.composition, nullptr);
 }
 
-TEST_F(MessageViewTest, ChangeOfAnObservedRecordGoesToTheOwnerAndReturnsAsItsAnnouncement)
+// A change or a removal of an observed record is asked of its owner and reaches the observer
+// as the owner's announcement.
+TEST_F(MessageViewTest, ChangeAndRemovalOfAnObservedRecordGoToTheOwner)
 {
     RecordingView owner("owner", log);
     makeOwned(owner);
@@ -184,6 +181,8 @@ TEST_F(MessageViewTest, ChangeOfAnObservedRecordGoesToTheOwnerAndReturnsAsItsAnn
     EXPECT_EQ(observer.object(), preview);
     EXPECT_TRUE(observer.isObserved(preview));
     EXPECT_EQ(observer.ownerPointer(preview), nullptr);
+    BusLog bus(log);
+    bus.subscribe(preview);
     log.clear();
 
     {
@@ -195,7 +194,15 @@ TEST_F(MessageViewTest, ChangeOfAnObservedRecordGoesToTheOwnerAndReturnsAsItsAnn
     EXPECT_THAT(log, ElementsAre("owner: changeRequested 100x50 to 300x50", "owner: changed3 100x50 -> 300x50",
                                  "owner: changed2 100x50 -> 300x50", "owner: changed1 300x50",
                                  "observer: changed3 100x50 -> 300x50", "observer: changed2 100x50 -> 300x50",
-                                 "observer: changed1 300x50"));
+                                 "observer: changed1 300x50", "bus: Changed 100x50 -> 300x50"));
+
+    log.clear();
+    EXPECT_TRUE(observer.remove(preview));
+    EXPECT_THAT(log, ElementsAre("owner: removeRequested 300x50", "owner: removed 300x50", "observer: removed 300x50",
+                                 "bus: Removed 300x50"));
+    EXPECT_EQ(owner.object(), nullptr);
+    EXPECT_THAT(owner.objects(), IsEmpty());
+    EXPECT_THAT(observer.objects(), IsEmpty());
 }
 
 TEST_F(MessageViewTest, ChangeReachingNoOwnerChangesNothingAndIsReported)
@@ -221,24 +228,6 @@ TEST_F(MessageViewTest, ChangeReachingNoOwnerChangesNothingAndIsReported)
     }
     EXPECT_EQ(capture.errors().size(), errorsBefore + 1);
     EXPECT_TRUE(late.objects().empty());
-}
-
-TEST_F(MessageViewTest, RemovalOfAnObservedRecordIsAskedOfItsOwner)
-{
-    RecordingView owner("owner", log);
-    makeOwned(owner);
-    const EffectPreview* preview = owner.object();
-    RecordingView observer("observer", log, preview);
-    BusLog bus(log);
-    bus.subscribe(preview);
-    log.clear();
-
-    EXPECT_TRUE(observer.remove(preview));
-    EXPECT_THAT(log, ElementsAre("owner: removeRequested 100x50", "owner: removed 100x50", "observer: removed 100x50",
-                                 "bus: Removed 100x50"));
-    EXPECT_EQ(owner.object(), nullptr);
-    EXPECT_THAT(owner.objects(), IsEmpty());
-    EXPECT_THAT(observer.objects(), IsEmpty());
 }
 
 TEST_F(MessageViewTest, AddRequestsAreServedOnlyWhileProcessed)
@@ -278,7 +267,9 @@ TEST_F(MessageViewTest, ObserveNewAndObserveAllFollowRecordsOfOtherOwners)
                          "all: changed3 100x50 -> 100x7", "all: changed2 100x50 -> 100x7", "all: changed1 100x7"));
 }
 
-TEST_F(MessageViewTest, ForgottenRecordIsNoLongerFollowed)
+// A forgotten record is no longer followed, and a view destroyed during a delivery is not
+// called.
+TEST_F(MessageViewTest, ForgottenOrDestroyedViewsAreNoLongerCalled)
 {
     RecordingView owner("owner", log);
     makeOwned(owner);
@@ -296,22 +287,15 @@ TEST_F(MessageViewTest, ForgottenRecordIsNoLongerFollowed)
     EXPECT_FALSE(owner.forget(preview));
     EXPECT_TRUE(capture.containsError("owned by this view"));
     EXPECT_TRUE(owner.isOwned(preview));
-}
 
-TEST_F(MessageViewTest, ViewDestroyedDuringADeliveryIsNotCalled)
-{
-    RecordingView owner("owner", log);
-    makeOwned(owner);
-    const EffectPreview* preview = owner.object();
     RecordingView killer("killer", log, preview);
     auto doomed = std::make_unique<RecordingView>("doomed", log, preview);
     killer.onChanged = [&] { doomed.reset(); };
     log.clear();
-
     owner.change(preview)->width = 1;
-    EXPECT_THAT(log, ElementsAre("owner: changed3 100x50 -> 1x50", "owner: changed2 100x50 -> 1x50",
-                                 "owner: changed1 1x50", "killer: changed3 100x50 -> 1x50",
-                                 "killer: changed2 100x50 -> 1x50", "killer: changed1 1x50"));
+    EXPECT_THAT(log,
+                ElementsAre("owner: changed3 3x50 -> 1x50", "owner: changed2 3x50 -> 1x50", "owner: changed1 1x50",
+                            "killer: changed3 3x50 -> 1x50", "killer: changed2 3x50 -> 1x50", "killer: changed1 1x50"));
 }
 
 TEST_F(MessageViewTest, DestroyedOwnerAnnouncesItsRecordsRemoved)
@@ -337,129 +321,6 @@ TEST_F(MessageViewTest, NullRecordsAreRefusedWithAnError)
     EXPECT_EQ(capture.errors().size(), 4u);
     EXPECT_THAT(view.objects(), IsEmpty());
     EXPECT_THAT(log, IsEmpty());
-}
-
-} // namespace
-
-// The model's records edited through Message::View, as the library's editors and import
-// handlers do: the model host (or another owner) applies each change and announces it.
-namespace {
-
-using Timeline::Clip;
-using Timeline::ClipTiming;
-
-class ClipView : public Message::View<Clip>
-{
-public:
-    using Message::View<Clip>::View;
-    std::vector<std::string> log;
-
-protected:
-    using Message::View<Clip>::changed;
-    void changed(const Clip* clip, const Clip* previous) override
-    {
-        log.push_back(std::string(previous->isBroken() ? "broken" : "fine") + " -> "
-                      + (clip->isBroken() ? "broken" : "fine"));
-    }
-};
-
-class ModelThroughViewsTest : public ::testing::Test
-{
-protected:
-    ModelThroughViewsTest()
-    {
-        file = host.add(std::make_unique<Media::File>("/media/a.mp4"));
-        video = host.addClip(Clip(Clip::Video, file, 0));
-        audio = host.addClip(Clip(Clip::Audio, file, 1));
-        timeline = host.addTimeline();
-        host.edit(timeline)
-            ->addClip(video, ClipTiming(timeline->primaryTrack(), 0, 100))
-            .addClip(audio, ClipTiming(timeline->nativeAudioTrack(), 0, 100))
-            .addLink(video, audio, 0);
-    }
-
-    Model::Host host;
-    const Media::File* file;
-    const Clip* video;
-    const Clip* audio;
-    const Timeline::Object* timeline;
-};
-
-// The host owns the model's records: a chain of the library's view on a clip, a timeline or the
-// playback is a change request the host applies when the chain is destroyed, then announces.
-TEST_F(ModelThroughViewsTest, TheHostAppliesWhatAViewsChainAsksWhenTheChainEnds)
-{
-    ClipView clips(video);
-    clips.change(video)->setBroken(true);
-    EXPECT_TRUE(video->isBroken());
-    EXPECT_FALSE(clips.isOwned(video));
-    EXPECT_THAT(clips.log, ElementsAre("fine -> broken"));
-
-    Message::View<Timeline::Object> timelines(timeline);
-    {
-        auto edit = timelines.change(timeline);
-        edit->removeClip(video);
-        EXPECT_TRUE(timeline->contains(video)); // nothing changes before the commit
-    }
-    EXPECT_FALSE(timeline->isSlave(audio)); // the link went with the clip
-    EXPECT_THAT(timeline->clips(), ElementsAre(audio));
-
-    host.setPlaybackTimeline(timeline);
-    Message::View<Playback::Object> playback(host.playback());
-    {
-        auto seek = playback.change(host.playback());
-        seek->state()->position = 42;
-        seek->state()->seek = true;
-    }
-    EXPECT_EQ(host.playback()->state()->position, 42);
-    EXPECT_TRUE(host.playback()->state()->seek);
-}
-
-// The owner of a private timeline (a shadow copy) serves the edits others ask of it.
-class ShadowOwner : public Timeline::Details::ObjectViewBase
-{
-public:
-    int changes = 0;
-
-private:
-    void timelineChanged(const Timeline::Object*, const Timeline::Object*) override { ++changes; }
-};
-
-TEST_F(ModelThroughViewsTest, PrivateTimelineOwnerServesEditsOfOtherViews)
-{
-    ShadowOwner owner;
-    const Timeline::Object* shadow = owner.own(std::make_unique<Timeline::Object>(*timeline));
-    EXPECT_EQ(shadow->primaryTrack(), timeline->primaryTrack());
-    const Clip* title = host.addClip(Clip(Clip::Title).setOverlay(std::make_shared<Overlay::Preset>()));
-    Message::View<Timeline::Object> editor;
-    editor.change(shadow)->addClip(title, ClipTiming(shadow->titleTrack(), 0, Clip::DEFAULT_TITLE_CLIP_DURATION));
-    EXPECT_TRUE(shadow->contains(title));
-    EXPECT_FALSE(timeline->contains(title));
-    EXPECT_EQ(owner.changes, 1);
-}
-
-class VideoWatcher : public Media::View<Media::Video>
-{
-public:
-    std::vector<std::string> log;
-
-private:
-    void videoChanged(const Media::Video* previous, const Media::Video* current) override
-    {
-        log.push_back(std::to_string(previous->width) + " -> " + std::to_string(current->width));
-    }
-};
-
-TEST_F(ModelThroughViewsTest, VideoViewReportsTheFormerAndTheNewFrameSize)
-{
-    auto stream = std::make_unique<Media::Video>();
-    stream->width = 1280;
-    const Media::Video* video = host.add(std::move(stream));
-    VideoWatcher watcher;
-    watcher.observe(video);
-    Message::View<Media::Video> videos(video);
-    videos.change(video)->width = 1920;
-    EXPECT_THAT(watcher.log, ElementsAre("1280 -> 1920"));
 }
 
 } // namespace
