@@ -72,3 +72,18 @@ TEST_F(RealThumbnailTest, framesAtDifferentTimesShowWhatTheVideoShowsThen)
     EXPECT_GT(blue.blue(), 200) << blue.name().toStdString();
     EXPECT_LT(blue.red(), 60) << blue.name().toStdString();
 }
+
+TEST_F(RealThumbnailTest, aFrameArrivesAtTheSizeAskedForWithItsTime)
+{
+    const Media::File* file = opened(Sample::Mp4VideoAudio);
+    ASSERT_NE(file, nullptr);
+    Util::ThumbnailRequester requester(Resource::encode(file, file->mainVideo()), nullptr);
+    requester.setSize(QSize(80, 60));
+    QSignalSpy ready(&requester, &Util::ThumbnailRequester::thumbnailReady);
+    requester.request(second);
+    ASSERT_TRUE(spinUntil([&] { return ready.count() == 1; }, 60000));
+    EXPECT_EQ(ready.at(0).at(0).value<Types::Time>(), second);
+    const QPixmap frame = ready.at(0).at(1).value<QPixmap>();
+    ASSERT_FALSE(frame.isNull());
+    EXPECT_EQ(frame.size(), QSize(80, 60)) << "a 4:3 frame fills a 4:3 thumbnail";
+}

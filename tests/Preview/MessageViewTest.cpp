@@ -324,3 +324,126 @@ TEST_F(MessageViewTest, NullRecordsAreRefusedWithAnError)
 }
 
 } // namespace
+
+// The model's records edited through Message::View, as the library's editors and import
+// handlers do: the model host (or another owner) applies each change and announces it.
+namespace {
+
+using Timeline::Clip;
+using Timeline::ClipTiming;
+
+class ClipView : public Message::View<Clip>
+{
+public:
+    using Message::View<Clip>::View;
+    std::vector<std::string> log;
+
+protected:
+    using Message::View<Clip>::changed;
+    void changed(const Clip* clip, const Clip* previous) override
+    {
+        log.push_back(std::string(previous->isBroken() ? "broken" : "fine") + " -> "
+                      + (clip->isBroken() ? "broken" : "fine"));
+    }
+};
+
+class ModelThroughViewsTest : public ::testing::Test
+{
+protected:
+    ModelThroughViewsTest()
+    {
+        file = host.add(std::make_unique<Media::File>("/media/a.mp4"));
+        video = host.addClip(Clip(Clip::Video, file, 0));
+        audio = host.addClip(Clip(Clip::Audio, file, 1));
+        timeline = host.addTimeline();
+        host.edit(timeline)
+            ->addClip(video, ClipTiming(timeline->primaryTrack(), 0, 100))
+            .addClip(audio, ClipTiming(timeline->nativeAudioTrack(), 0, 100))
+            .addLink(video, audio, 0);
+    }
+
+    Model::Host host;
+    const Media::File* file;
+    const Clip* video;
+    const Clip* audio;
+    const Timeline::Object* timeline;
+};
+
+// The host owns the model's records: a chain of the library's view on a clip, a timeline or the
+// playback is a change request the host applies when the chain is destroyed, then announces.
+TEST_F(ModelThroughViewsTest, TheHostAppliesWhatAViewsChainAsksWhenTheChainEnds)
+{
+    ClipView clips(video);
+    clips.change(video)->setBroken(true);
+    EXPECT_TRUE(video->isBroken());
+    EXPECT_FALSE(clips.isOwned(video));
+    EXPECT_THAT(clips.log, ElementsAre("fine -> broken"));
+
+    Message::View<Timeline::Object> timelines(timeline);
+    {
+        auto edit = timelines.change(timeline);
+        edit->removeClip(video);
+        EXPECT_TRUE(timeline->contains(video)); // nothing changes before the commit
+    }
+    EXPECT_FALSE(timeline->isSlave(audio)); // the link went with the clip
+    EXPECT_THAT(timeline->clips(), ElementsAre(audio));
+
+    host.setPlaybackTimeline(timeline);
+    Message::View<Playback::Object> playback(host.playback());
+    {
+        auto seek = playback.change(host.playback());
+        seek->state()->position = 42;
+        seek->state()->seek = true;
+    }
+    EXPECT_EQ(host.playback()->state()->position, 42);
+    EXPECT_TRUE(host.playback()->state()->seek);
+}
+
+// The owner of a private timeline (a shadow copy) serves the edits others ask of it.
+class ShadowOwner : public Timeline::Details::ObjectViewBase
+{
+public:
+    int changes = 0;
+
+private:
+    void timelineChanged(const Timeline::Object*, const Timeline::Object*) override { ++changes; }
+};
+
+TEST_F(ModelThroughViewsTest, PrivateTimelineOwnerServesEditsOfOtherViews)
+{
+    ShadowOwner owner;
+    const Timeline::Object* shadow = owner.own(std::make_unique<Timeline::Object>(*timeline));
+    EXPECT_EQ(shadow->primaryTrack(), timeline->primaryTrack());
+    const Clip* title = host.addClip(Clip(Clip::Title).setOverlay(std::make_shared<Overlay::Preset>()));
+    Message::View<Timeline::Object> editor;
+    editor.change(shadow)->addClip(title, ClipTiming(shadow->titleTrack(), 0, Clip::DEFAULT_TITLE_CLIP_DURATION));
+    EXPECT_TRUE(shadow->contains(title));
+    EXPECT_FALSE(timeline->contains(title));
+    EXPECT_EQ(owner.changes, 1);
+}
+
+class VideoWatcher : public Media::View<Media::Video>
+{
+public:
+    std::vector<std::string> log;
+
+private:
+    void videoChanged(const Media::Video* previous, const Media::Video* current) override
+    {
+        log.push_back(std::to_string(previous->width) + " -> " + std::to_string(current->width));
+    }
+};
+
+TEST_F(ModelThroughViewsTest, VideoViewReportsTheFormerAndTheNewFrameSize)
+{
+    auto stream = std::make_unique<Media::Video>();
+    stream->width = 1280;
+    const Media::Video* video = host.add(std::move(stream));
+    VideoWatcher watcher;
+    watcher.observe(video);
+    Message::View<Media::Video> videos(video);
+    videos.change(video)->width = 1920;
+    EXPECT_THAT(watcher.log, ElementsAre("1280 -> 1920"));
+}
+
+} // namespace
