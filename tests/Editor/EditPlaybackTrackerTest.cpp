@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -75,73 +74,61 @@ protected:
     std::unique_ptr<EditPlaybackTracker> tracker;
 };
 
-// A move of the model's playback while the clip (1000 to 3000) holds the player.
-struct HoldCase
+// One move of the model's playback while the clip (1000 to 3000) holds the player, each from a
+// paused player at the start of the playback.
+TEST_F(PlayerHoldTest, KeepsTheHoldOnlyWhilePausedInsideTheClip)
 {
-    const char* name;
-    std::function<void(Model::Host&)> move;
-    std::vector<std::string> journal;
-    bool held;
-    bool playing;
-};
+    const std::vector<std::string> kept{"position changed", "edit position changed"};
+    const std::vector<std::string> givenBack{"position changed", "panel gives the player back",
+                                             "player editor lets go"};
+    const struct
+    {
+        const char* name;
+        std::function<void()> move;
+        std::vector<std::string> journal;
+        bool held;
+        bool playing;
+    } rows[] = {
+        {"at end", [this] { host.setPlaybackPosition(3000); }, kept, true, false},
+        {"at start", [this] { host.setPlaybackPosition(1000); }, kept, true, false},
+        {"past end", [this] { host.setPlaybackPosition(3001); }, givenBack, false, false},
+        {"before start", [this] { host.setPlaybackPosition(999); }, givenBack, false, false},
+        {"playing",
+         [this] { host.setPlaybackCode(Playback::State::Playing); },
+         {"state changed", "panel gives the player back", "player editor lets go"},
+         false,
+         true},
+        {"stopped", [this] { host.setPlaybackCode(Playback::State::Stopped); }, {"state changed"}, true, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        host.setPlaybackCode(Playback::State::Paused);
+        host.setPlaybackPosition(0);
+        ASSERT_FALSE(playerClient()->isInUse()); // given back at the move out of the clip
+        takePlayer();
 
-void PrintTo(const HoldCase& row, std::ostream* out) { *out << row.name; }
+        row.move();
 
-class PlayerHoldMoveTest : public PlayerHoldTest, public testing::WithParamInterface<HoldCase>
-{
-};
-
-TEST_P(PlayerHoldMoveTest, KeepsTheHoldOnlyWhilePausedInsideTheClip)
-{
-    takePlayer();
-
-    GetParam().move(host);
-
-    EXPECT_EQ(journal, GetParam().journal);
-    EXPECT_EQ(playerClient()->isInUse(), GetParam().held);
-    EXPECT_EQ(panelClient.isInUse(), GetParam().held);
-    EXPECT_EQ(editorPlayer.isFree(), !GetParam().held);
-    EXPECT_EQ(tracker->playing(), GetParam().playing);
+        EXPECT_EQ(journal, row.journal);
+        EXPECT_EQ(playerClient()->isInUse(), row.held);
+        EXPECT_EQ(panelClient.isInUse(), row.held);
+        EXPECT_EQ(editorPlayer.isFree(), !row.held);
+        EXPECT_EQ(tracker->playing(), row.playing);
+    }
 }
 
-const std::vector<std::string> Kept{"position changed", "edit position changed"};
-const std::vector<std::string> GivenBack{"position changed", "panel gives the player back", "player editor lets go"};
-
-INSTANTIATE_TEST_SUITE_P(
-    Moves, PlayerHoldMoveTest,
-    testing::Values(HoldCase{"at_end", [](Model::Host& h) { h.setPlaybackPosition(3000); }, Kept, true, false},
-                    HoldCase{"at_start", [](Model::Host& h) { h.setPlaybackPosition(1000); }, Kept, true, false},
-                    HoldCase{"past_end", [](Model::Host& h) { h.setPlaybackPosition(3001); }, GivenBack, false, false},
-                    HoldCase{"before_start", [](Model::Host& h) { h.setPlaybackPosition(999); }, GivenBack, false,
-                             false},
-                    HoldCase{"playing",
-                             [](Model::Host& h) { h.setPlaybackCode(Playback::State::Playing); },
-                             {"state changed", "panel gives the player back", "player editor lets go"},
-                             false,
-                             true},
-                    HoldCase{"stopped",
-                             [](Model::Host& h) { h.setPlaybackCode(Playback::State::Stopped); },
-                             {"state changed"},
-                             true,
-                             false}),
-    [](const testing::TestParamInfo<HoldCase>& info) { return std::string(info.param.name); });
-
-TEST_F(PlayerHoldTest, WhileStoppedAMoveOutsideTheClipDoesNothing)
+// Without the hold only the position is reported; while stopped, a move outside the clip does
+// nothing to the hold.
+TEST_F(PlayerHoldTest, OutsideTheClipOnlyAPausedHoldIsGivenBack)
 {
+    host.setPlaybackPosition(ClipEnd + 500);
+    EXPECT_THAT(journal, ElementsAre("position changed"));
+
     host.setPlaybackCode(Playback::State::Stopped);
     takePlayer();
-
-    host.setPlaybackPosition(ClipEnd + 500);
-
+    host.setPlaybackPosition(ClipEnd + 600);
     EXPECT_THAT(journal, IsEmpty());
     EXPECT_TRUE(playerClient()->isInUse());
-}
-
-TEST_F(PlayerHoldTest, WithoutTheHoldOnlyThePositionIsReported)
-{
-    host.setPlaybackPosition(ClipEnd + 500);
-
-    EXPECT_THAT(journal, ElementsAre("position changed"));
 }
 
 TEST_F(PlayerHoldTest, APutOffCheckRunsAtTheNextLoadOnce)
@@ -177,20 +164,18 @@ TEST_F(PlayerHoldTest, ANullClipSkipsTheRangeTest)
     EXPECT_TRUE(playerClient()->isInUse());
 }
 
-TEST_F(PlayerHoldTest, TheAvailabilityFlagClearingIsAnnounced)
+// Only the availability flag clearing is announced (once); seeking changes the playback object
+// as a seek.
+TEST_F(PlayerHoldTest, AvailabilityClearingAndSeeksAreAnnounced)
 {
     host.setPlaybackUnavailable(true);
     EXPECT_THAT(journal, IsEmpty());
-
     host.setPlaybackUnavailable(false);
     host.setPlaybackUnavailable(false);
     EXPECT_THAT(journal, ElementsAre("available"));
-}
 
-TEST_F(PlayerHoldTest, SeekingChangesThePlaybackObjectAsASeek)
-{
+    journal.clear();
     tracker->seekTo(ClipStart + 25);
-
     ASSERT_NE(host.playback()->state(), nullptr);
     EXPECT_EQ(host.playback()->state()->position, ClipStart + 25);
     EXPECT_TRUE(host.playback()->state()->seek);
@@ -318,7 +303,9 @@ TEST_F(EditPlaybackTrackerEdgeTest, AnEmptyClipFunctionThrowsWhenTheCheckRuns)
     EXPECT_THROW(host.setPlaybackPosition(ClipStart + 2), std::bad_function_call);
 }
 
-TEST_F(EditPlaybackTrackerEdgeTest, NullClientAndEditorAreTolerated)
+// Without a client or an editor the tracker still follows the playback (and says what is
+// missing), and it forgets a playback object that goes away.
+TEST_F(EditPlaybackTrackerEdgeTest, NullClientAndEditorAreToleratedAndAPlaybackThatGoesAwayIsForgotten)
 {
     TestSupport::LogCapture log;
     EditPlaybackTracker tracker(
@@ -329,22 +316,14 @@ TEST_F(EditPlaybackTrackerEdgeTest, NullClientAndEditorAreTolerated)
 
     host.setPlaybackCode(Playback::State::Playing);
     host.setPlaybackPosition(ClipStart);
-
     EXPECT_EQ(state.count(), 1);
     EXPECT_TRUE(log.containsError("EditPlaybackTracker"));
-}
 
-TEST_F(EditPlaybackTrackerEdgeTest, APlaybackObjectThatGoesAwayIsForgotten)
-{
-    EditPlaybackTracker tracker(
-        nullptr, nullptr, nullptr, [] { return nullptr; }, nullptr);
     auto playback = std::make_unique<Playback::Object>();
     playback->setState(Playback::State{});
     const Playback::Object* record = host.add(std::move(playback));
     tracker.setPlayback(record);
-
     host.remove(record);
-
     EXPECT_EQ(tracker.playback(), nullptr);
     EXPECT_EQ(tracker.currentPosition(), 0);
 }

@@ -8,7 +8,6 @@
 #include <memory>
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
@@ -44,17 +43,14 @@ protected:
     std::unique_ptr<NotingEditor> previewPart;
 };
 
-TEST_F(EditSessionTest, BeginningASessionChangesTheStateThenLoadsTheTreeTopDown)
+// Beginning a session changes the state, then loads the tree top down; applying or resetting
+// runs the tree before the session ends.
+TEST_F(EditSessionTest, SessionStepsRunTheTreeTopDownAroundTheStateChange)
 {
     ASSERT_TRUE(host.beginSession(timeline, clip));
-
     EXPECT_THAT(journal, ElementsAre("state idle -> active", "settings loads, editing a clip",
                                      "preview loads, editing a clip", "preview part loads, editing a clip"));
-}
 
-TEST_F(EditSessionTest, ApplyingOrResettingRunsTheTreeBeforeTheSessionEnds)
-{
-    host.beginSession(timeline, clip);
     journal.clear();
     host.applySession();
     EXPECT_THAT(journal,
@@ -62,43 +58,31 @@ TEST_F(EditSessionTest, ApplyingOrResettingRunsTheTreeBeforeTheSessionEnds)
 
     host.beginSession(timeline, clip);
     journal.clear();
-
     host.resetSession();
-
     EXPECT_THAT(journal,
                 ElementsAre("settings resets", "preview resets", "preview part resets", "state active -> idle"));
 }
 
-TEST_F(EditSessionTest, AnEditPositionIsAStateChange)
+// Within a session: an edit position is a state change (once), the acceptor decides about clips
+// of the edited timeline and the filter narrows the clips in place.
+TEST_F(EditSessionTest, PositionAcceptorAndFilterOfASession)
 {
     host.beginSession(timeline, clip);
     journal.clear();
 
     host.setEditPosition(ClipStart + 10);
     host.setEditPosition(ClipStart + 10);
-
     EXPECT_THAT(journal, ElementsAre("state active -> active"));
-}
 
-TEST_F(EditSessionTest, TheAcceptorDecidesAboutClipsOfTheEditedTimeline)
-{
-    host.beginSession(timeline, clip);
     journal.clear();
-
     EXPECT_TRUE(host.canAcceptClips({clip}));
     EXPECT_FALSE(host.canAcceptClips({}));
     EXPECT_THAT(journal, ElementsAre("acceptor asked about 1 clips of the edited timeline",
                                      "acceptor asked about 0 clips of the edited timeline"));
-}
 
-TEST_F(EditSessionTest, TheFilterNarrowsTheClipsInPlace)
-{
-    host.beginSession(timeline, clip);
     const Timeline::Clip* other = host.addClip(Timeline::Clip(Timeline::Clip::Audio));
     std::set<const Timeline::Clip*> clips{clip, other};
-
     host.filterClips(clips);
-
     EXPECT_THAT(clips, ElementsAre(other));
 }
 

@@ -58,9 +58,16 @@ protected:
     std::unique_ptr<PlayerEditor> editorPtr;
 };
 
+// Session steps pass through without touching the player; taking the player from the panel
+// ends the editor's use first.
 TEST_F(PlayerEditorTest, TakingThePlayerFromThePanelEndsTheEditorsUseFirst)
 {
     startSession();
+    emit root.load();
+    emit root.apply();
+    emit root.reset();
+    EXPECT_THAT(journal, IsEmpty());
+    EXPECT_TRUE(editorPtr->playerClient()->isInUse());
 
     timelineClient.acquire();
 
@@ -91,16 +98,6 @@ TEST_F(PlayerEditorTest, GivingThePlayerBackFinalizesThePanelToo)
     // listeners connected after the editor was built hear the editor's own release.
     EXPECT_THAT(journal, ElementsAre("panel released", "player editor released"));
     EXPECT_TRUE(player.isFree());
-}
-
-TEST_F(PlayerEditorTest, SessionStepsPassThroughWithoutTouchingThePlayer)
-{
-    startSession();
-    emit root.load();
-    emit root.apply();
-    emit root.reset();
-    EXPECT_THAT(journal, IsEmpty());
-    EXPECT_TRUE(editorPtr->playerClient()->isInUse());
 }
 
 TEST_F(PlayerEditorTest, AnEditorThatDiesHoldingThePlayerGivesItBack)

@@ -12,7 +12,6 @@
 #include <gmock/gmock.h>
 
 #include <memory>
-#include <ostream>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -65,18 +64,16 @@ protected:
     std::unique_ptr<SceneEditor> editor;
 };
 
-TEST_F(SceneEditorTest, LoadingSizesTheSceneBeforePassingTheStepOn)
-{
-    host.beginSession(timeline, clip);
-
-    EXPECT_THAT(journal, ElementsAre("size asked for the clip", "scene 1280x720", "scene editor loaded"));
-    EXPECT_EQ(helper.scene()->sceneRect(), QRectF(0, 0, 1280, 720));
-}
-
-TEST_F(SceneEditorTest, ResizingRedrawsTheBackgroundOncePerTurnOfTheLoop)
+// Loading sizes the scene before passing the step on; resizing redraws the background once per
+// turn of the loop.
+TEST_F(SceneEditorTest, LoadingSizesTheSceneAndResizingRedrawsOncePerTurnOfTheLoop)
 {
     editor->enableBackgroundPreview(true);
-    editTheClip();
+    host.beginSession(timeline, clip);
+    EXPECT_THAT(journal, ElementsAre("size asked for the clip", "scene 1280x720", "scene editor loaded"));
+    EXPECT_EQ(helper.scene()->sceneRect(), QRectF(0, 0, 1280, 720));
+    runEventLoopTurn();
+    journal.clear();
 
     helper.scene()->setSceneRect(0, 0, 640, 360);
     helper.scene()->setSceneRect(0, 0, 320, 180);
@@ -91,7 +88,8 @@ TEST_F(SceneEditorTest, ResizingRedrawsTheBackgroundOncePerTurnOfTheLoop)
     EXPECT_THAT(journal, IsEmpty());
 }
 
-TEST_F(SceneEditorTest, ABlockedEditorAsksForNoRedraw)
+// A blocked editor asks for no redraw; unblocked, it takes the frame at the edit position.
+TEST_F(SceneEditorTest, ABlockedEditorAsksForNoRedrawAndTheFrameIsTakenAtTheEditPosition)
 {
     editor->enableBackgroundPreview(true);
     editTheClip();
@@ -105,17 +103,11 @@ TEST_F(SceneEditorTest, ABlockedEditorAsksForNoRedraw)
     editor->scheduleBackground();
     runEventLoopTurn();
     EXPECT_THAT(journal, ElementsAre("frame 0 of the clip", "background 1280x720"));
-}
 
-TEST_F(SceneEditorTest, TheFrameIsTakenAtTheEditPosition)
-{
-    editor->enableBackgroundPreview(true);
-    editTheClip();
-
+    journal.clear();
     host.setEditPosition(ClipStart + 250);
     editor->scheduleBackground();
     runEventLoopTurn();
-
     EXPECT_THAT(journal, ElementsAre("frame 250 of the clip", "background 1280x720"));
     EXPECT_EQ(helper.sceneBackground().size(), QSize(1280, 720));
 }
@@ -154,25 +146,19 @@ TEST_F(SceneEditorTest, ABackgroundClearedBySomebodyElseIsDrawnAgain)
     EXPECT_THAT(journal, ElementsAre("background 0x0", "frame 0 of the clip", "background 1280x720"));
 }
 
-TEST_F(SceneEditorTest, ResettingPassesTheStepOnThenLetsTheSceneGo)
+// Resetting passes the step on, then lets the scene go; so does a load with nothing to edit.
+TEST_F(SceneEditorTest, ResettingOrALoadWithNothingToEditLetsTheSceneGo)
 {
     editTheClip();
     ASSERT_TRUE(editor->sceneClient()->acquire());
-
     host.resetSession();
-
     EXPECT_THAT(journal, ElementsAre("scene editor reset", "scene let go"));
-}
 
-TEST_F(SceneEditorTest, ALoadWithNothingToEditLetsTheSceneGo)
-{
     editTheClip();
     ASSERT_TRUE(editor->sceneClient()->acquire());
     host.applySession();
     journal.clear();
-
     host.loadSession();
-
     // The session is over (inactive) though it still names its clip.
     EXPECT_THAT(journal, ElementsAre("size asked for the clip", "scene let go", "scene editor loaded"));
 }
@@ -270,40 +256,31 @@ TEST_F(SceneEditorTest, AnEditorDestroyedWithARedrawPendingDrawsNothing)
     EXPECT_THAT(journal, IsEmpty());
 }
 
+class ClipEditTimeTest : public SessionFixture
+{
+};
+
 // clipEditTime for a clip from 1000 to 3000, by the recorded edit position.
-struct EditTimeCase
+TEST_F(ClipEditTimeTest, StaysWithinTheClip)
 {
-    const char* name;
-    std::optional<Types::Time> position;
-    Types::Time expected;
-};
-
-// Rows are named by meaning in the test names and in failure messages.
-void PrintTo(const EditTimeCase& row, std::ostream* out) { *out << row.name; }
-
-class ClipEditTimeTest : public SessionFixture, public testing::WithParamInterface<EditTimeCase>
-{
-};
-
-TEST_P(ClipEditTimeTest, StaysWithinTheClip)
-{
+    const struct
+    {
+        const char* name;
+        std::optional<Types::Time> position;
+        Types::Time expected;
+    } rows[] = {
+        {"no position", std::nullopt, 0}, {"at start", 1000, 0},  {"inside", 1500, 500},
+        {"before start", 10, 0},          {"at end", 3000, 1999}, {"past end", 99999, 1999},
+    };
     host.beginSession(timeline, clip);
-    host.setEditPosition(GetParam().position);
-    EXPECT_EQ(SceneEditor::clipEditTime(clip), GetParam().expected);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        host.setEditPosition(row.position);
+        EXPECT_EQ(SceneEditor::clipEditTime(clip), row.expected);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(Positions, ClipEditTimeTest,
-                         testing::Values(EditTimeCase{"no_position", std::nullopt, 0},
-                                         EditTimeCase{"at_start", 1000, 0}, EditTimeCase{"inside", 1500, 500},
-                                         EditTimeCase{"before_start", 10, 0}, EditTimeCase{"at_end", 3000, 1999},
-                                         EditTimeCase{"past_end", 99999, 1999}),
-                         [](const testing::TestParamInfo<EditTimeCase>& info) { return std::string(info.param.name); });
-
-class ClipEditTimeEdgeTest : public SessionFixture
-{
-};
-
-TEST_F(ClipEditTimeEdgeTest, AClipOfZeroLengthOrNoneGivesZeroAndAnotherClipsPositionIsNotUsed)
+TEST_F(ClipEditTimeTest, AClipOfZeroLengthOrNoneGivesZeroAndAnotherClipsPositionIsNotUsed)
 {
     const Timeline::Clip* empty = host.addClip(Timeline::Clip(Timeline::Clip::Video));
     host.edit(timeline)->addClip(empty, Timeline::ClipTiming(timeline->primaryTrack(), 5000, 0));

@@ -57,6 +57,7 @@ TEST_F(RealThumbnailTest, framesAtDifferentTimesShowWhatTheVideoShowsThen)
     const Types::Time blueTime = 3 * second / 2;
     requester.request(QList<qint64>{redTime, blueTime});
     ASSERT_TRUE(spinUntil([&] { return ready.count() == 2; }, 60000));
+    EXPECT_EQ(ready.at(0).at(0).value<Types::Time>(), redTime) << "each frame arrives with its time";
 
     const QMap<qint64, QPixmap> frames = requester.previews();
     ASSERT_EQ(frames.keys(), (QList<qint64>{redTime, blueTime}));

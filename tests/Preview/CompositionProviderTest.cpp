@@ -28,27 +28,23 @@ protected:
     const Composition::Object* second = reinterpret_cast<const Composition::Object*>(&provider);
 };
 
-TEST_F(CompositionProviderTest, SettingACompositionActivatesEveryTimeEvenTheSameOne)
+// Setting a composition activates every time, even the same one; clearing deactivates even when
+// nothing was set; announcing keeps the composition.
+TEST_F(CompositionProviderTest, SettingActivatesEveryTimeClearingDeactivatesAndAnnouncingKeepsTheComposition)
 {
+    provider.setComposition(nullptr);
     provider.setComposition(first);
     provider.setComposition(first);
     provider.setComposition(second);
-
-    EXPECT_THAT(journal, ElementsAre("activated", "activated", "activated"));
+    EXPECT_THAT(journal, ElementsAre("deactivated", "activated", "activated", "activated"));
     EXPECT_EQ(provider.composition(), second);
-}
 
-TEST_F(CompositionProviderTest, ClearingDeactivatesEvenWhenNothingWasSetAndAnnouncingKeepsTheComposition)
-{
-    provider.setComposition(nullptr);
-    EXPECT_THAT(journal, ElementsAre("deactivated"));
-
-    provider.setComposition(first);
+    journal.clear();
     provider.deactivate();
     provider.activate();
-    EXPECT_EQ(provider.composition(), first);
+    EXPECT_EQ(provider.composition(), second);
     provider.setComposition(nullptr);
-    EXPECT_THAT(journal, ElementsAre("deactivated", "activated", "deactivated", "activated", "deactivated"));
+    EXPECT_THAT(journal, ElementsAre("deactivated", "activated", "deactivated"));
     EXPECT_EQ(provider.composition(), nullptr);
 }
 

@@ -107,7 +107,9 @@ protected:
     Log log;
 };
 
-TEST_F(MessageViewTest, AddedRecordIsOwnedAnnouncedAndBecomesTheViewsObject)
+// An added record is owned, announced and becomes the view's object; a change of it calls the
+// hooks in order, then is announced.
+TEST_F(MessageViewTest, AddedRecordIsOwnedAnnouncedAndChangedInPlace)
 {
     RecordingView owner("owner", log);
     EXPECT_EQ(owner.object(), nullptr);
@@ -124,22 +126,15 @@ TEST_F(MessageViewTest, AddedRecordIsOwnedAnnouncedAndBecomesTheViewsObject)
     EXPECT_THAT(owner.objects(), ElementsAre(preview));
     EXPECT_EQ(owner.enumerateAll().count(preview), 1u);
     EXPECT_THAT(log, ElementsAre("owner: added 100x450"));
-}
 
-TEST_F(MessageViewTest, OwnedChangeCallsTheHooksInOrderThenAnnouncesTheChange)
-{
-    RecordingView owner("owner", log);
-    makeOwned(owner);
-    const EffectPreview* preview = owner.object();
     BusLog bus(log);
     bus.subscribe(preview);
     log.clear();
-
     owner.change(preview)->width = 640;
     EXPECT_EQ(preview->width, 640);
-    EXPECT_EQ(preview->height, 50); // fields not written keep their value
-    EXPECT_THAT(log, ElementsAre("owner: changed3 100x50 -> 640x50", "owner: changed2 100x50 -> 640x50",
-                                 "owner: changed1 640x50", "bus: Changed 100x50 -> 640x50"));
+    EXPECT_EQ(preview->height, 450); // fields not written keep their value
+    EXPECT_THAT(log, ElementsAre("owner: changed3 100x450 -> 640x450", "owner: changed2 100x450 -> 640x450",
+                                 "owner: changed1 640x450", "bus: Changed 100x450 -> 640x450"));
 }
 
 TEST_F(MessageViewTest, CommittedChangeResetsTheWorkingCopyToADefaultRecord)
@@ -175,7 +170,9 @@ TEST_F(MessageViewTest, CommittedChangeResetsTheWorkingCopyToADefaultRecord)
     EXPECT_EQ(requested.composition, nullptr);
 }
 
-TEST_F(MessageViewTest, ChangeOfAnObservedRecordGoesToTheOwnerAndReturnsAsItsAnnouncement)
+// A change or a removal of an observed record is asked of its owner and reaches the observer
+// as the owner's announcement.
+TEST_F(MessageViewTest, ChangeAndRemovalOfAnObservedRecordGoToTheOwner)
 {
     RecordingView owner("owner", log);
     makeOwned(owner);
@@ -184,6 +181,8 @@ TEST_F(MessageViewTest, ChangeOfAnObservedRecordGoesToTheOwnerAndReturnsAsItsAnn
     EXPECT_EQ(observer.object(), preview);
     EXPECT_TRUE(observer.isObserved(preview));
     EXPECT_EQ(observer.ownerPointer(preview), nullptr);
+    BusLog bus(log);
+    bus.subscribe(preview);
     log.clear();
 
     {
@@ -195,7 +194,15 @@ TEST_F(MessageViewTest, ChangeOfAnObservedRecordGoesToTheOwnerAndReturnsAsItsAnn
     EXPECT_THAT(log, ElementsAre("owner: changeRequested 100x50 to 300x50", "owner: changed3 100x50 -> 300x50",
                                  "owner: changed2 100x50 -> 300x50", "owner: changed1 300x50",
                                  "observer: changed3 100x50 -> 300x50", "observer: changed2 100x50 -> 300x50",
-                                 "observer: changed1 300x50"));
+                                 "observer: changed1 300x50", "bus: Changed 100x50 -> 300x50"));
+
+    log.clear();
+    EXPECT_TRUE(observer.remove(preview));
+    EXPECT_THAT(log, ElementsAre("owner: removeRequested 300x50", "owner: removed 300x50", "observer: removed 300x50",
+                                 "bus: Removed 300x50"));
+    EXPECT_EQ(owner.object(), nullptr);
+    EXPECT_THAT(owner.objects(), IsEmpty());
+    EXPECT_THAT(observer.objects(), IsEmpty());
 }
 
 TEST_F(MessageViewTest, ChangeReachingNoOwnerChangesNothingAndIsReported)
@@ -221,24 +228,6 @@ TEST_F(MessageViewTest, ChangeReachingNoOwnerChangesNothingAndIsReported)
     }
     EXPECT_EQ(capture.errors().size(), errorsBefore + 1);
     EXPECT_TRUE(late.objects().empty());
-}
-
-TEST_F(MessageViewTest, RemovalOfAnObservedRecordIsAskedOfItsOwner)
-{
-    RecordingView owner("owner", log);
-    makeOwned(owner);
-    const EffectPreview* preview = owner.object();
-    RecordingView observer("observer", log, preview);
-    BusLog bus(log);
-    bus.subscribe(preview);
-    log.clear();
-
-    EXPECT_TRUE(observer.remove(preview));
-    EXPECT_THAT(log, ElementsAre("owner: removeRequested 100x50", "owner: removed 100x50", "observer: removed 100x50",
-                                 "bus: Removed 100x50"));
-    EXPECT_EQ(owner.object(), nullptr);
-    EXPECT_THAT(owner.objects(), IsEmpty());
-    EXPECT_THAT(observer.objects(), IsEmpty());
 }
 
 TEST_F(MessageViewTest, AddRequestsAreServedOnlyWhileProcessed)
@@ -278,7 +267,9 @@ TEST_F(MessageViewTest, ObserveNewAndObserveAllFollowRecordsOfOtherOwners)
                          "all: changed3 100x50 -> 100x7", "all: changed2 100x50 -> 100x7", "all: changed1 100x7"));
 }
 
-TEST_F(MessageViewTest, ForgottenRecordIsNoLongerFollowed)
+// A forgotten record is no longer followed, and a view destroyed during a delivery is not
+// called.
+TEST_F(MessageViewTest, ForgottenOrDestroyedViewsAreNoLongerCalled)
 {
     RecordingView owner("owner", log);
     makeOwned(owner);
@@ -296,22 +287,15 @@ TEST_F(MessageViewTest, ForgottenRecordIsNoLongerFollowed)
     EXPECT_FALSE(owner.forget(preview));
     EXPECT_TRUE(capture.containsError("owned by this view"));
     EXPECT_TRUE(owner.isOwned(preview));
-}
 
-TEST_F(MessageViewTest, ViewDestroyedDuringADeliveryIsNotCalled)
-{
-    RecordingView owner("owner", log);
-    makeOwned(owner);
-    const EffectPreview* preview = owner.object();
     RecordingView killer("killer", log, preview);
     auto doomed = std::make_unique<RecordingView>("doomed", log, preview);
     killer.onChanged = [&] { doomed.reset(); };
     log.clear();
-
     owner.change(preview)->width = 1;
-    EXPECT_THAT(log, ElementsAre("owner: changed3 100x50 -> 1x50", "owner: changed2 100x50 -> 1x50",
-                                 "owner: changed1 1x50", "killer: changed3 100x50 -> 1x50",
-                                 "killer: changed2 100x50 -> 1x50", "killer: changed1 1x50"));
+    EXPECT_THAT(log,
+                ElementsAre("owner: changed3 3x50 -> 1x50", "owner: changed2 3x50 -> 1x50", "owner: changed1 1x50",
+                            "killer: changed3 3x50 -> 1x50", "killer: changed2 3x50 -> 1x50", "killer: changed1 1x50"));
 }
 
 TEST_F(MessageViewTest, DestroyedOwnerAnnouncesItsRecordsRemoved)

@@ -17,7 +17,6 @@
 
 #include <functional>
 #include <memory>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -36,22 +35,10 @@ public:
     ~StockPictures() { Settings::setPreviewImageFolder(QString()); }
 };
 
-// What each provider builds its preview around.
-struct ProviderCase
-{
-    const char* name;
-    std::function<std::unique_ptr<CompositionProvider>()> make;
-    std::function<QStringList()> stockImages;
-    Types::Time duration;
-};
-
-// Rows are named by meaning in the test names and in failure messages.
-void PrintTo(const ProviderCase& row, std::ostream* out) { *out << row.name; }
-
 template <class Provider>
-std::function<std::unique_ptr<CompositionProvider>()> maker()
+std::unique_ptr<CompositionProvider> make()
 {
-    return [] { return std::make_unique<Provider>(nullptr); };
+    return std::make_unique<Provider>(nullptr);
 }
 
 // The stock media of a provider's preview record, read through its own view.
@@ -83,58 +70,43 @@ QStringList stockOfAny(const CompositionProvider& provider, Types::Time* duratio
     return stockOf<Animation::TransformationItem>(provider, duration);
 }
 
-class ProviderStockTest : public testing::TestWithParam<ProviderCase>
+// Each provider builds its preview around the stock pictures of the settings.
+TEST(ProviderStockTest, BuildsItsPreviewAroundTheStockPicturesOfTheSettings)
 {
-protected:
     StockPictures stock;
-};
-
-TEST_P(ProviderStockTest, BuildsItsPreviewAroundTheStockPicturesOfTheSettings)
-{
-    const std::unique_ptr<CompositionProvider> provider = GetParam().make();
-    Types::Time duration = -1;
-
-    const QStringList paths = stockOfAny(*provider, &duration);
-
-    EXPECT_EQ(paths, GetParam().stockImages());
-    EXPECT_EQ(duration, GetParam().duration);
-    for (const QString& path : paths) {
-        EXPECT_TRUE(path.startsWith(StockFolder)) << path.toStdString();
-        EXPECT_FALSE(QImageReader(path).read().isNull()) << "stock picture missing: " << path.toStdString();
+    using Timeline::Clip;
+    const QString transitionA = Settings::transitionPreviewImageAPath();
+    const QString background = Settings::animationBackgroundPreviewImagePath();
+    const Types::Time calloutLength = Clip::DEFAULT_CALLOUT_CLIP_DURATION;
+    const struct
+    {
+        const char* name;
+        std::unique_ptr<CompositionProvider> (*make)();
+        QStringList stockImages;
+        Types::Time duration;
+    } rows[] = {
+        {"effect", make<EffectPreviewProvider>, {Settings::effectPreviewImagePath()}, 0},
+        {"colour filter", make<ColorFilterPreviewProvider>, {Settings::effectPreviewImagePath()}, 0},
+        {"transition", make<TransitionPreviewProvider>, {transitionA, Settings::transitionPreviewImageBPath()}, 0},
+        {"title", make<TitlePreviewProvider>, {Settings::titlePreviewImagePath()}, Clip::DEFAULT_TITLE_CLIP_DURATION},
+        {"callout", make<CalloutPreviewProvider>, {Settings::calloutPreviewImagePath()}, calloutLength},
+        {"quiz", make<QuizPreviewProvider>, {Settings::quizPreviewImagePath()}, Clip::DEFAULT_QUIZ_CLIP_DURATION},
+        {"pan zoom", make<PanZoomPreviewProvider>, {Settings::panZoomPreviewImagePath()}, 0},
+        {"animation", make<AnimationPreviewProvider>, {background, Settings::animationIconPreviewImagePath()}, 0},
+        {"import", make<ImportPreviewProvider>, {}, 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        Types::Time duration = -1;
+        const QStringList paths = stockOfAny(*row.make(), &duration);
+        EXPECT_EQ(paths, row.stockImages);
+        EXPECT_EQ(duration, row.duration);
+        for (const QString& path : paths) {
+            EXPECT_TRUE(path.startsWith(StockFolder)) << path.toStdString();
+            EXPECT_FALSE(QImageReader(path).read().isNull()) << "stock picture missing: " << path.toStdString();
+        }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Providers, ProviderStockTest,
-    testing::Values(
-        ProviderCase{"effect", maker<EffectPreviewProvider>(),
-                     [] { return QStringList{Settings::effectPreviewImagePath()}; }, 0},
-        ProviderCase{"colour_filter", maker<ColorFilterPreviewProvider>(),
-                     [] { return QStringList{Settings::effectPreviewImagePath()}; }, 0},
-        ProviderCase{
-            "transition", maker<TransitionPreviewProvider>(),
-            [] {
-                return QStringList{Settings::transitionPreviewImageAPath(), Settings::transitionPreviewImageBPath()};
-            },
-            0},
-        ProviderCase{"title", maker<TitlePreviewProvider>(),
-                     [] { return QStringList{Settings::titlePreviewImagePath()}; },
-                     Timeline::Clip::DEFAULT_TITLE_CLIP_DURATION},
-        ProviderCase{"callout", maker<CalloutPreviewProvider>(),
-                     [] { return QStringList{Settings::calloutPreviewImagePath()}; },
-                     Timeline::Clip::DEFAULT_CALLOUT_CLIP_DURATION},
-        ProviderCase{"quiz", maker<QuizPreviewProvider>(), [] { return QStringList{Settings::quizPreviewImagePath()}; },
-                     Timeline::Clip::DEFAULT_QUIZ_CLIP_DURATION},
-        ProviderCase{"pan_zoom", maker<PanZoomPreviewProvider>(),
-                     [] { return QStringList{Settings::panZoomPreviewImagePath()}; }, 0},
-        ProviderCase{"animation", maker<AnimationPreviewProvider>(),
-                     [] {
-                         return QStringList{Settings::animationBackgroundPreviewImagePath(),
-                                            Settings::animationIconPreviewImagePath()};
-                     },
-                     0},
-        ProviderCase{"import", maker<ImportPreviewProvider>(), [] { return QStringList(); }, 0}),
-    [](const testing::TestParamInfo<ProviderCase>& info) { return std::string(info.param.name); });
 
 // Stands for the preview player: it follows a provider's record and tells what it sees.
 template <class X>
@@ -194,7 +166,9 @@ protected:
     Composition::Object composition;
 };
 
-TEST_F(EffectPreviewTest, ANewPreviewHasTheDefaultSizeAndNothingToShow)
+// A new preview has the default size and nothing to show; then each step of its life, in order:
+// what the player and the provider's signals see.
+TEST_F(EffectPreviewTest, RunsOnlyWhileThePlayerDrawsAndRestartsOnEachTarget)
 {
     ASSERT_NE(provider.preview(), nullptr);
     EXPECT_TRUE(provider.previewIsOwned(provider.preview()));
@@ -202,11 +176,7 @@ TEST_F(EffectPreviewTest, ANewPreviewHasTheDefaultSizeAndNothingToShow)
     EXPECT_EQ(provider.preview()->height, 450);
     EXPECT_EQ(provider.preview()->target, nullptr);
     EXPECT_EQ(provider.composition(), nullptr);
-}
 
-// Each step of a preview's life, in order: what the player and the provider's signals see.
-TEST_F(EffectPreviewTest, RunsOnlyWhileThePlayerDrawsAndRestartsOnEachTarget)
-{
     const auto step = [this](const char* what, const std::function<void()>& act) {
         SCOPED_TRACE(what);
         journal.clear();

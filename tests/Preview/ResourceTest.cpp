@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <ostream>
 #include <string>
 #include <tuple>
 
@@ -12,44 +11,33 @@ namespace {
 
 using Id = std::tuple<std::string, Resource::Type>;
 
-struct EncodeCase
+// The key of a stream, by what each row shows.
+TEST(ResourceEncodeTest, BuildsTheKeyOfTheStream)
 {
-    const char* name;
-    const char* path;
-    Resource::Type type;
-    int index;
-    Id expected;
-};
-
-// Rows are named by meaning in the test names and in failure messages.
-void PrintTo(const EncodeCase& row, std::ostream* out) { *out << row.name; }
-
-class ResourceEncodeTest : public testing::TestWithParam<EncodeCase>
-{
-};
-
-TEST_P(ResourceEncodeTest, BuildsTheKeyOfTheStream)
-{
-    const EncodeCase& c = GetParam();
-    EXPECT_EQ(Resource::encode(QString::fromUtf8(c.path), c.type, c.index), c.expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Keys, ResourceEncodeTest,
-    testing::Values(
-        EncodeCase{"video", "/media/clip.mp4", Resource::Video, 0, Id("/media/clip.mp4:v:0", Resource::Video)},
-        EncodeCase{"audio", "/media/clip.mp4", Resource::Audio, 0, Id("/media/clip.mp4:a:0", Resource::Audio)},
-        EncodeCase{"index_in_decimal", "/media/clip.mp4", Resource::Audio, 12,
-                   Id("/media/clip.mp4:a:12", Resource::Audio)},
-        EncodeCase{"path_cleaned", "  /media//old/../clip.mp4 ", Resource::Video, 3,
-                   Id("/media/clip.mp4:v:3", Resource::Video)},
-        EncodeCase{"utf8_path", "/média/été.mov", Resource::Video, 0, Id("/média/été.mov:v:0", Resource::Video)},
+    const struct
+    {
+        const char* name;
+        const char* path;
+        Resource::Type type;
+        int index;
+        Id expected;
+    } rows[] = {
+        {"video", "/media/clip.mp4", Resource::Video, 0, Id("/media/clip.mp4:v:0", Resource::Video)},
+        {"audio", "/media/clip.mp4", Resource::Audio, 0, Id("/media/clip.mp4:a:0", Resource::Audio)},
+        {"index in decimal", "/media/clip.mp4", Resource::Audio, 12, Id("/media/clip.mp4:a:12", Resource::Audio)},
+        {"path cleaned", "  /media//old/../clip.mp4 ", Resource::Video, 3, Id("/media/clip.mp4:v:3", Resource::Video)},
+        {"utf8 path", "/média/été.mov", Resource::Video, 0, Id("/média/été.mov:v:0", Resource::Video)},
         // File names holding "%" come out as they are, whatever follows the sign.
-        EncodeCase{"percent_before_digit", "/v/a%2b.mp4", Resource::Video, 3, Id("/v/a%2b.mp4:v:3", Resource::Video)},
-        EncodeCase{"percent_one", "/v/50%1off.mp4", Resource::Audio, 2, Id("/v/50%1off.mp4:a:2", Resource::Audio)},
-        EncodeCase{"percent_signs", "/v/%%3%.mp4", Resource::Video, 1, Id("/v/%%3%.mp4:v:1", Resource::Video)},
-        EncodeCase{"unknown_type", "/media/clip.mp4", Resource::Unknown, 1, Id("", Resource::Unknown)}),
-    [](const testing::TestParamInfo<EncodeCase>& info) { return std::string(info.param.name); });
+        {"percent before digit", "/v/a%2b.mp4", Resource::Video, 3, Id("/v/a%2b.mp4:v:3", Resource::Video)},
+        {"percent one", "/v/50%1off.mp4", Resource::Audio, 2, Id("/v/50%1off.mp4:a:2", Resource::Audio)},
+        {"percent signs", "/v/%%3%.mp4", Resource::Video, 1, Id("/v/%%3%.mp4:v:1", Resource::Video)},
+        {"unknown type", "/media/clip.mp4", Resource::Unknown, 1, Id("", Resource::Unknown)},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(Resource::encode(QString::fromUtf8(row.path), row.type, row.index), row.expected);
+    }
+}
 
 // A file with a video stream 0 and an audio stream 1, in a model.
 class ResourceOfModelTest : public testing::Test
@@ -74,7 +62,9 @@ protected:
     Media::Metadata metadata;
 };
 
-TEST_F(ResourceOfModelTest, StreamsAndTracksOfAFile)
+// The key of a file's stream, of its track and of the stream a clip shows; a clip of another
+// kind takes the kind of its stream once the file knows its streams.
+TEST_F(ResourceOfModelTest, StreamsTracksAndClipsOfAFile)
 {
     EXPECT_EQ(Resource::encode(file, &video), Id("/media/holiday.mp4:v:0", Resource::Video));
     EXPECT_EQ(Resource::encode(file, &audio), Id("/media/holiday.mp4:a:1", Resource::Audio));
@@ -83,29 +73,21 @@ TEST_F(ResourceOfModelTest, StreamsAndTracksOfAFile)
     const Media::File::Track::Audio audioTrack{file, &audio};
     EXPECT_EQ(Resource::encode(&videoTrack), Id("/media/holiday.mp4:v:0", Resource::Video));
     EXPECT_EQ(Resource::encode(&audioTrack), Id("/media/holiday.mp4:a:1", Resource::Audio));
-}
 
-TEST_F(ResourceOfModelTest, TheStreamAClipShows)
-{
     const Timeline::Clip videoClip(Timeline::Clip::Video, file, 0);
     const Timeline::Clip audioClip(Timeline::Clip::Audio, file, 1);
     const Timeline::Clip picture(Timeline::Clip::Image, file, 0);
     const Timeline::Clip title(Timeline::Clip::Title);
-
     EXPECT_EQ(Resource::encode(&videoClip), Id("/media/holiday.mp4:v:0", Resource::Video));
     EXPECT_EQ(Resource::encode(&audioClip), Id("/media/holiday.mp4:a:1", Resource::Audio));
     EXPECT_EQ(Resource::encode(&picture), Id("/media/holiday.mp4:v:0", Resource::Video));
     EXPECT_EQ(std::get<0>(Resource::encode(&title)), "");
-}
 
-TEST_F(ResourceOfModelTest, AClipOfAnotherKindTakesTheKindOfItsStream)
-{
     std::vector<const Media::Video*> videos{host.add(std::make_unique<Media::Video>(video))};
     std::vector<const Media::Audio*> audios{host.add(std::make_unique<Media::Audio>(audio))};
     host.edit(file)->setStreams(videos, audios);
     const Timeline::Clip onAudioStream(Timeline::Clip::Unknown, file, 1);
     const Timeline::Clip onVideoStream(Timeline::Clip::Unknown, file, 0);
-
     EXPECT_EQ(Resource::encode(&onAudioStream), Id("/media/holiday.mp4:a:1", Resource::Audio));
     EXPECT_EQ(Resource::encode(&onVideoStream), Id("/media/holiday.mp4:v:0", Resource::Video));
 }
