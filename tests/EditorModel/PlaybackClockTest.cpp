@@ -4,7 +4,12 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 
+#include <TestSupport.h>
+
 #include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -66,6 +71,39 @@ TEST_F(PlaybackClockTest, ItsTicksPlayThePlayerToTheEnd)
 
     EXPECT_EQ(state().code, Playback::State::Stopped);
     EXPECT_EQ(state().position, End);
+}
+
+// A view hears starts, stops and moves in that order; a seek published on the bus and a view's
+// edit both move the player; a player with no timeline refuses to play.
+TEST_F(PlaybackClockTest, ViewsHearEveryChangeAndSeeksAndViewEditsMoveThePlayer)
+{
+    struct Watcher : Playback::View
+    {
+        std::vector<std::string> log;
+        void playbackStarted(const Playback::Object*) override { log.push_back("started"); }
+        void playbackStopped(const Playback::Object*) override { log.push_back("stopped"); }
+        void positionChanged(const Playback::Object* p) override
+        {
+            log.push_back("position " + std::to_string(p->state()->position));
+        }
+    } view;
+    struct Seeker : PubSub::Publisher<Playback::FrameSeekRequest>
+    {
+    } seeker;
+    view.observe(host.playback());
+    host.setPlaybackCode(Playback::State::Playing);
+    clock.advance(250);
+    host.setPlaybackCode(Playback::State::Stopped);
+    seeker.publish(Playback::FrameSeekRequest(host.playback(), 700));
+    EXPECT_TRUE(state().seek);
+    view.edit(host.playback())->state()->position = 900;
+    EXPECT_EQ(state().position, 900);
+    EXPECT_EQ(view.log, (std::vector<std::string>{"started", "position 250", "stopped", "position 700", "position 900"}));
+
+    Model::Host empty;
+    TestSupport::LogCapture log;
+    EXPECT_FALSE(empty.setPlaybackCode(Playback::State::Playing));
+    EXPECT_TRUE(log.containsError("no timeline is loaded"));
 }
 
 } // namespace

@@ -415,14 +415,4 @@ TEST(DecodeFailure, failsWithTheCodeAndNoImage)
     }
 }
 
-TEST(DecodeMistakes, aCorrectRequestLogsNothing)
-{
-    TestSupport::LogCapture log;
-    FrameRequest request = requestOf(Sample::Mp4VideoAudio, 1'000'000, QSize(32, 24));
-    request.streamIndex = 0;
-
-    EXPECT_TRUE(decodeFrame(request).ok());
-    EXPECT_TRUE(log.errors().empty());
-}
-
 } // namespace

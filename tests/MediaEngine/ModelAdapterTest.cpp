@@ -197,43 +197,4 @@ TEST(FrameRequestOf, readsTheFileAndStreamOfAVideoResource)
     }
 }
 
-TEST(FrameRequestOfThumbnail, convertsTimeSizeModeAndPadding)
-{
-    Thumbnail::Object thumbnail;
-    thumbnail.setResource({"/media/a.mp4:v:0", Resource::Video}).setTime(15'000'000).setWidth(160).setHeight(90);
-    thumbnail.setResizeMode(1).setPaddingColor(0x80ff0000u);
-
-    const std::optional<FrameRequest> request = frameRequestOf(thumbnail);
-
-    ASSERT_TRUE(request);
-    EXPECT_EQ(request->time, 1'500'000); // microseconds
-    EXPECT_EQ(request->size, QSize(160, 90));
-    EXPECT_EQ(request->resizeMode, ResizeMode::KeepAspectRatio);
-    EXPECT_EQ(request->paddingColor.rgba(), 0x80ff0000u);
-
-    thumbnail.setResizeMode(7); // unknown: the requester's default
-    EXPECT_EQ(frameRequestOf(thumbnail)->resizeMode, ResizeMode::KeepAspectRatioByExpanding);
-}
-
-TEST(ToOpenResult, timesBecomeModelUnits)
-{
-    ProbeResult probe;
-    probe.duration = 2'500'000;
-    VideoStream video;
-    video.index = 2;
-    video.frameSize = QSize(720, 576);
-    video.pixelAspect = boost::rational<long long>(16, 15);
-    video.duration = 2'000'000;
-    probe.video.push_back(video);
-
-    const Media::OpenResult result = toOpenResult(probe);
-
-    ASSERT_TRUE(result.ok);
-    EXPECT_EQ(result.metadata.duration, 25'000'000);
-    ASSERT_EQ(result.metadata.videos.size(), 1u);
-    EXPECT_EQ(result.metadata.videos[0].duration, 20'000'000);
-    EXPECT_EQ(result.metadata.videos[0].index, 2);
-    EXPECT_EQ(result.metadata.videos[0].pixelAspect, boost::rational<long long>(16, 15));
-}
-
 } // namespace
