@@ -66,18 +66,54 @@ bool runFfmpeg(QStringList arguments, const QString& output)
     return QFileInfo(output).size() > 0;
 }
 
-QStringList lavfi(const QString& graph)
+// An ffmpeg argument line split at spaces; "H264" stands for h264 where libx264 is there and
+// mpeg4 where it is not.
+QStringList ffmpegArguments(const char* line)
 {
-    return {QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"), graph};
+    QStringList arguments;
+    for (const QString& word : QString::fromLatin1(line).split(QLatin1Char(' '))) {
+        if (word != QLatin1String("H264"))
+            arguments << word;
+        else if (hasEncoder("libx264"))
+            arguments << QStringLiteral("-c:v") << QStringLiteral("libx264") << QStringLiteral("-preset")
+                      << QStringLiteral("ultrafast") << QStringLiteral("-pix_fmt") << QStringLiteral("yuv420p");
+        else
+            arguments << QStringLiteral("-c:v") << QStringLiteral("mpeg4");
+    }
+    return arguments;
 }
 
-QStringList h264OrMpeg4()
+// The samples the ffmpeg command line makes: the file's name and the arguments before it.
+struct Recipe
 {
-    if (hasEncoder("libx264"))
-        return {QStringLiteral("-c:v"),      QStringLiteral("libx264"),  QStringLiteral("-preset"),
-                QStringLiteral("ultrafast"), QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p")};
-    return {QStringLiteral("-c:v"), QStringLiteral("mpeg4")};
-}
+    Sample sample;
+    const char* file;
+    const char* arguments;
+};
+
+const Recipe recipes[] = {
+    {Sample::Mp4VideoAudio, "video-audio.mp4",
+     "-f lavfi -i testsrc=size=320x240:rate=25:duration=2 -f lavfi -i sine=frequency=440:sample_rate=48000:duration=2 "
+     "H264 -c:a aac -ac 2"},
+    {Sample::MkvVideo, "video.mkv", "-f lavfi -i testsrc=size=640x360:rate=30000/1001:duration=1.5 -c:v mpeg4"},
+    {Sample::AviVideoAudio, "video-audio.avi",
+     "-f lavfi -i testsrc=size=176x144:rate=15:duration=2 -f lavfi -i sine=frequency=220:sample_rate=44100:duration=2 "
+     "-c:v mpeg4 -c:a pcm_s16le -ac 1"},
+    {Sample::Mp4Colours, "colours.mp4",
+     "-f lavfi -i color=c=red:size=320x180:rate=25:duration=1 -f lavfi -i color=c=blue:size=320x180:rate=25:duration=1 "
+     "-filter_complex [0][1]concat=n=2:v=1:a=0 H264 -g 10"},
+    {Sample::Mp4Reordered, "reordered.mp4",
+     "-f lavfi -i testsrc=size=320x240:rate=25:duration=2 -c:v libx264 -qp 1 -pix_fmt yuv420p -bf 3 "
+     "-x264-params b-pyramid=normal:b-adapt=0 -g 25"},
+    {Sample::MkvIntra, "intra.mkv", "-f lavfi -i testsrc=size=320x240:rate=25:duration=2 -c:v ffv1 -pix_fmt yuv420p"},
+    {Sample::MkvAnamorphic, "anamorphic.mkv",
+     "-f lavfi -i color=c=white:size=720x576:rate=25:duration=1,setsar=16/15 -c:v mpeg4"},
+    {Sample::WavAudio, "audio.wav", "-f lavfi -i sine=frequency=440:sample_rate=44100:duration=1.5 -ac 2 -c:a pcm_s16le"},
+    {Sample::OggAudio, "audio.ogg", "-f lavfi -i sine=frequency=440:sample_rate=48000:duration=1 -ac 1 -c:a libvorbis"},
+    {Sample::GifAnimation, "animation.gif", "-f lavfi -i testsrc=size=64x48:rate=10:duration=1"},
+    {Sample::WebpImage, "image.webp", "-f lavfi -i color=c=yellow:size=32x24 -frames:v 1"},
+    {Sample::NoDecoder, "commodore.nut", "-f lavfi -i testsrc=size=320x200:rate=25:duration=1 -c:v a64multi -f nut"},
+};
 
 bool writeBytes(const QString& file, const QByteArray& bytes)
 {
@@ -96,74 +132,13 @@ QString truncatedCopy(Sample source, const QString& name, int bytes)
 
 QString make(Sample sample)
 {
-    const QString two = QStringLiteral("2");
+    for (const Recipe& recipe : recipes) {
+        if (recipe.sample == sample) {
+            const QString file = inFolder(QLatin1String(recipe.file));
+            return runFfmpeg(ffmpegArguments(recipe.arguments), file) ? file : QString();
+        }
+    }
     switch (sample) {
-    case Sample::Mp4VideoAudio: {
-        const QString file = inFolder(QStringLiteral("video-audio.mp4"));
-        QStringList arguments = lavfi(QStringLiteral("testsrc=size=320x240:rate=25:duration=2"))
-                                + lavfi(QStringLiteral("sine=frequency=440:sample_rate=48000:duration=2"))
-                                + h264OrMpeg4();
-        arguments << QStringLiteral("-c:a") << QStringLiteral("aac") << QStringLiteral("-ac") << two;
-        return runFfmpeg(arguments, file) ? file : QString();
-    }
-    case Sample::MkvVideo: {
-        const QString file = inFolder(QStringLiteral("video.mkv"));
-        QStringList arguments = lavfi(QStringLiteral("testsrc=size=640x360:rate=30000/1001:duration=1.5"));
-        arguments << QStringLiteral("-c:v") << QStringLiteral("mpeg4");
-        return runFfmpeg(arguments, file) ? file : QString();
-    }
-    case Sample::AviVideoAudio: {
-        const QString file = inFolder(QStringLiteral("video-audio.avi"));
-        QStringList arguments = lavfi(QStringLiteral("testsrc=size=176x144:rate=15:duration=2"))
-                                + lavfi(QStringLiteral("sine=frequency=220:sample_rate=44100:duration=2"));
-        arguments << QStringLiteral("-c:v") << QStringLiteral("mpeg4") << QStringLiteral("-c:a")
-                  << QStringLiteral("pcm_s16le") << QStringLiteral("-ac") << QStringLiteral("1");
-        return runFfmpeg(arguments, file) ? file : QString();
-    }
-    case Sample::Mp4Colours: {
-        const QString file = inFolder(QStringLiteral("colours.mp4"));
-        QStringList arguments = lavfi(QStringLiteral("color=c=red:size=320x180:rate=25:duration=1"))
-                                + lavfi(QStringLiteral("color=c=blue:size=320x180:rate=25:duration=1"));
-        arguments << QStringLiteral("-filter_complex") << QStringLiteral("[0][1]concat=n=2:v=1:a=0");
-        arguments += h264OrMpeg4();
-        arguments << QStringLiteral("-g") << QStringLiteral("10");
-        return runFfmpeg(arguments, file) ? file : QString();
-    }
-    case Sample::Mp4Reordered: {
-        const QString file = inFolder(QStringLiteral("reordered.mp4"));
-        QStringList arguments = lavfi(QStringLiteral("testsrc=size=320x240:rate=25:duration=2"));
-        arguments << QStringLiteral("-c:v") << QStringLiteral("libx264") << QStringLiteral("-qp") << QStringLiteral("1")
-                  << QStringLiteral("-pix_fmt") << QStringLiteral("yuv420p") << QStringLiteral("-bf")
-                  << QStringLiteral("3") << QStringLiteral("-x264-params")
-                  << QStringLiteral("b-pyramid=normal:b-adapt=0") << QStringLiteral("-g") << QStringLiteral("25");
-        return runFfmpeg(arguments, file) ? file : QString();
-    }
-    case Sample::MkvIntra: {
-        const QString file = inFolder(QStringLiteral("intra.mkv"));
-        QStringList arguments = lavfi(QStringLiteral("testsrc=size=320x240:rate=25:duration=2"));
-        arguments << QStringLiteral("-c:v") << QStringLiteral("ffv1") << QStringLiteral("-pix_fmt")
-                  << QStringLiteral("yuv420p");
-        return runFfmpeg(arguments, file) ? file : QString();
-    }
-    case Sample::MkvAnamorphic: {
-        const QString file = inFolder(QStringLiteral("anamorphic.mkv"));
-        QStringList arguments = lavfi(QStringLiteral("color=c=white:size=720x576:rate=25:duration=1,setsar=16/15"));
-        arguments << QStringLiteral("-c:v") << QStringLiteral("mpeg4");
-        return runFfmpeg(arguments, file) ? file : QString();
-    }
-    case Sample::WavAudio: {
-        const QString file = inFolder(QStringLiteral("audio.wav"));
-        QStringList arguments = lavfi(QStringLiteral("sine=frequency=440:sample_rate=44100:duration=1.5"));
-        arguments << QStringLiteral("-ac") << two << QStringLiteral("-c:a") << QStringLiteral("pcm_s16le");
-        return runFfmpeg(arguments, file) ? file : QString();
-    }
-    case Sample::OggAudio: {
-        const QString file = inFolder(QStringLiteral("audio.ogg"));
-        QStringList arguments = lavfi(QStringLiteral("sine=frequency=440:sample_rate=48000:duration=1"));
-        arguments << QStringLiteral("-ac") << QStringLiteral("1") << QStringLiteral("-c:a")
-                  << QStringLiteral("libvorbis");
-        return runFfmpeg(arguments, file) ? file : QString();
-    }
     case Sample::PngImage:
     case Sample::JpegImage:
     case Sample::BmpImage: {
@@ -191,16 +166,6 @@ QString make(Sample sample)
         const QString file = inFolder(QStringLiteral("strip.png"));
         return strip.save(file, "PNG") ? file : QString();
     }
-    case Sample::GifAnimation: {
-        const QString file = inFolder(QStringLiteral("animation.gif"));
-        return runFfmpeg(lavfi(QStringLiteral("testsrc=size=64x48:rate=10:duration=1")), file) ? file : QString();
-    }
-    case Sample::WebpImage: {
-        const QString file = inFolder(QStringLiteral("image.webp"));
-        QStringList arguments = lavfi(QStringLiteral("color=c=yellow:size=32x24"));
-        arguments << QStringLiteral("-frames:v") << QStringLiteral("1");
-        return runFfmpeg(arguments, file) ? file : QString();
-    }
     case Sample::PngNamedMov:
         return copyOf(Sample::PngImage, QStringLiteral("picture.mov"));
     case Sample::TextNamedMkv: {
@@ -210,8 +175,7 @@ QString make(Sample sample)
     case Sample::TruncatedMp4: {
         // Made without moving the index to the front, so the cut leaves no index.
         const QString full = inFolder(QStringLiteral("index-at-end.mp4"));
-        QStringList arguments = lavfi(QStringLiteral("testsrc=size=320x240:rate=25:duration=2")) + h264OrMpeg4();
-        if (!runFfmpeg(arguments, full))
+        if (!runFfmpeg(ffmpegArguments("-f lavfi -i testsrc=size=320x240:rate=25:duration=2 H264"), full))
             return {};
         QFile in(full);
         const QString file = inFolder(QStringLiteral("truncated.mp4"));
@@ -244,15 +208,9 @@ QString make(Sample sample)
         const QString file = inFolder(QStringLiteral("huge.png"));
         return writeBytes(file, pngAnnouncing(100000, 100000)) ? file : QString();
     }
-    case Sample::NoDecoder: {
-        const QString file = inFolder(QStringLiteral("commodore.nut"));
-        QStringList arguments = lavfi(QStringLiteral("testsrc=size=320x200:rate=25:duration=1"));
-        arguments << QStringLiteral("-c:v") << QStringLiteral("a64multi") << QStringLiteral("-f")
-                  << QStringLiteral("nut");
-        return runFfmpeg(arguments, file) ? file : QString();
+    default: // made from a recipe above
+        return {};
     }
-    }
-    return {};
 }
 
 } // namespace
