@@ -27,6 +27,11 @@ namespace {
 
 QString tr(const char* text) { return QCoreApplication::translate("Project", text); }
 
+QString damagedMessage(const QString& path)
+{
+    return tr("The project \"%1\" is damaged or incomplete and cannot be opened.").arg(QDir::toNativeSeparators(path));
+}
+
 const QString formatKey = QStringLiteral("format");
 const QString formatName = QStringLiteral("dscproj");
 const QString versionKey = QStringLiteral("version");
@@ -140,9 +145,13 @@ Document capture(const Timeline::Object* timeline, const std::vector<const Media
 Result load(const QString& path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
         return failure(Status::Unreadable,
                        tr("The project \"%1\" cannot be read.").arg(QDir::toNativeSeparators(path)));
+    if (file.size() > MaxFileBytes) {
+        LOG(ERROR) << "Project::load: " << path.toStdString() << " holds " << file.size() << " bytes, more than a project can";
+        return failure(Status::Corrupted, damagedMessage(path));
+    }
     return read(file.readAll(), path);
 }
 
@@ -150,7 +159,7 @@ Result read(const QByteArray& bytes, const QString& path)
 {
     const QString shown = QDir::toNativeSeparators(path);
     const QJsonDocument json = Serialize::readJson(bytes);
-    const QString damaged = tr("The project \"%1\" is damaged or incomplete and cannot be opened.").arg(shown);
+    const QString damaged = damagedMessage(path);
     if (!json.isObject())
         return failure(Status::Corrupted, damaged);
     const QJsonObject root = json.object();

@@ -74,6 +74,12 @@ struct Result
 // The document of `timeline` and the bin's `media`, in the timeline's order.
 EDITORUTIL_EXPORT Document capture(const Timeline::Object* timeline, const std::vector<const Media::File*>& media,
                                    const QString& name);
+// Project files are small; a file larger than this is no project of ours and is refused as
+// damaged without being read whole.
+constexpr qint64 MaxFileBytes = 64 * 1024 * 1024;
+
+// The document of the project file at `path`. Only a regular file is read: a folder, a pipe
+// or a device is unreadable.
 EDITORUTIL_EXPORT Result load(const QString& path);
 // The document of a project file's `bytes`, as load reads the file at `path` (named in the
 // messages). A document that repeats a key inside an object is damaged.

@@ -126,6 +126,18 @@ TEST_F(ProjectTest, badFilesAreRefusedWithTheirOwnMessage)
         EXPECT_TRUE(result.document.clips.isEmpty());
         EXPECT_EQ(readAll(file), row.content);
     }
+
+    // A folder is not read; a good project padded past the size of any project is refused
+    // without reading it.
+    ASSERT_TRUE(QDir().mkpath(path(QStringLiteral("folder.dscproj"))));
+    EXPECT_EQ(Project::load(path(QStringLiteral("folder.dscproj"))).status, Project::Status::Unreadable);
+    QFile huge(path(QStringLiteral("huge.dscproj")));
+    ASSERT_TRUE(huge.open(QIODevice::WriteOnly) && huge.write(good) == good.size());
+    ASSERT_TRUE(huge.write(QByteArray(int(Project::MaxFileBytes) + 1 - good.size(), ' ')) > 0);
+    huge.close();
+    const Project::Result tooLarge = Project::load(huge.fileName());
+    EXPECT_EQ(tooLarge.status, Project::Status::Corrupted);
+    EXPECT_TRUE(tooLarge.message.contains(QStringLiteral("damaged or incomplete")));
 }
 
 TEST_F(ProjectTest, aSaveThatCannotBeWrittenReportsItAndLeavesThePreviousFile)
