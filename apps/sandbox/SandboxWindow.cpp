@@ -67,8 +67,25 @@ struct SandboxWindow::Import
     std::function<void(const std::vector<const Media::File*>&)> done;
 };
 
-SandboxWindow::SandboxWindow(QWidget* parent) : QMainWindow(parent)
+namespace {
+
+const char* const handoverKind = "handover";
+
+} // namespace
+
+SandboxWindow::SandboxWindow(QWidget* parent)
+    : QMainWindow(parent), m_actions([this](const Action::Proposal& proposal) {
+          const auto it = m_handovers.find(proposal.arguments.value(QStringLiteral("ticket")).toULongLong());
+          if (proposal.kind != QLatin1String(handoverKind) || it == m_handovers.end())
+              return;
+          const std::function<void()> deliver = std::move(it->second);
+          m_handovers.erase(it);
+          deliver();
+      })
 {
+    connect(&m_actions, &Action::Gateway::blocked, this, [this](quint64, const QString& reason) {
+        statusBar()->showMessage(tr("Files from another start wait: %1").arg(reason));
+    });
     Model::installDefaultServices(m_host);
     MediaEngine::connectToModel(m_host, m_engine);
     m_binSource = m_host.addTimeline("Media bin");
@@ -189,6 +206,8 @@ SandboxWindow::SandboxWindow(QWidget* parent) : QMainWindow(parent)
 
 SandboxWindow::~SandboxWindow()
 {
+    m_actions.close();
+    m_handovers.clear();
     // The player's users go quietly: nothing is shown or stopped on a closing window.
     disconnect(m_timelineClient, nullptr, this, nullptr);
     disconnect(&m_player, nullptr, this, nullptr);
@@ -437,6 +456,23 @@ void SandboxWindow::updateJobs()
     const bool running = !m_imports.empty() || m_thumbnailsAsked;
     m_jobBar->setVisible(running);
     m_jobCancel->setVisible(running);
+    // Handed-over files wait for the imports, so that one question covers each import's
+    // failures.
+    const QString importing = tr("Importing");
+    const bool held = m_actions.lockReasons().contains(importing);
+    if (!m_imports.empty() && !held)
+        m_actions.lock(importing);
+    else if (m_imports.empty() && held)
+        m_actions.unlock(importing);
+}
+
+void SandboxWindow::handOver(const IPC::Request& request, std::function<void()> deliver)
+{
+    const quint64 ticket = ++m_nextHandover;
+    m_handovers[ticket] = std::move(deliver);
+    m_actions.propose({QLatin1String(handoverKind),
+                       {{QStringLiteral("ticket"), ticket}, {QStringLiteral("files"), request.files}},
+                       tr("another start")});
 }
 
 void SandboxWindow::finishImport(Import* import)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Util/IPC/Controller.h>
+#include <Util/Import/ActionGateway.h>
 #include <Util/Interfaces/DQtUtil.h>
 #include <Util/Interfaces/EditorModel.h>
 #include <Util/Project.h>
@@ -94,6 +96,12 @@ public:
     // on the timeline; `done` reports whether it worked.
     void buildSampleProject(const QString& folder, std::function<void(bool)> done = {});
 
+    // Files another start hands over go through the window's action gateway: `deliver` runs at
+    // once, or when the running imports have ended (the gateway is locked "Importing" while
+    // they run), and never once the window is closing.
+    void handOver(const IPC::Request& request, std::function<void()> deliver);
+    Action::Gateway& actions() { return m_actions; }
+
     // Plays from the playhead to the selected clip's end edge (or the timeline's end).
     void play();
     void stop();
@@ -168,6 +176,10 @@ private:
     std::unique_ptr<EditPlaybackTracker> m_tracker;
     std::unique_ptr<Model::PlaybackClock> m_clock;
     std::unique_ptr<PlaybackWatch> m_playbackWatch;
+
+    Action::Gateway m_actions;
+    std::map<quint64, std::function<void()>> m_handovers; // by ticket, until accepted
+    quint64 m_nextHandover = 0;
     bool m_playing = false;
     bool m_following = false; // the playhead follows the player
 };

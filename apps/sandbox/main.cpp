@@ -75,6 +75,27 @@ QString dataFolder()
     return QDir(QDir::tempPath()).filePath(QStringLiteral("editorutil-sandbox-samples"));
 }
 
+// While it lives, requests of later starts reach the window through its action gateway.
+class HandoverRoute
+{
+public:
+    HandoverRoute(Launcher& launcher, Sandbox::SandboxWindow& window) : m_controller(launcher.controller())
+    {
+        if (m_controller)
+            m_controller->setGateway([&window](const IPC::Request& request, const std::function<void()>& deliver) {
+                window.handOver(request, deliver);
+            });
+    }
+    ~HandoverRoute()
+    {
+        if (m_controller)
+            m_controller->setGateway({});
+    }
+
+private:
+    IPC::Controller* m_controller;
+};
+
 // Application commands (from this start's command line and from later starts handed over by
 // the launcher) reach the window here. Files handed over one by one are imported together.
 class CommandSink : public PubSub::Subscriber<Command::OpenProject>,
@@ -154,6 +175,7 @@ int runTour(const Options& options)
     {
         Sandbox::SandboxWindow window;
         window.show();
+        HandoverRoute route(launcher, window);
         CommandSink sink(window);
         sink.startupCompleted();
         Sandbox::Tour tour(window, *dialogs, dataFolder(), options.screenshots, work.path());
@@ -196,6 +218,7 @@ int main(int argc, char** argv)
     Dialog::initialize(true);
     Sandbox::SandboxWindow window;
     window.show();
+    HandoverRoute route(launcher, window);
     CommandSink sink(window);
     if (!sink.startupCompleted())
         window.buildSampleProject(dataFolder());

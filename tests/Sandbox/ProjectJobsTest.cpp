@@ -14,6 +14,7 @@
 #include <QFile>
 #include <QProgressBar>
 #include <QSignalSpy>
+#include <QStatusBar>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -132,8 +133,14 @@ TEST_F(ProjectJobsTest, cancelDropsTheImportAndTheNextImportWorks)
     window->importFiles({sample(0), sample(1), sample(2)},
                         [&](const std::vector<const Media::File*>&) { doneCalled = true; });
     ASSERT_TRUE(window->jobCancel()->isVisible());
+    // Files handed over by another start wait for the import to end.
+    int handedOver = 0;
+    window->handOver({{sample(3)}, {}, {}}, [&] { ++handedOver; });
+    EXPECT_EQ(handedOver, 0);
+    EXPECT_EQ(window->statusBar()->currentMessage(), QStringLiteral("Files from another start wait: Importing"));
     QTest::mouseClick(window->jobCancel(), Qt::LeftButton);
     ASSERT_EQ(cancelled.count(), 1);
+    EXPECT_TRUE(Scripted::waitFor([&] { return handedOver == 1; }));
     EXPECT_EQ(cancelled[0][0].toInt(), 3);
     EXPECT_FALSE(window->importRunning());
     EXPECT_FALSE(window->jobProgress()->isVisible());

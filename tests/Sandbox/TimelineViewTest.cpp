@@ -282,8 +282,9 @@ TEST_F(TimelineViewTest, aDropThatCannotLandIsRefusedAndChangesNothing)
         ASSERT_GE(status.count(), 1);
         EXPECT_EQ(status[0][0].toString(), row.reason);
         EXPECT_EQ(refused.count(), row.entersOverVideo ? 1 : 0);
-        if (!refused.isEmpty())
+        if (!refused.isEmpty()) {
             EXPECT_EQ(refused[0][0].toString(), row.reason);
+        }
         EXPECT_EQ(placed.count(), 0);
     }
     Scripted::waitFor([] { return false; }, 100); // nothing is opening in the background either
