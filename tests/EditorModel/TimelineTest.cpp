@@ -24,6 +24,8 @@ TEST(TimelineRefusalTest, RefusedEditLeavesTheTimelineUnchangedAndSaysWhy)
          "null clip"},
         {"twice", [](auto& t, auto& on, auto&) { t.addClip(&on, ClipTiming(t.primaryTrack(), 5, 1)); }, "already on"},
         {"no track", [](auto& t, auto&, auto& off) { t.addClip(&off, ClipTiming(nullptr, 0, 1)); }, "needs a track"},
+        {"negative length", [](auto& t, auto&, auto& off) { t.addClip(&off, ClipTiming(t.primaryTrack(), 0, -1)); },
+         "length of 0 or more"},
         {"remove absent", [](auto& t, auto&, auto& off) { t.removeClip(&off); }, "not on the timeline"},
         {"link absent", [](auto& t, auto& on, auto& off) { t.addLink(&off, &on, 0); }, "both clips"},
         {"self link", [](auto& t, auto& on, auto&) { t.addLink(&on, &on, 0); }, "its own master"},
@@ -44,6 +46,9 @@ TEST(TimelineRefusalTest, RefusedEditLeavesTheTimelineUnchangedAndSaysWhy)
         EXPECT_EQ(timeline.clipTiming(&on), before.clipTiming(&on));
         EXPECT_FALSE(timeline.isSlave(&on));
     }
+    Timeline::Object timeline;
+    Clip empty(Clip::Video);
+    EXPECT_TRUE(timeline.addClip(&empty, ClipTiming(timeline.primaryTrack(), 0, 0)).contains(&empty)); // 0 is a length
 }
 
 TEST(ClipTest, EffectsAreFoundReplacedAndCopiedWithTheClip)
