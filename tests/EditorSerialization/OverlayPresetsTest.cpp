@@ -19,6 +19,13 @@ TEST(OverlayPresetsTest, WrittenPresetsReadBackEqual)
     ASSERT_EQ(presets[0]->items().size(), 1u);
     EXPECT_EQ(presets[0]->items()[0].text(), "<b>Bold</b>");
     EXPECT_EQ(presets[0]->items()[0].transform(), preset.items()[0].transform());
+    // Up to the size limit a document is read; one byte more is refused unread.
+    QByteArray padded = document;
+    padded.append(Serialize::maxOverlayPresetBytes - document.size(), ' ');
+    EXPECT_EQ(Serialize::readOverlayPresets(padded).size(), 1u);
+    TestSupport::LogCapture tooLarge;
+    EXPECT_TRUE(Serialize::readOverlayPresets(padded + ' ').empty());
+    EXPECT_TRUE(tooLarge.containsError("document too large"));
 
     TestSupport::LogCapture log;
     EXPECT_TRUE(Serialize::readOverlayPresets(Serialize::writeOverlayPresets({})).empty());
