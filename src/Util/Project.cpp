@@ -149,7 +149,8 @@ Result load(const QString& path)
         return failure(Status::Unreadable,
                        tr("The project \"%1\" cannot be read.").arg(QDir::toNativeSeparators(path)));
     if (file.size() > MaxFileBytes) {
-        LOG(ERROR) << "Project::load: " << path.toStdString() << " holds " << file.size() << " bytes, more than a project can";
+        LOG(ERROR) << "Project::load: " << path.toStdString() << " holds " << file.size()
+                   << " bytes, more than a project can";
         return failure(Status::Corrupted, damagedMessage(path));
     }
     return read(file.readAll(), path);

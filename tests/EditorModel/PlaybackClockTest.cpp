@@ -98,7 +98,8 @@ TEST_F(PlaybackClockTest, ViewsHearEveryChangeAndSeeksAndViewEditsMoveThePlayer)
     EXPECT_TRUE(state().seek);
     view.edit(host.playback())->state()->position = 900;
     EXPECT_EQ(state().position, 900);
-    EXPECT_EQ(view.log, (std::vector<std::string>{"started", "position 250", "stopped", "position 700", "position 900"}));
+    EXPECT_EQ(view.log,
+              (std::vector<std::string>{"started", "position 250", "stopped", "position 700", "position 900"}));
 
     Model::Host empty;
     TestSupport::LogCapture log;
