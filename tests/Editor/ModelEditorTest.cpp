@@ -52,13 +52,13 @@ TEST_F(EditSessionTest, SessionStepsRunTheTreeTopDownAroundTheStateChange)
                                      "preview loads, editing a clip", "preview part loads, editing a clip"));
 
     journal.clear();
-    host.applySession();
+    EXPECT_TRUE(host.applySession());
     EXPECT_THAT(journal,
                 ElementsAre("settings applies", "preview applies", "preview part applies", "state active -> idle"));
 
     host.beginSession(timeline, clip);
     journal.clear();
-    host.resetSession();
+    EXPECT_TRUE(host.resetSession());
     EXPECT_THAT(journal,
                 ElementsAre("settings resets", "preview resets", "preview part resets", "state active -> idle"));
 }
@@ -98,6 +98,7 @@ TEST_F(EditSessionTest, APanelThatIsGoneIsNoLongerTheWorker)
 
     EXPECT_EQ(host.editor()->worker, nullptr);
     EXPECT_FALSE(host.loadSession());
+    EXPECT_FALSE(host.applySession());
 }
 
 class ModelEditorFunctionsTest : public SessionFixture

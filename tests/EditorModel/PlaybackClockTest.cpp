@@ -105,6 +105,8 @@ TEST_F(PlaybackClockTest, ViewsHearEveryChangeAndSeeksAndViewEditsMoveThePlayer)
     TestSupport::LogCapture log;
     EXPECT_FALSE(empty.setPlaybackCode(Playback::State::Playing));
     EXPECT_TRUE(log.containsError("no timeline is loaded"));
+    seeker.publish(Playback::FrameSeekRequest(empty.playback(), 700)); // nothing loaded: nothing to move
+    EXPECT_FALSE(empty.playback()->state());
 }
 
 } // namespace
