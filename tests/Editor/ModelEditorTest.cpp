@@ -3,6 +3,8 @@
 
 #include <Util/Editor/ModelEditor.h>
 
+#include <TestSupport.h>
+
 #include <gmock/gmock.h>
 
 #include <memory>
@@ -56,6 +58,9 @@ TEST_F(EditSessionTest, SessionStepsRunTheTreeTopDownAroundTheStateChange)
     EXPECT_THAT(journal,
                 ElementsAre("settings applies", "preview applies", "preview part applies", "state active -> idle"));
 
+    TestSupport::LogCapture log;
+    EXPECT_FALSE(host.beginSession(timeline, host.addClip(Timeline::Clip())));
+    EXPECT_TRUE(log.containsError("the clip is not on the timeline"));
     host.beginSession(timeline, clip);
     journal.clear();
     EXPECT_TRUE(host.resetSession());

@@ -225,7 +225,9 @@ TEST_F(RequestServiceTest, ClipAndOverlayRequestsAddNewClips)
     publish(Timeline::OverlayAddRequest(timeline, std::move(preset), nullptr, video));
     auto loose = std::make_unique<Overlay::Preset>();
     loose->setTag("Loose");
-    publish(Timeline::OverlayAddRequest(timeline, std::move(loose), nullptr, nullptr));
+    const Timeline::OverlayAddRequest looseRequest(timeline, std::move(loose), nullptr, nullptr);
+    publish(looseRequest);
+    EXPECT_TRUE(looseRequest.preset.taken()) << "the service keeps the preset it placed";
 
     const auto clips = timeline->clips();
     ASSERT_EQ(clips.size(), 6u);

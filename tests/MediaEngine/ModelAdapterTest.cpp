@@ -162,6 +162,8 @@ TEST_F(ModelAdapterTest, aThumbnailRemovedBeforeItsAnswerIsNeverAnswered)
     EXPECT_EQ(owner.answers, 0);
     EXPECT_EQ(engine.pendingCount(), 0);
     EXPECT_TRUE(log.errors().empty()); // in particular no answer for a record that is gone
+    EXPECT_FALSE(host.answerThumbnail(decoded, QImage(64, 36, QImage::Format_ARGB32))); // a late answer is refused
+    EXPECT_TRUE(log.containsError("the thumbnail record is gone"));
 }
 
 struct ResourceCase
