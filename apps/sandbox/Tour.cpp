@@ -19,6 +19,7 @@
 #include <QPixmap>
 #include <QProcess>
 #include <QSignalSpy>
+#include <QStatusBar>
 #include <QTimer>
 
 #include <cstdio>
@@ -316,23 +317,32 @@ int Tour::run()
         environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
         second.setProcessEnvironment(environment);
         second.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        // The window is held as a long job holds it: the handed-over file waits, and the status
+        // line says why, until it is let go.
+        const QString holding = QStringLiteral("Exporting");
+        m_window.actions().lock(holding);
         second.start(m_program, m_arguments + QStringList{handed});
         const bool ended = Scripted::waitFor([&] { return second.state() == QProcess::NotRunning; });
+        const bool waited =
+            ended && Scripted::waitFor([&] { return !m_window.actions().queued().empty(); }) && finished.isEmpty();
+        const QString waiting = m_window.statusBar()->currentMessage();
+        const QString waitShot = shoot(QStringLiteral("second-start-waiting"));
+        m_window.actions().unlock(holding);
         const bool imported = ended && Scripted::waitFor([&] { return finished.count() == 1; });
         const Media::File* file = m_window.binFile(handed);
         const bool thumbnail = imported && Scripted::waitFor([&] { return m_window.bin()->thumbnailCount() == 4; });
         if (!ended)
             second.kill();
         detail =
-            QStringLiteral("a second start (%1 %2 %3) exited with %4; %5 arrived in the bin (%6 files, %7 "
-                           "thumbnails)")
+            QStringLiteral("a second start (%1 %2 %3) exited with %4; while the window was held: \"%5\" (%6); "
+                           "once let go %7 arrived in the bin (%8 files, %9 thumbnails)")
                 .arg(QFileInfo(m_program).fileName(), m_arguments.join(QLatin1Char(' ')), QFileInfo(handed).fileName(),
                      ended && second.exitStatus() == QProcess::NormalExit ? QString::number(second.exitCode())
                                                                           : QStringLiteral("no exit"),
-                     file && file->isOpened() ? QStringLiteral("it") : QStringLiteral("nothing"))
+                     waiting, waitShot, file && file->isOpened() ? QStringLiteral("it") : QStringLiteral("nothing"))
                 .arg(m_window.bin()->files().size())
                 .arg(m_window.bin()->thumbnailCount());
-        return ended && second.exitStatus() == QProcess::NormalExit && second.exitCode() == 0 && file
+        return ended && second.exitStatus() == QProcess::NormalExit && second.exitCode() == 0 && waited && file
                && file->isOpened() && thumbnail;
     });
 
