@@ -144,8 +144,6 @@ TEST_F(FilesystemDialogs, ARememberedFolderThatWasDeletedIsNotMadeAgain)
     EXPECT_FALSE(QFileInfo::exists(path("shoot/gone")));
 }
 
-// The filter lines of the media dialog by kind: the visible example, then the patterns of
-// the kind's groups (video, images, audio), then one line per group.
 // The filter lines of the media dialog by kind: the visible example, then the patterns of the
 // kind's groups (video, images, audio), then one line per group.
 TEST_F(FilesystemDialogs, OpenFilesFiltersShowTheExampleAndThePatternsOfTheKind)
