@@ -245,7 +245,11 @@ PreviewBrowser::PreviewBrowser(ExclusiveService& player, QWidget* parent)
     });
 }
 
-PreviewBrowser::~PreviewBrowser() = default;
+PreviewBrowser::~PreviewBrowser()
+{
+    // A closing browser ends its preview quietly: its client gives the player back as it goes.
+    disconnect(m_client, nullptr, this, nullptr);
+}
 
 template <class X, class Provider>
 void PreviewBrowser::addKind(const QString& name, Provider* provider,

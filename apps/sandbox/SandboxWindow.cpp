@@ -215,6 +215,9 @@ SandboxWindow::~SandboxWindow()
     m_imports.clear();
     m_projectFiles.reset();
     m_engine.cancelAll();
+    // The panels hold model records (a drop's shadow change gives its clips back when it goes):
+    // they go while the model still lives, not after it with the window's children.
+    delete takeCentralWidget();
 }
 
 void SandboxWindow::buildMenus()
