@@ -68,7 +68,7 @@ PreviewPanel::PreviewPanel(QWidget* parent) : QWidget(parent)
 
 PreviewPanel::~PreviewPanel() = default;
 
-const QPixmap* PreviewPanel::picture() const { return m_picture->pixmap(); }
+QPixmap PreviewPanel::picture() const { return m_picture->pixmap(Qt::ReturnByValue); }
 
 void PreviewPanel::setNote(const QString& note) { m_note->setText(note); }
 

@@ -50,7 +50,7 @@ public:
     // Whether the frame asked for last has arrived.
     bool frameShown() const { return m_shown; }
     bool showsPicture() const { return m_showsPicture; }
-    const QPixmap* picture() const;
+    QPixmap picture() const;
     // A line above the frame saying who uses the player.
     void setNote(const QString& note);
 

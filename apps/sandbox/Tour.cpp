@@ -221,12 +221,11 @@ int Tour::run()
                           seconds(edge),
                           m_window.preview()->shownClip() ? m_window.preview()->shownClip()->name().toQString()
                                                           : QStringLiteral("nothing"));
-        const bool stoppedOnEdge = ok && timeline->playhead() == edge && m_window.preview()->picture()
-                                   && !m_window.preview()->picture()->isNull();
+        const bool stoppedOnEdge = ok && timeline->playhead() == edge && !m_window.preview()->picture().isNull();
         // A look at the browser of effects and presets: a colour filter on its stock picture.
         m_shotOverride = shoot(QStringLiteral("play-to-edge"));
         const bool previewed = m_window.browser()->choose(QStringLiteral("Colour filters"), 1)
-                               && m_window.preview()->showsPicture() && !m_window.preview()->picture()->isNull();
+                               && m_window.preview()->showsPicture() && !m_window.preview()->picture().isNull();
         detail += QStringLiteral("; the sepia filter previewed on its stock picture (%1)")
                       .arg(previewed ? shoot(QStringLiteral("effect-preview")) : QStringLiteral("not shown"));
         return stoppedOnEdge && previewed;

@@ -138,14 +138,14 @@ TEST_F(PanelsTest, choosingAnEffectShowsItsPreviewOnTheStockPictureUntilTheTimel
     const QPoint sky(240, 20); // blue in the stock picture
     clickItem(QStringLiteral("Colour filters"), QStringLiteral("Sepia"));
     ASSERT_TRUE(window->preview()->showsPicture());
-    const QPixmap* shown = window->preview()->picture();
-    ASSERT_TRUE(shown && !shown->isNull());
-    EXPECT_EQ(shown->size(), QSize(Sandbox::PreviewPanel::frameWidth, Sandbox::PreviewPanel::frameHeight));
-    const QColor sepia = shown->toImage().pixelColor(sky);
+    const QPixmap shown = window->preview()->picture();
+    ASSERT_FALSE(shown.isNull());
+    EXPECT_EQ(shown.size(), QSize(Sandbox::PreviewPanel::frameWidth, Sandbox::PreviewPanel::frameHeight));
+    const QColor sepia = shown.toImage().pixelColor(sky);
     EXPECT_GT(sepia.red(), sepia.blue()) << "the blue sky turned brown";
 
     clickItem(QStringLiteral("Colour filters"), QStringLiteral("Cool"));
-    const QColor cool = window->preview()->picture()->toImage().pixelColor(sky);
+    const QColor cool = window->preview()->picture().toImage().pixelColor(sky);
     EXPECT_GT(cool.blue(), cool.red());
 
     // A click on the timeline gives the player back to it: the frame under the playhead shows.

@@ -194,7 +194,7 @@ TEST_F(SandboxWindowTest, thePreviewShowsTheClipOnTopAndPlayWithNothingSelectedR
         timeline->setPlayhead(row.at);
         EXPECT_EQ(preview->shownClip(), row.shown);
         ASSERT_TRUE(Scripted::waitFor([&] { return preview->frameShown(); }));
-        EXPECT_EQ(preview->picture() && !preview->picture()->isNull(), row.shown != nullptr);
+        EXPECT_EQ(!preview->picture().isNull(), row.shown != nullptr);
     }
 
     // A click on an empty place moves the playhead and clears the selection; playing then
