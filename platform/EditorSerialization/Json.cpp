@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QSet>
 
+#include <cmath>
 #include <vector>
 
 namespace Serialize {
@@ -154,6 +155,29 @@ QJsonDocument readJson(const QByteArray& data, QString* error)
         return QJsonDocument();
     }
     return document;
+}
+
+QJsonArray writeTransform(const Types::Transform& transform)
+{
+    QJsonArray array;
+    for (double v : transform.values())
+        array.append(v);
+    return array;
+}
+
+bool readTransform(const QJsonValue& value, Types::Transform& out)
+{
+    const QJsonArray array = value.toArray();
+    if (!value.isArray() || array.size() != 9)
+        return false;
+    double m[9];
+    for (int i = 0; i < 9; ++i) {
+        if (!array.at(i).isDouble() || !std::isfinite(array.at(i).toDouble()))
+            return false;
+        m[i] = array.at(i).toDouble();
+    }
+    out = Types::Transform(m[0], m[1], m[2], m[3], m[4], m[5], m[6], m[7], m[8]);
+    return true;
 }
 
 } // namespace Serialize

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <EditorModel/Types.h>
+
 #include <QByteArray>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QString>
 
@@ -16,5 +19,10 @@ namespace Serialize {
 // A refused document gives a null document and, in `error` when given, the reason and where
 // ("illegal value at byte 4", "the key "a" repeated at byte 10").
 QJsonDocument readJson(const QByteArray& data, QString* error = nullptr);
+
+// A placement as nine numbers, row by row: [m11, m12, m13, m21, m22, m23, m31, m32, m33].
+QJsonArray writeTransform(const Types::Transform& transform);
+// The placement of such an array; false (and `out` unchanged) unless it holds nine finite numbers.
+bool readTransform(const QJsonValue& value, Types::Transform& out);
 
 } // namespace Serialize

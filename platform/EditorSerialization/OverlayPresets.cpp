@@ -6,8 +6,6 @@
 
 #include <glog/logging.h>
 
-#include <cmath>
-
 namespace Serialize {
 
 namespace {
@@ -41,23 +39,6 @@ bool optionalString(const QJsonObject& object, const QString& key, std::string& 
     return true;
 }
 
-bool readTransform(const QJsonValue& value, Types::Transform& out)
-{
-    if (value.isUndefined())
-        return true;
-    if (!value.isArray() || value.toArray().size() != 9)
-        return false;
-    const QJsonArray array = value.toArray();
-    double m[9];
-    for (int i = 0; i < 9; ++i) {
-        if (!array.at(i).isDouble() || !std::isfinite(array.at(i).toDouble()))
-            return false;
-        m[i] = array.at(i).toDouble();
-    }
-    out = Types::Transform(m[0], m[1], m[2], m[3], m[4], m[5], m[6], m[7], m[8]);
-    return true;
-}
-
 } // namespace
 
 QByteArray writeOverlayPresets(const std::vector<const Overlay::Preset*>& presets)
@@ -70,10 +51,8 @@ QByteArray writeOverlayPresets(const std::vector<const Overlay::Preset*>& preset
         }
         QJsonArray items;
         for (const Overlay::Item& item : preset->items()) {
-            QJsonArray transform;
-            for (double v : item.transform().values())
-                transform.append(v);
-            items.append(QJsonObject{{textKey, QString::fromStdString(item.text())}, {transformKey, transform}});
+            items.append(QJsonObject{{textKey, QString::fromStdString(item.text())},
+                                     {transformKey, writeTransform(item.transform())}});
         }
         list.append(QJsonObject{
             {nameKey, preset->name.toQString()}, {tagKey, QString::fromStdString(preset->tag())}, {itemsKey, items}});
@@ -127,7 +106,8 @@ std::vector<std::unique_ptr<Overlay::Preset>> readOverlayPresets(const QByteArra
             if (!itemObject.value(textKey).isString())
                 return refuse("an item has no text");
             Types::Transform transform;
-            if (!readTransform(itemObject.value(transformKey), transform))
+            const QJsonValue transformValue = itemObject.value(transformKey);
+            if (!transformValue.isUndefined() && !readTransform(transformValue, transform))
                 return refuse("an item transform is not nine finite numbers");
             preset->appendItem(
                 Overlay::Item().setText(itemObject.value(textKey).toString().toStdString()).setTransform(transform));

@@ -188,6 +188,13 @@ TEST_F(DragAndDropHandlerTest, AcceptanceIsAnsweredExactlyWithAReason)
          onFirst,
          Kind::Effect,
          {}},
+        {"animation beside any clip",
+         make([](QMimeData& d) { DragAndDropHandler::packAnimation(&d, Animation::TransformationItem()); }), onPrimary,
+         Kind::Animation, QStringLiteral("Drop the animation on a video or picture clip.")},
+        {"pan and zoom on a title",
+         make([](QMimeData& d) { DragAndDropHandler::packPanAndZoom(&d, Animation::TransformationItem()); }),
+         Target::onTimeline(timeline->titleTrack(), 0, caption), Kind::PanAndZoom,
+         QStringLiteral("Drop the pan and zoom on a video or picture clip.")},
         {"clip of another timeline", make([&](QMimeData& d) { DragAndDropHandler::packClip(&d, stranger); }), onPrimary,
          Kind::Clip, QStringLiteral("The dragged clip is not on this timeline.")},
         {"title clip onto the video track", make([&](QMimeData& d) { DragAndDropHandler::packClip(&d, caption); }),
@@ -265,6 +272,29 @@ TEST_F(DragAndDropHandlerTest, LibraryDragsBecomeTheirRequestsAndHostilePayloads
         effects.push_back(effect->collectionId() + "/" + effect->id());
     EXPECT_EQ(effects, (std::vector<std::string>{"filters.color/noir", "transitions/fade"}));
 
+    // An animation starts where it is dropped within the clip; a pan and zoom then replaces it.
+    struct Starts : PubSub::Subscriber<Timeline::AnimationAddRequest>
+    {
+        Starts() { subscribeAll(typeid(Timeline::AnimationAddRequest)); }
+        void notify(const Timeline::AnimationAddRequest& r) override { at.push_back(r.position); }
+        std::vector<Types::Time> at;
+    } starts;
+    Animation::TransformationItem motion;
+    motion.name = "Grow";
+    motion.setKey(second, Transformation::Object().setMatrix(Types::Transform(QTransform::fromScale(2, 2))));
+    QMimeData animation;
+    DragAndDropHandler::packAnimation(&animation, motion);
+    for (Types::Time at : {7 * second, 3 * second, 60 * second})
+        ASSERT_TRUE(handler.drop(&animation, Target::onTimeline(timeline->primaryTrack(), at, second_)));
+    EXPECT_EQ(starts.at, (std::vector<Types::Time>{2 * second, 0, 5 * second})) << "within the clip's five seconds";
+    ASSERT_NE(second_->animation(), nullptr);
+    EXPECT_EQ(second_->animation()->keys().at(0).value, motion.keys().at(0).value);
+    motion.name = "Close-up";
+    QMimeData panAndZoom;
+    DragAndDropHandler::packPanAndZoom(&panAndZoom, motion);
+    ASSERT_TRUE(handler.drop(&panAndZoom, Target::onTimeline(timeline->primaryTrack(), 0, second_)));
+    EXPECT_EQ(second_->animation()->name, Types::String("Close-up"));
+
     // A clip moved within the timeline takes its linked title along.
     QMimeData move;
     DragAndDropHandler::packClip(&move, second_);
@@ -284,10 +314,14 @@ TEST_F(DragAndDropHandlerTest, LibraryDragsBecomeTheirRequestsAndHostilePayloads
     bogusClip.setData(DragAndDropHandler::clipFormat(), "12345678");
     QMimeData badTitle;
     badTitle.setData(Overlay::Preset::mimeType->toQString(), "\x01\x02garbage");
+    QMimeData badMotion;
+    badMotion.setData(DragAndDropHandler::panAndZoomFormat(), R"({"format":"animation","version":1,"keys":[]})");
     const Target onFirst = Target::onTimeline(timeline->primaryTrack(), 0, first);
-    for (QMimeData* data : {&badQuiz, &badEffect, &badTransition, &bogusClip, &badTitle})
+    for (QMimeData* data : {&badQuiz, &badEffect, &badTransition, &bogusClip, &badTitle, &badMotion})
         EXPECT_FALSE(handler.drop(data, data == &badQuiz || data == &badTitle ? Target() : onFirst));
-    EXPECT_EQ(refused.count(), 5);
+    EXPECT_EQ(refused.count(), 6);
+    EXPECT_EQ(refused.at(5).at(0).toString(), QStringLiteral("The dragged pan and zoom cannot be read."));
+    EXPECT_EQ(first->animation(), nullptr);
     EXPECT_TRUE(refused.at(0).at(0).toString().startsWith(QStringLiteral("The quiz description is not valid JSON")));
     EXPECT_EQ(refused.at(3).at(0).toString(), QStringLiteral("The dragged clip is not on this timeline."));
     EXPECT_EQ(timeline->clips().size(), clips);

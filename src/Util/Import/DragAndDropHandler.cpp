@@ -5,6 +5,7 @@
 #include "TimelineFileOpenHandler.h"
 #include "TimelineShadowChange.h"
 
+#include <Util/Interfaces/EditorSerialization.h>
 #include <Util/Interfaces/EditorSettings.h>
 
 #include <QDir>
@@ -279,6 +280,10 @@ QString DragAndDropHandler::effectFormat() { return QStringLiteral("application/
 
 QString DragAndDropHandler::transitionFormat() { return QStringLiteral("application/x-editor-transition"); }
 
+QString DragAndDropHandler::animationFormat() { return QStringLiteral("application/x-editor-animation"); }
+
+QString DragAndDropHandler::panAndZoomFormat() { return QStringLiteral("application/x-editor-pan-and-zoom"); }
+
 QString DragAndDropHandler::clipFormat() { return QStringLiteral("application/x-editor-clip"); }
 
 void DragAndDropHandler::packEffect(QMimeData* data, const Effect::Object& effect)
@@ -290,6 +295,16 @@ void DragAndDropHandler::packTransition(QMimeData* data, const Transition::Objec
 {
     data->setData(transitionFormat(),
                   QByteArray::fromStdString(transition.id + '\n' + std::to_string(transition.duration)));
+}
+
+void DragAndDropHandler::packAnimation(QMimeData* data, const Animation::TransformationItem& animation)
+{
+    data->setData(animationFormat(), Serialize::writeAnimation(animation));
+}
+
+void DragAndDropHandler::packPanAndZoom(QMimeData* data, const Animation::TransformationItem& panAndZoom)
+{
+    data->setData(panAndZoomFormat(), Serialize::writeAnimation(panAndZoom));
 }
 
 void DragAndDropHandler::packClip(QMimeData* data, const Timeline::Clip* clip)
@@ -377,6 +392,10 @@ DragAndDropHandler::Assessment DragAndDropHandler::classify(const QMimeData* dat
         a.kind = Kind::Effect;
     else if (data->hasFormat(transitionFormat()))
         a.kind = Kind::Transition;
+    else if (data->hasFormat(animationFormat()))
+        a.kind = Kind::Animation;
+    else if (data->hasFormat(panAndZoomFormat()))
+        a.kind = Kind::PanAndZoom;
     else if (data->hasFormat(clipFormat()))
         a.kind = Kind::Clip;
     if (a.kind != Kind::None || !MimeUtils::hasUrls(data)) {
@@ -425,11 +444,13 @@ QString DragAndDropHandler::refusalAt(Kind kind, const QMimeData* data, const Ta
                                       : tr("Titles go on the title track or the picture.");
         return {};
     case Kind::Effect:
+        return onClip && isVisual(target.clip) ? QString() : tr("Drop the effect on a video or picture clip.");
     case Kind::Transition:
-        if (!onClip || !isVisual(target.clip))
-            return kind == Kind::Effect ? tr("Drop the effect on a video or picture clip.")
-                                        : tr("Drop the transition on a video or picture clip.");
-        return {};
+        return onClip && isVisual(target.clip) ? QString() : tr("Drop the transition on a video or picture clip.");
+    case Kind::Animation:
+        return onClip && isVisual(target.clip) ? QString() : tr("Drop the animation on a video or picture clip.");
+    case Kind::PanAndZoom:
+        return onClip && isVisual(target.clip) ? QString() : tr("Drop the pan and zoom on a video or picture clip.");
     case Kind::Clip: {
         const Timeline::Clip* clip = draggedClip(data);
         if (!clip)
@@ -540,6 +561,9 @@ bool DragAndDropHandler::drop(const QMimeData* data, const Target& target)
         return dropEffect(data, target);
     case Kind::Transition:
         return dropTransition(data, target);
+    case Kind::Animation:
+    case Kind::PanAndZoom:
+        return dropMotion(a.kind, data, target);
     case Kind::Clip:
         return dropClip(data, target);
     case Kind::None:
@@ -676,6 +700,27 @@ bool DragAndDropHandler::dropTransition(const QMimeData* data, const Target& tar
     }
     RequestPublisher::publish(Timeline::TransitionAddRequest(
         m_timeline, Transition::Object(lines->first.toStdString(), Types::Time(duration)), target.clip));
+    return true;
+}
+
+bool DragAndDropHandler::dropMotion(Kind kind, const QMimeData* data, const Target& target)
+{
+    const bool animation = kind == Kind::Animation;
+    std::optional<Animation::TransformationItem> item =
+        Serialize::readAnimation(data->data(animation ? animationFormat() : panAndZoomFormat()));
+    if (!item) {
+        refuse(animation ? tr("The dragged animation cannot be read.")
+                         : tr("The dragged pan and zoom cannot be read."));
+        return false;
+    }
+    if (!animation) {
+        RequestPublisher::publish(Timeline::PanAndZoomAddRequest(m_timeline, target.clip, std::move(*item)));
+        return true;
+    }
+    // The animation starts where it was dropped, within the clip.
+    const Timeline::ClipTiming& timing = m_timeline->clipTiming(target.clip);
+    const Types::Time start = std::clamp<Types::Time>(target.position - timing.position, 0, timing.length);
+    RequestPublisher::publish(Timeline::AnimationAddRequest(m_timeline, target.clip, std::move(*item), start));
     return true;
 }
 

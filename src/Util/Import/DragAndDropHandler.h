@@ -30,8 +30,9 @@ class QMimeData;
 //     and nothing else of that drop is added;
 //   - the library's own drags: titles and callouts (Overlay::Preset::mimeType, see
 //     MimeUtils::makeOverlayPresetList), quizzes (Quiz::Preset::mimeType, the questions as
-//     Quiz::Utils JSON), effects and transitions dropped on a clip, and clips moved within the
-//     timeline (with their linked clips), each packed by the pack functions below.
+//     Quiz::Utils JSON), effects, transitions, animations and pan-and-zoom presets dropped on a
+//     clip (an animation starts where it is dropped, a pan and zoom spans the clip), and clips
+//     moved within the timeline (with their linked clips), each packed by the pack functions below.
 // Where the drop lands is the caller's to say (a Target, from the view's own geometry). The
 // acceptance of a drag is answered exactly: assess() tells whether the drag can land at the
 // target, and if not, why, for a status line; the drag events are accepted or ignored to match.
@@ -45,13 +46,15 @@ class QMimeData;
 //   void TimelineView::dropEvent(QDropEvent* e) { drops.dropEvent(e, targetAt(e->pos())); }
 class EDITORUTIL_EXPORT DragAndDropHandler
     : public QObject,
-      public PubSub::Publisher<Timeline::OverlayAddRequest, Timeline::QuizAddRequest, Timeline::TransitionAddRequest>
+      public PubSub::Publisher<Timeline::OverlayAddRequest, Timeline::QuizAddRequest, Timeline::TransitionAddRequest,
+                               Timeline::AnimationAddRequest, Timeline::PanAndZoomAddRequest>
 {
     Q_OBJECT
 
 public:
     using RequestPublisher =
-        PubSub::Publisher<Timeline::OverlayAddRequest, Timeline::QuizAddRequest, Timeline::TransitionAddRequest>;
+        PubSub::Publisher<Timeline::OverlayAddRequest, Timeline::QuizAddRequest, Timeline::TransitionAddRequest,
+                          Timeline::AnimationAddRequest, Timeline::PanAndZoomAddRequest>;
 
     // Where a drop lands.
     struct Target
@@ -76,6 +79,8 @@ public:
         Quiz,
         Effect,
         Transition,
+        Animation,
+        PanAndZoom,
         Clip,
     };
 
@@ -116,9 +121,13 @@ public:
     // Mime formats of the library's own drags, and their packing.
     static QString effectFormat();     // "application/x-editor-effect"
     static QString transitionFormat(); // "application/x-editor-transition"
+    static QString animationFormat();  // "application/x-editor-animation"
+    static QString panAndZoomFormat(); // "application/x-editor-pan-and-zoom"
     static QString clipFormat();       // "application/x-editor-clip"
     static void packEffect(QMimeData* data, const Effect::Object& effect);
     static void packTransition(QMimeData* data, const Transition::Object& transition);
+    static void packAnimation(QMimeData* data, const Animation::TransformationItem& animation);
+    static void packPanAndZoom(QMimeData* data, const Animation::TransformationItem& panAndZoom);
     static void packClip(QMimeData* data, const Timeline::Clip* clip);
     static void packQuiz(QMimeData* data, const Quiz::Preset& quiz);
 
@@ -157,6 +166,7 @@ private:
     bool dropQuiz(const QMimeData* data, const Target& target);
     bool dropEffect(const QMimeData* data, const Target& target);
     bool dropTransition(const QMimeData* data, const Target& target);
+    bool dropMotion(Kind kind, const QMimeData* data, const Target& target);
     bool dropClip(const QMimeData* data, const Target& target);
     const Timeline::Clip* draggedClip(const QMimeData* data) const;
     void timelineGone();
