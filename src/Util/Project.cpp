@@ -1,5 +1,6 @@
 #include <Util/Dialog/Dialog.h>
 #include <Util/Filesystem.h>
+#include <Util/Import/QuizUtils.h>
 #include <Util/Interfaces/EditorModel.h>
 #include <Util/Interfaces/EditorSerialization.h>
 #include <Util/Interfaces/EditorSettings.h>
@@ -46,18 +47,35 @@ Result failure(Status status, const QString& message)
 
 QJsonObject toJson(const ClipEntry& clip)
 {
-    return QJsonObject{{QStringLiteral("file"), clip.file},
-                       {QStringLiteral("stream"), clip.stream},
-                       {QStringLiteral("type"), clip.type},
-                       {QStringLiteral("name"), clip.name},
-                       {QStringLiteral("track"), clip.track},
-                       {QStringLiteral("position"), QString::number(clip.position)},
-                       {QStringLiteral("length"), QString::number(clip.length)},
-                       {QStringLiteral("offset"), QString::number(clip.offset)},
-                       {QStringLiteral("speed"), clip.speed},
-                       {QStringLiteral("reversed"), clip.reversed},
-                       {QStringLiteral("master"), clip.master},
-                       {QStringLiteral("linkOffset"), QString::number(clip.linkOffset)}};
+    QJsonObject o{{QStringLiteral("file"), clip.file},
+                  {QStringLiteral("stream"), clip.stream},
+                  {QStringLiteral("type"), clip.type},
+                  {QStringLiteral("name"), clip.name},
+                  {QStringLiteral("track"), clip.track},
+                  {QStringLiteral("position"), QString::number(clip.position)},
+                  {QStringLiteral("length"), QString::number(clip.length)},
+                  {QStringLiteral("offset"), QString::number(clip.offset)},
+                  {QStringLiteral("speed"), clip.speed},
+                  {QStringLiteral("reversed"), clip.reversed},
+                  {QStringLiteral("master"), clip.master},
+                  {QStringLiteral("linkOffset"), QString::number(clip.linkOffset)}};
+    QJsonArray effects;
+    for (const EffectEntry& effect : clip.effects) {
+        QJsonObject parameters;
+        for (auto it = effect.parameters.begin(); it != effect.parameters.end(); ++it)
+            parameters.insert(it.key(), it.value());
+        effects.append(QJsonObject{{QStringLiteral("collection"), effect.collection},
+                                   {QStringLiteral("id"), effect.id},
+                                   {QStringLiteral("parameters"), parameters}});
+    }
+    if (!effects.isEmpty())
+        o.insert(QStringLiteral("effects"), effects);
+    for (const auto& [key, value] :
+         {std::pair(QStringLiteral("animation"), &clip.animation), std::pair(QStringLiteral("overlay"), &clip.overlay),
+          std::pair(QStringLiteral("quiz"), &clip.quiz)})
+        if (!value->isEmpty())
+            o.insert(key, *value);
+    return o;
 }
 
 // Times are written as decimal strings: a JSON number holds 53 bits only.
@@ -68,11 +86,40 @@ bool readTime(const QJsonObject& object, const QString& key, qint64& value)
     return ok;
 }
 
+QByteArray bytes(const QJsonObject& object) { return QJsonDocument(object).toJson(QJsonDocument::Compact); }
+
+// The effects, animation, title and quiz of a clip, each read the way its own reader reads it.
+bool contentFromJson(const QJsonObject& o, ClipEntry& clip)
+{
+    for (const QJsonValue& value : o.value(QStringLiteral("effects")).toArray()) {
+        const QJsonObject e = value.toObject();
+        EffectEntry effect{
+            e.value(QStringLiteral("collection")).toString(), e.value(QStringLiteral("id")).toString(), {}};
+        const QJsonObject parameters = e.value(QStringLiteral("parameters")).toObject();
+        for (auto it = parameters.begin(); it != parameters.end(); ++it) {
+            if (!it.value().isDouble())
+                return false;
+            effect.parameters.insert(it.key(), it.value().toDouble());
+        }
+        if (effect.collection.isEmpty() || effect.id.isEmpty())
+            return false;
+        clip.effects << effect;
+    }
+    clip.animation = o.value(QStringLiteral("animation")).toObject();
+    clip.overlay = o.value(QStringLiteral("overlay")).toObject();
+    clip.quiz = o.value(QStringLiteral("quiz")).toObject();
+    return (clip.animation.isEmpty() || Serialize::readAnimation(bytes(clip.animation)))
+           && (clip.overlay.isEmpty() || Serialize::readOverlayPresets(bytes(clip.overlay)).size() == 1)
+           && (clip.quiz.isEmpty() || Quiz::Utils::readQuestions(bytes(clip.quiz)));
+}
+
 bool fromJson(const QJsonValue& value, int trackCount, int index, ClipEntry& clip)
 {
     if (!value.isObject())
         return false;
     const QJsonObject o = value.toObject();
+    if (!contentFromJson(o, clip))
+        return false;
     clip.file = o.value(QStringLiteral("file")).toString();
     clip.stream = o.value(QStringLiteral("stream")).toInt(-1);
     clip.type = o.value(QStringLiteral("type")).toInt();
@@ -89,9 +136,15 @@ bool fromJson(const QJsonValue& value, int trackCount, int index, ClipEntry& cli
 
 } // namespace
 
+bool operator==(const EffectEntry& a, const EffectEntry& b)
+{
+    return a.collection == b.collection && a.id == b.id && a.parameters == b.parameters;
+}
+
 bool operator==(const ClipEntry& a, const ClipEntry& b)
 {
-    return a.file == b.file && a.stream == b.stream && a.type == b.type && a.name == b.name && a.track == b.track
+    return a.effects == b.effects && a.animation == b.animation && a.overlay == b.overlay && a.quiz == b.quiz
+           && a.file == b.file && a.stream == b.stream && a.type == b.type && a.name == b.name && a.track == b.track
            && a.position == b.position && a.length == b.length && a.offset == b.offset && a.speed == b.speed
            && a.reversed == b.reversed && a.master == b.master && a.linkOffset == b.linkOffset;
 }
@@ -133,6 +186,18 @@ Document capture(const Timeline::Object* timeline, const std::vector<const Media
             entry.master = int(std::find(clips.begin(), clips.end(), link->master) - clips.begin());
             entry.linkOffset = link->offset;
         }
+        for (const Effect::Object* effect : clip->effects()) {
+            EffectEntry e{QString::fromStdString(effect->collectionId()), QString::fromStdString(effect->id()), {}};
+            for (const auto& [name, value] : effect->parameters())
+                e.parameters.insert(QString::fromStdString(name), value);
+            entry.effects << e;
+        }
+        if (clip->animation())
+            entry.animation = QJsonDocument::fromJson(Serialize::writeAnimation(*clip->animation())).object();
+        if (clip->overlay())
+            entry.overlay = QJsonDocument::fromJson(Serialize::writeOverlayPresets({clip->overlay()})).object();
+        if (clip->quiz())
+            entry.quiz = QJsonDocument::fromJson(Quiz::Utils::writeQuestions(clip->quiz()->questions)).object();
         document.clips << entry;
     }
     // A master listed after its slave is written as no link at all.
@@ -140,6 +205,35 @@ Document capture(const Timeline::Object* timeline, const std::vector<const Media
         if (document.clips[i].master >= i)
             document.clips[i].master = -1;
     return document;
+}
+
+Timeline::Clip restoreClip(const ClipEntry& entry, const Media::File* file)
+{
+    Timeline::Clip clip(Timeline::Clip::Type(entry.type), file, entry.stream);
+    clip.setName(entry.name);
+    for (const EffectEntry& e : entry.effects) {
+        Effect::Object effect(e.collection.toStdString(), e.id.toStdString());
+        for (auto it = e.parameters.begin(); it != e.parameters.end(); ++it)
+            effect.setParameter(it.key().toStdString(), it.value());
+        clip.replaceEffect(&effect);
+    }
+    if (!entry.animation.isEmpty())
+        if (std::optional<Animation::TransformationItem> item = Serialize::readAnimation(bytes(entry.animation)))
+            clip.setAnimation(std::make_shared<const Animation::TransformationItem>(std::move(*item)));
+    if (!entry.overlay.isEmpty()) {
+        std::vector<std::unique_ptr<Overlay::Preset>> presets = Serialize::readOverlayPresets(bytes(entry.overlay));
+        if (presets.size() == 1)
+            clip.setOverlay(std::move(presets.front()));
+    }
+    if (!entry.quiz.isEmpty()) {
+        if (std::optional<std::vector<Quiz::Question>> questions = Quiz::Utils::readQuestions(bytes(entry.quiz))) {
+            auto quiz = std::make_shared<Quiz::Preset>();
+            quiz->name = Types::String(entry.name);
+            quiz->questions = std::move(*questions);
+            clip.setQuiz(std::move(quiz));
+        }
+    }
+    return clip;
 }
 
 Result load(const QString& path)

@@ -3,6 +3,7 @@
 #include <Util/EditorUtilExport.h>
 
 #include <QByteArray>
+#include <QJsonObject>
 #include <QList>
 #include <QMap>
 #include <QString>
@@ -12,7 +13,8 @@
 
 namespace Timeline {
 class Object;
-}
+class Clip;
+} // namespace Timeline
 namespace Media {
 class File;
 }
@@ -25,6 +27,15 @@ namespace Project {
 
 // The version this library writes; files of a later version are refused.
 constexpr int FormatVersion = 1;
+
+// An effect of a clip (a colour filter, a transition, ...): its collection, id and parameters.
+struct EffectEntry
+{
+    QString collection;
+    QString id;
+    QMap<QString, double> parameters;
+};
+EDITORUTIL_EXPORT bool operator==(const EffectEntry& a, const EffectEntry& b);
 
 // A clip of the timeline: its media (file path and stream), its track (index into the
 // document's tracks), its timing and, for a slave clip, the index of its master.
@@ -42,6 +53,12 @@ struct ClipEntry
     bool reversed = false;
     int master = -1; // index of the master clip, -1 for none
     qint64 linkOffset = 0;
+    // What the clip shows besides its media: its effects in the order they apply, and its
+    // animation, title or callout and quiz, each as the document its drags carry (empty: none).
+    QList<EffectEntry> effects;
+    QJsonObject animation;
+    QJsonObject overlay;
+    QJsonObject quiz;
 };
 EDITORUTIL_EXPORT bool operator==(const ClipEntry& a, const ClipEntry& b);
 
@@ -74,6 +91,9 @@ struct Result
 // The document of `timeline` and the bin's `media`, in the timeline's order.
 EDITORUTIL_EXPORT Document capture(const Timeline::Object* timeline, const std::vector<const Media::File*>& media,
                                    const QString& name);
+// The clip record of an entry, showing `file`: its type, stream, name, effects, animation,
+// title and quiz. Its place on the timeline is the entry's timing and link.
+EDITORUTIL_EXPORT Timeline::Clip restoreClip(const ClipEntry& entry, const Media::File* file);
 // Project files are small; a file larger than this is no project of ours and is refused as
 // damaged without being read whole.
 constexpr qint64 MaxFileBytes = 64 * 1024 * 1024;

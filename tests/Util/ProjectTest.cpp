@@ -10,6 +10,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QJsonDocument>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -50,6 +51,10 @@ protected:
         video.offset = 5'000'000;
         video.speed = 1.5;
         video.reversed = true;
+        video.effects = {{QStringLiteral("filters.color"), QStringLiteral("sepia"), {{QStringLiteral("mix"), 0.5}}}};
+        video.animation = QJsonDocument::fromJson(R"({"format":"animation","version":1,"keys":[
+            {"time":"7","transform":[2,0,0,0,2,0,0,0,1]}]})")
+                              .object();
         Project::ClipEntry sound = video;
         sound.stream = 1;
         sound.type = 2;
@@ -94,6 +99,8 @@ TEST_F(ProjectTest, badFilesAreRefusedWithTheirOwnMessage)
     // Qt alone would keep the second "media" and lose the memory of the first.
     QByteArray repeated = good;
     repeated.replace("\"name\": \"Holiday\"", "\"media\": [[1]], \"name\": \"Holiday\"");
+    QByteArray badMotion = good;
+    badMotion.replace("\"time\": \"7\"", "\"time\": \"-7\"");
     QByteArray badTrack = good;
     badTrack.replace("\"track\": 3", "\"track\": 9");
     struct Row
@@ -111,6 +118,7 @@ TEST_F(ProjectTest, badFilesAreRefusedWithTheirOwnMessage)
         {"random bytes", QByteArray(300, '\x9c'), true, Project::Status::Corrupted, "damaged or incomplete"},
         {"another format", foreign, true, Project::Status::Corrupted, "damaged or incomplete"},
         {"a clip on a track that does not exist", badTrack, true, Project::Status::Corrupted, "damaged or incomplete"},
+        {"a motion that is no animation", badMotion, true, Project::Status::Corrupted, "damaged or incomplete"},
         {"a repeated key", repeated, true, Project::Status::Corrupted, "damaged or incomplete"},
         {"a newer version", newer, true, Project::Status::NewerVersion, "newer version"},
     };
