@@ -39,7 +39,8 @@ Clip& Clip::replaceEffect(const Effect::Object* effect)
 
 Clip& Clip::removeEffect(const std::string& id)
 {
-    m_effects.remove_if([&id](const Effect::Object& e) { return e.id() == id; });
+    // A copy: `id` may belong to one of the effects removed.
+    m_effects.remove_if([wanted = id](const Effect::Object& e) { return e.id() == wanted; });
     return *this;
 }
 

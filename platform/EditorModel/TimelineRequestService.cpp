@@ -191,6 +191,10 @@ void TimelineRequestService::transitionAdd(const Timeline::TransitionAddRequest&
     Effect::Object effect(EditorCollection::CollectionID::TRANSITIONS, r.transition.id);
     effect.setParameter("duration", double(r.transition.duration) / double(Types::TimeUnitsPerSecond));
     Edit<Timeline::Clip> edit(&m_clips, r.clip);
+    // A clip has one transition at a time.
+    for (const Effect::Object* old : edit->effects())
+        if (old->collectionId() == EditorCollection::CollectionID::TRANSITIONS)
+            edit->removeEffect(old->id());
     edit->replaceEffect(&effect);
 }
 
