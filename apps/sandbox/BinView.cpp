@@ -18,8 +18,10 @@
 #include <QGraphicsSimpleTextItem>
 #include <QMimeData>
 #include <QMouseEvent>
+#include <QUrl>
 
 #include <algorithm>
+#include <optional>
 
 namespace Sandbox {
 
@@ -76,6 +78,13 @@ public:
     }
     ~BinTile() override { delete m_requester; }
 
+    // A thumbnail still asked for is not drawn.
+    void cancelThumbnail()
+    {
+        if (m_requester && !m_hasThumbnail)
+            m_requester->cancel();
+    }
+
     static QString describe(const Media::File* file)
     {
         if (file->isFailed())
@@ -116,32 +125,12 @@ BinView::~BinView() { clear(); }
 void BinView::setDropTimeline(const Timeline::Object* timeline)
 {
     m_drops.reset();
-    m_landed.clear();
     if (!timeline)
         return;
     m_drops = std::make_unique<DragAndDropHandler>(timeline);
-    for (const Timeline::Clip* clip : timeline->clips())
-        m_landed.insert(clip);
-    connect(m_drops.get(), &DragAndDropHandler::filesLanded, this, &BinView::landed);
     connect(m_drops.get(), &DragAndDropHandler::projectDropped, this, &BinView::projectDropped);
     connect(m_drops.get(), &DragAndDropHandler::statusChanged, this, &BinView::dropStatus);
     connect(m_drops.get(), &DragAndDropHandler::dropRefused, this, &BinView::dropRefused);
-}
-
-// The clips a drop added to the bin's timeline bring their files.
-void BinView::landed()
-{
-    int opened = 0;
-    int failed = 0;
-    for (const Timeline::Clip* clip : m_drops->timeline()->clips()) {
-        if (!m_landed.insert(clip).second || !clip->file())
-            continue;
-        const std::size_t before = m_files.size();
-        addFile(clip->file());
-        if (m_files.size() > before)
-            ++(clip->file()->isOpened() ? opened : failed);
-    }
-    emit filesLanded(opened, failed);
 }
 
 void BinView::addFile(const Media::File* file)
@@ -191,6 +180,12 @@ const Media::File* BinView::fileAt(const QPoint& viewportPos) const
             if (auto* tile = dynamic_cast<BinTile*>(i))
                 return tile->file;
     return nullptr;
+}
+
+void BinView::cancelThumbnails()
+{
+    for (BinTile* tile : m_tiles)
+        tile->cancelThumbnail();
 }
 
 QPoint BinView::tilePoint(const Media::File* file) const
@@ -264,7 +259,25 @@ void BinView::dropEvent(QDropEvent* event)
 {
     if (!m_drops || event->source() == this)
         return event->ignore();
-    m_drops->dropEvent(event, DragAndDropHandler::Target());
+    const QMimeData* data = event->mimeData();
+    const DragAndDropHandler::Assessment assessment = m_drops->assess(data, DragAndDropHandler::Target());
+    if (assessment.kind != DragAndDropHandler::Kind::Files || !assessment.accepted)
+        return m_drops->dropEvent(event, DragAndDropHandler::Target());
+    // Files are the window's to import, with its progress and Cancel.
+    m_drops->dragLeaveEvent(nullptr);
+    QStringList paths;
+    for (const QUrl& url : data->urls())
+        if (url.isLocalFile())
+            paths << url.toLocalFile();
+    QString error;
+    const std::optional<QStringList> files = DragAndDropHandler::expandDroppedPaths(paths, &error);
+    if (!files) {
+        event->ignore();
+        emit dropRefused(error);
+        return;
+    }
+    event->acceptProposedAction();
+    emit filesDropped(*files);
 }
 
 void BinView::relayout()

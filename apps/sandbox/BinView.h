@@ -5,7 +5,6 @@
 #include <QGraphicsView>
 
 #include <memory>
-#include <set>
 #include <vector>
 
 class DragAndDropHandler;
@@ -19,9 +18,9 @@ class BinTile;
 
 // The media bin: a sticky grid of tiles, one per imported file, each with a thumbnail drawn
 // by the model's thumbnail service, the file's name, length and picture size. A file that
-// failed to open is shown greyed. Tiles are dragged out as file lists. Files dropped from the
-// desktop are added by a DragAndDropHandler to the bin's own timeline (folders expanded, one
-// question about the files that fail) and get their tiles when they land.
+// failed to open is shown greyed. Tiles are dragged out as file lists. A DragAndDropHandler
+// answers drags from the desktop; dropped files (folders expanded, natural order) are handed on
+// by filesDropped for the window to import, and a dropped project is announced.
 class BinView : public QGraphicsView
 {
     Q_OBJECT
@@ -33,7 +32,7 @@ public:
     explicit BinView(QWidget* parent = nullptr);
     ~BinView() override;
 
-    // The timeline desktop drops add their files to (the bin's source); null refuses drops.
+    // The timeline whose drop rules the bin answers drags by (the bin's source); null refuses drops.
     void setDropTimeline(const Timeline::Object* timeline);
     // Adds a tile for the file (once per file and path).
     void addFile(const Media::File* file);
@@ -41,6 +40,8 @@ public:
     const std::vector<const Media::File*>& files() const { return m_files; }
     // Tiles whose thumbnail has arrived.
     int thumbnailCount() const;
+    // Stops asking for the thumbnails not yet drawn; their tiles stay without a picture.
+    void cancelThumbnails();
     // The file of the tile under a viewport point, or null; the point over a file's tile.
     const Media::File* fileAt(const QPoint& viewportPos) const;
     QPoint tilePoint(const Media::File* file) const;
@@ -50,8 +51,8 @@ public:
 Q_SIGNALS:
     void thumbnailArrived(const Media::File* file);
     void fileActivated(const Media::File* file);
-    // Files dropped from the desktop have their tiles: `opened` of them opened, `failed` did not.
-    void filesLanded(int opened, int failed);
+    // Files dropped from the desktop, folders expanded, in natural name order, each once.
+    void filesDropped(const QStringList& paths);
     void projectDropped(const QString& path);
     // Why the drag in progress cannot land (empty while it can), or why a drop was refused.
     void dropStatus(const QString& status);
@@ -70,7 +71,6 @@ protected:
 private:
     BinTile* tileOf(const Media::File* file) const;
     void relayout();
-    void landed();
 
     StickyGrid* m_grid;
     std::vector<const Media::File*> m_files;
@@ -78,7 +78,6 @@ private:
     QPoint m_pressPos;
     const Media::File* m_pressed = nullptr;
     std::unique_ptr<DragAndDropHandler> m_drops;
-    std::set<const Timeline::Clip*> m_landed; // clips of the drop timeline already shown
 };
 
 } // namespace Sandbox

@@ -1,6 +1,8 @@
 #include "Panels.h"
 
 #include <Util/Format.h>
+#include <Util/Import/DragAndDropHandler.h>
+#include <Util/Import/MimeUtils.h>
 #include <Util/Preview/AnimationPreviewProvider.h>
 #include <Util/Preview/CalloutPreviewProvider.h>
 #include <Util/Preview/ColorFilterPreviewProvider.h>
@@ -18,6 +20,7 @@
 #include <QDoubleSpinBox>
 #include <QFileInfo>
 #include <QFormLayout>
+#include <QMimeData>
 #include <QTreeWidget>
 #include <QUndoStack>
 #include <QVBoxLayout>
@@ -137,9 +140,32 @@ struct PreviewBrowser::Kind
     QStringList labels;
     // Puts item `index` into the provider's preview with `composition` (null: the preview ends).
     std::function<void(int index, const Composition::Object* composition)> present;
+    // Packs item `index` as its drag carries it.
+    std::function<void(QMimeData* data, int index)> pack;
 };
 
 namespace {
+
+// The browser's list: an item dragged out carries what the browser packs for it.
+class PresetList : public QTreeWidget
+{
+public:
+    PresetList(std::function<QMimeData*(QTreeWidgetItem*)> pack, QWidget* parent)
+        : QTreeWidget(parent), m_pack(std::move(pack))
+    {
+        setDragEnabled(true);
+        setDragDropMode(QAbstractItemView::DragOnly);
+    }
+
+protected:
+    QMimeData* mimeData(const QList<QTreeWidgetItem*> items) const override
+    {
+        return items.size() == 1 ? m_pack(items.front()) : nullptr;
+    }
+
+private:
+    std::function<QMimeData*(QTreeWidgetItem*)> m_pack;
+};
 
 template <class X>
 std::shared_ptr<const X> shared(X value)
@@ -152,6 +178,7 @@ Effect::Object effect(const std::string& collection, const char* id) { return Ef
 Overlay::Preset overlay(const char* text, const QTransform& place = {})
 {
     Overlay::Preset preset;
+    preset.name = Types::String(text);
     preset.appendItem(Overlay::Item().setText(text).setTransform(Types::Transform(place)));
     return preset;
 }
@@ -163,9 +190,10 @@ Quiz::Preset quiz(const char* question, std::vector<Types::String> answers, std:
     return preset;
 }
 
-Animation::TransformationItem motion(const QTransform& from, const QTransform& to)
+Animation::TransformationItem motion(const QString& name, const QTransform& from, const QTransform& to)
 {
     Animation::TransformationItem item;
+    item.name = Types::String(name);
     item.setKey(0, Transformation::Object().setMatrix(Types::Transform(from)));
     item.setKey(Types::TimeUnitsPerSecond, Transformation::Object().setMatrix(Types::Transform(to)));
     return item;
@@ -186,50 +214,62 @@ PreviewBrowser::PreviewBrowser(ExclusiveService& player, QWidget* parent)
     m_composition.height = PreviewPanel::frameHeight;
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    m_list = new QTreeWidget(this);
+    m_list = new PresetList(
+        [this](QTreeWidgetItem* item) {
+            QTreeWidgetItem* kind = item->parent();
+            return kind ? mimeDataFor(kind->text(0), kind->indexOfChild(item)) : nullptr;
+        },
+        this);
     m_list->setHeaderLabel(tr("Effects and presets"));
     layout->addWidget(m_list);
 
     const std::string video = EditorCollection::CollectionID::EFFECTS_VIDEO;
     const std::string filter = EditorCollection::CollectionID::FILTERS_COLOR;
-    addKind<Effect::Object>(tr("Effects"), new EffectPreviewProvider(this),
+    const auto packEffect = [](QMimeData* data, const Effect::Object& effect) {
+        DragAndDropHandler::packEffect(data, effect);
+    };
+    const auto packOverlay = [](QMimeData* data, const Overlay::Preset& preset) {
+        MimeUtils::packOverlayPresets(data, {&preset});
+    };
+    addKind<Effect::Object>(tr("Effects"), new EffectPreviewProvider(this), packEffect,
                             {{tr("Blur"), shared(effect(video, "blur"))},
                              {tr("Mirror"), shared(effect(video, "mirror"))},
                              {tr("Pixelate"), shared(effect(video, "pixelate"))},
                              {tr("Vignette"), shared(effect(video, "vignette"))}});
-    addKind<Effect::Object>(tr("Colour filters"), new ColorFilterPreviewProvider(this),
+    addKind<Effect::Object>(tr("Colour filters"), new ColorFilterPreviewProvider(this), packEffect,
                             {{tr("Black and white"), shared(effect(filter, "grayscale"))},
                              {tr("Sepia"), shared(effect(filter, "sepia"))},
                              {tr("Warm"), shared(effect(filter, "warm"))},
                              {tr("Cool"), shared(effect(filter, "cool"))},
                              {tr("Negative"), shared(effect(filter, "invert"))}});
     addKind<Transition::Object>(tr("Transitions"), new TransitionPreviewProvider(this),
+                                &DragAndDropHandler::packTransition,
                                 {{tr("Crossfade"), shared(Transition::Object("crossfade"))},
                                  {tr("Wipe"), shared(Transition::Object("wipe"))},
                                  {tr("Slide"), shared(Transition::Object("slide"))},
                                  {tr("Dip to black"), shared(Transition::Object("dip"))}});
-    addKind<Overlay::Preset>(tr("Titles"), new TitlePreviewProvider(this),
+    addKind<Overlay::Preset>(tr("Titles"), new TitlePreviewProvider(this), packOverlay,
                              {{tr("Opening title"), shared(overlay("My holiday"))},
                               {tr("Lower third"), shared(overlay("Anna, 2026", QTransform::fromTranslate(0, 90)))}});
     addKind<Overlay::Preset>(
-        tr("Callouts"), new CalloutPreviewProvider(this),
+        tr("Callouts"), new CalloutPreviewProvider(this), packOverlay,
         {{tr("Look here"), shared(overlay("Look here!", QTransform::fromTranslate(-120, -70)))},
          {tr("Note"), shared(overlay("Note: sunset at 19:40", QTransform::fromTranslate(80, 60)))}});
     addKind<Quiz::Preset>(
-        tr("Quizzes"), new QuizPreviewProvider(this),
+        tr("Quizzes"), new QuizPreviewProvider(this), &DragAndDropHandler::packQuiz,
         {{tr("One answer"),
           shared(quiz("What rises in the east?", {Types::String("The sun"), Types::String("The sea")}, {0}))},
          {tr("Several answers"),
           shared(quiz("Which are green?", {Types::String("Hills"), Types::String("Sky"), Types::String("Grass")},
                       {0, 2}))}});
     addKind<Animation::TransformationItem>(
-        tr("Pan and zoom"), new PanZoomPreviewProvider(this),
-        {{tr("Close-up"), shared(motion(zoom(1.8), zoom(1.8)))},
-         {tr("Towards the sun"), shared(motion(zoom(2.2, -150, 80), zoom(2.2, -150, 80)))}});
+        tr("Pan and zoom"), new PanZoomPreviewProvider(this), &DragAndDropHandler::packPanAndZoom,
+        {{tr("Close-up"), shared(motion(tr("Close-up"), zoom(1.8), zoom(1.8)))},
+         {tr("Towards the sun"), shared(motion(tr("Towards the sun"), zoom(2.2, -150, 80), zoom(2.2, -150, 80)))}});
     addKind<Animation::TransformationItem>(
-        tr("Animations"), new AnimationPreviewProvider(this),
-        {{tr("Fly in"), shared(motion(QTransform::fromTranslate(-300, 0), QTransform()))},
-         {tr("Grow"), shared(motion(zoom(0.2), zoom(2.0)))}},
+        tr("Animations"), new AnimationPreviewProvider(this), &DragAndDropHandler::packAnimation,
+        {{tr("Fly in"), shared(motion(tr("Fly in"), QTransform::fromTranslate(-300, 0), QTransform()))},
+         {tr("Grow"), shared(motion(tr("Grow"), zoom(0.2), zoom(2.0)))}},
         Types::TimeUnitsPerSecond / 2);
     m_list->expandAll();
 
@@ -252,7 +292,7 @@ PreviewBrowser::~PreviewBrowser()
 }
 
 template <class X, class Provider>
-void PreviewBrowser::addKind(const QString& name, Provider* provider,
+void PreviewBrowser::addKind(const QString& name, Provider* provider, void (*pack)(QMimeData*, const X&),
                              std::vector<std::pair<QString, std::shared_ptr<const X>>> items, std::int64_t position)
 {
     auto kind = std::make_unique<Kind>();
@@ -270,12 +310,25 @@ void PreviewBrowser::addKind(const QString& name, Provider* provider,
         chain->position = position;
         chain->composition = composition;
     };
+    kind->pack = [pack, items](QMimeData* data, int index) { pack(data, *items[std::size_t(index)].second); };
     // The player (re)starts the preview: its picture is drawn on the stock picture.
     connect(provider, &CompositionProvider::restartRequested, this, [this, provider] {
         emit pictureReady(PreviewPicture::draw(*provider->preview(), QSize(m_composition.width, m_composition.height)),
                           m_caption);
     });
     m_kinds.push_back(std::move(kind));
+}
+
+QMimeData* PreviewBrowser::mimeDataFor(const QString& kind, int index) const
+{
+    for (const std::unique_ptr<Kind>& k : m_kinds) {
+        if (k->name != kind || index < 0 || index >= k->labels.size())
+            continue;
+        auto* data = new QMimeData;
+        k->pack(data, index);
+        return data;
+    }
+    return nullptr;
 }
 
 bool PreviewBrowser::choose(const QString& kind, int index)

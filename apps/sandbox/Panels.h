@@ -18,6 +18,7 @@ class QCheckBox;
 class QComboBox;
 class QDoubleSpinBox;
 class QFormLayout;
+class QMimeData;
 class QTreeWidget;
 class QUndoStack;
 class CompositionProvider;
@@ -73,7 +74,8 @@ private:
 // presets, each kind with its preview provider. Choosing an item takes the player: the item
 // becomes its provider's target and the player gives the preview its composition, upon which
 // the provider asks for a (re)start and the preview's picture is drawn on the stock picture.
-// Whoever takes the player next ends the preview (the composition goes).
+// Whoever takes the player next ends the preview (the composition goes). Each item can be
+// dragged onto the timeline as the library's drags carry it.
 class PreviewBrowser : public QWidget
 {
     Q_OBJECT
@@ -85,6 +87,9 @@ public:
     QTreeWidget* list() const { return m_list; }
     // Chooses item `index` of the kind named `kind` ("Effects", "Colour filters", ...).
     bool choose(const QString& kind, int index);
+    // What dragging that item out carries (the caller owns it), onto a clip or the title track;
+    // null when there is no such item.
+    QMimeData* mimeDataFor(const QString& kind, int index) const;
     ExclusiveClient* client() const { return m_client; }
 
 Q_SIGNALS:
@@ -93,7 +98,7 @@ Q_SIGNALS:
 private:
     struct Kind;
     template <class X, class Provider>
-    void addKind(const QString& name, Provider* provider,
+    void addKind(const QString& name, Provider* provider, void (*pack)(QMimeData*, const X&),
                  std::vector<std::pair<QString, std::shared_ptr<const X>>> items, std::int64_t position = 0);
     void chosen(int kind, int index);
 

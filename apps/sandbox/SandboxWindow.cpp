@@ -130,13 +130,10 @@ SandboxWindow::SandboxWindow(QWidget* parent)
     buildMenus();
 
     connect(m_timeline, &TimelineView::filesDropped, this, &SandboxWindow::placeDropped);
-    // Desktop drops: the bin's go to its own timeline, the timeline's to the project; files that
-    // land on the project join the bin.
+    // Desktop drops: the bin's are imported as File > Import does, the timeline's go to the
+    // project; files that land on the project join the bin.
     m_bin->setDropTimeline(m_binSource);
-    connect(m_bin, &BinView::filesLanded, this, [this](int opened, int failed) {
-        updateStatus();
-        emit importFinished(opened, failed);
-    });
+    connect(m_bin, &BinView::filesDropped, this, [this](const QStringList& paths) { importFiles(paths); });
     connect(m_timeline, &TimelineView::filesLanded, this, [this] {
         for (const Timeline::Clip* clip : m_project->clips())
             if (clip->file() && !binFile(clip->file()->path().toQString()))
@@ -423,6 +420,7 @@ void SandboxWindow::cancelJobs()
         return;
     }
     // Tiles keep their place without a picture.
+    m_bin->cancelThumbnails();
     m_thumbnailsPending.clear();
     statusBar()->showMessage(tr("Thumbnails cancelled"), 5000);
     updateJobs();
@@ -613,8 +611,7 @@ void SandboxWindow::applyDocument(const Project::Document& doc, const QString& p
         const std::vector<const Timeline::Track*> tracks = edit->tracks();
         std::vector<const Timeline::Clip*> clips;
         for (const Project::ClipEntry& entry : doc.clips) {
-            const Timeline::Clip* clip = m_host.addClip(
-                Timeline::Clip(Timeline::Clip::Type(entry.type), fileOf(entry.file), entry.stream).setName(entry.name));
+            const Timeline::Clip* clip = m_host.addClip(Project::restoreClip(entry, fileOf(entry.file)));
             Timeline::ClipTiming timing(tracks.at(std::size_t(entry.track)), entry.position, entry.length,
                                         entry.offset);
             timing.speed = entry.speed;

@@ -74,7 +74,7 @@ public:
     // called. The files already opening finish in the engine and are forgotten.
     void cancelImports();
     // The status line's progress of the long jobs (importing, then the bin's thumbnails) and
-    // its Cancel button, which drops the imports, or else stops waiting for thumbnails. Both
+    // its Cancel button, which drops the imports, or else withdraws the thumbnail requests. Both
     // are hidden while nothing runs.
     QProgressBar* jobProgress() const { return m_jobBar; }
     QAbstractButton* jobCancel() const { return m_jobCancel; }

@@ -58,18 +58,25 @@ void click(QWidget* viewport, QPoint at)
     send(viewport, QEvent::MouseButtonRelease, at, Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
 }
 
-bool dropFiles(QWidget* viewport, const QStringList& paths, QPoint at)
+bool drop(QWidget* viewport, const QMimeData* data, QPoint at)
 {
-    std::unique_ptr<QMimeData> data(Sandbox::BinView::mimeDataFor(paths));
-    QDragEnterEvent enter(at, Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+    if (!data)
+        return false;
+    QDragEnterEvent enter(at, Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(viewport, &enter);
     if (!enter.isAccepted())
         return false;
-    QDragMoveEvent move(at, Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+    QDragMoveEvent move(at, Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(viewport, &move);
-    QDropEvent drop(at, Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(viewport, &drop);
-    return drop.isAccepted();
+    QDropEvent dropped(at, Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(viewport, &dropped);
+    return dropped.isAccepted();
+}
+
+bool dropFiles(QWidget* viewport, const QStringList& paths, QPoint at)
+{
+    std::unique_ptr<QMimeData> data(Sandbox::BinView::mimeDataFor(paths));
+    return drop(viewport, data.get(), at);
 }
 
 bool ScriptedStrategy::alertModifiedProject(bool& save)

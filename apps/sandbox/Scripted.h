@@ -8,6 +8,7 @@
 #include <functional>
 #include <vector>
 
+class QMimeData;
 class QWidget;
 
 // What the scripted tour and the window's tests share: real input events sent to the real
@@ -22,7 +23,9 @@ bool waitFor(const std::function<bool()>& done, int milliseconds = 20000);
 void drag(QWidget* viewport, QPoint from, QPoint to, Qt::KeyboardModifiers modifiers = Qt::NoModifier,
           bool abort = false, QWidget* keyTarget = nullptr);
 void click(QWidget* viewport, QPoint at);
-// Files dropped at `at` as the desktop or the bin would drop them (enter, move, drop).
+// `data` dropped at `at` as a drag would drop it (enter, move, drop); whether it was taken.
+bool drop(QWidget* viewport, const QMimeData* data, QPoint at);
+// Files dropped at `at` as the desktop or the bin would drop them.
 bool dropFiles(QWidget* viewport, const QStringList& paths, QPoint at);
 
 // Answers every question silently, as unattended runs do, but counts as interactive so that

@@ -91,6 +91,19 @@ const Timeline::Track* TrackArea::trackOf(const QGraphicsItem* item) const
     return level >= 0 && level < int(m_tracks.size()) ? m_tracks[std::size_t(level)] : nullptr;
 }
 
+// The effects of a clip in the order they apply, then its motion: "Blur · Crossfade · Close-up".
+QString extrasOf(const Timeline::Clip* clip)
+{
+    QStringList names;
+    for (const Effect::Object* effect : clip->effects()) {
+        QString name = QString::fromStdString(effect->id());
+        names << name.left(1).toUpper() + name.mid(1);
+    }
+    if (const Animation::TransformationItem* motion = clip->animation())
+        names << (motion->name.empty() ? QObject::tr("Motion") : motion->name.toQString());
+    return names.join(QStringLiteral(" \u00b7 "));
+}
+
 // A clip on the timeline: a coloured bar with its name and length.
 class ClipItem : public QGraphicsRectItem
 {
@@ -121,6 +134,12 @@ public:
         label->setBrush(Qt::white);
         label->setPos(5, 4);
         label->setFlag(QGraphicsItem::ItemStacksBehindParent, false);
+        const QString extras = extrasOf(clip);
+        if (!extras.isEmpty()) {
+            auto* line = new QGraphicsSimpleTextItem(extras, this);
+            line->setBrush(QColor(255, 225, 130));
+            line->setPos(5, 20);
+        }
         setFlag(QGraphicsItem::ItemClipsChildrenToShape);
     }
 
@@ -137,7 +156,22 @@ private:
     QGraphicsRectItem* m_frame;
 };
 
-TimelineView::TimelineView(Model::Host& host, QWidget* parent) : QGraphicsView(parent), m_host(host)
+class TimelineView::ClipWatch : public Model::View<Timeline::Clip>
+{
+public:
+    explicit ClipWatch(TimelineView& view) : m_view(view) {}
+
+private:
+    void recordChanged(const Timeline::Clip*, const Timeline::Clip*) override
+    {
+        m_view.recordChanged(m_view.m_timeline, m_view.m_timeline);
+    }
+
+    TimelineView& m_view;
+};
+
+TimelineView::TimelineView(Model::Host& host, QWidget* parent)
+    : QGraphicsView(parent), m_host(host), m_clipWatch(std::make_unique<ClipWatch>(*this))
 {
     qRegisterMetaType<const Timeline::Clip*>();
     qRegisterMetaType<const Timeline::Track*>();
@@ -342,6 +376,7 @@ void TimelineView::rebuild()
         if (!held)
             continue;
         auto* area = const_cast<TrackArea*>(held);
+        m_clipWatch->observe(clip);
         auto* item = new ClipItem(clip, timing);
         s->addItem(item);
         const int level = rowOf(timing.track) - area->firstRow();

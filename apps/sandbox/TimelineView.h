@@ -25,7 +25,8 @@ class TrackArea;
 // sound is kept beside it by a links synchronizer, and a move controller drives every drag:
 // within and between tracks of the clip's kind, edges snapping to other clips' edges, the
 // playhead and the start (Alt held: no snapping), Escape restoring everything. The model is only
-// changed when a drag ends, and every change of the timeline rebuilds the picture. Drops are
+// changed when a drag ends, and every change of the timeline or of one of its clips rebuilds the
+// picture; a clip shows its name and length, and below them its effects and its motion. Drops are
 // answered by a DragAndDropHandler: a file dragged from the bin is placed by placeFile, files
 // from the desktop are added by the handler (folders expanded, one question about failures).
 class TimelineView : public QGraphicsView, private Model::View<Timeline::Object>
@@ -112,6 +113,8 @@ private:
         bool snapped = false;
     };
 
+    class ClipWatch;
+
     void recordChanged(const Timeline::Object* object, const Timeline::Object* previous) override;
     void rebuild();
     void clearItems();
@@ -128,6 +131,7 @@ private:
     StickyLinksSynchronizer* m_links = nullptr;
     StickyMoveController m_controller;
     std::unique_ptr<DragAndDropHandler> m_drops;
+    std::unique_ptr<ClipWatch> m_clipWatch; // a clip given an effect or a motion is drawn again
     std::map<const Timeline::Clip*, ClipItem*> m_items;
     QGraphicsLineItem* m_playheadLine = nullptr;
     Types::Time m_playhead = 0;

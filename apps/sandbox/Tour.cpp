@@ -16,6 +16,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QMimeData>
 #include <QPixmap>
 #include <QProcess>
 #include <QSignalSpy>
@@ -229,6 +230,33 @@ int Tour::run()
         detail += QStringLiteral("; the sepia filter previewed on its stock picture (%1)")
                       .arg(previewed ? shoot(QStringLiteral("effect-preview")) : QStringLiteral("not shown"));
         return stoppedOnEdge && previewed;
+    });
+
+    step(QStringLiteral("presets"), [&](QString& detail) {
+        // Items of the effects browser dragged out: an effect and a pan and zoom onto the bars, a
+        // title onto the title track.
+        auto dropItem = [&](const char* kind, int index, QPoint at) {
+            std::unique_ptr<QMimeData> data(m_window.browser()->mimeDataFor(QString::fromLatin1(kind), index));
+            return Scripted::drop(viewport, data.get(), at);
+        };
+        const QPoint onTitles = timeline->viewportPoint(
+            QPointF(TimelineView::xOf(2 * second), timeline->rowCenter(timeline->rowOf(project()->titleTrack()))));
+        const bool dropped = dropItem("Effects", 0, timeline->clipPoint(barsClip, 0.3))
+                             && dropItem("Pan and zoom", 0, timeline->clipPoint(barsClip, 0.6))
+                             && dropItem("Titles", 0, onTitles);
+        const auto titles = project()->clipsOnTrack(project()->titleTrack());
+        const Timeline::Clip* title = titles.empty() ? nullptr : titles.front();
+        const bool blurred = barsClip->findEffect("blur") != nullptr;
+        const QString motion = barsClip->animation() ? barsClip->animation()->name.toQString() : QString();
+        const QString text = title && title->overlay() && !title->overlay()->items().empty()
+                                 ? QString::fromStdString(title->overlay()->items().front().text())
+                                 : QString();
+        detail = QStringLiteral("dragged from the effects browser: the bars have the blur effect: %1, the pan and "
+                                "zoom \"%2\"; a title \"%3\" on the title track at %4")
+                     .arg(blurred ? QStringLiteral("yes") : QStringLiteral("no"), motion, text,
+                          title ? seconds(project()->clipTiming(title).position) : QStringLiteral("nowhere"));
+        return dropped && blurred && motion == QStringLiteral("Close-up") && !text.isEmpty()
+               && project()->clipTiming(title).position == 2 * second;
     });
 
     const QString projectPath = QDir(m_work).filePath(QStringLiteral("tour.dscproj"));

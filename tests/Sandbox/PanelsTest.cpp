@@ -4,6 +4,7 @@
 
 #include "Panels.h"
 #include "SandboxFixture.h"
+#include "TimelineView.h"
 
 #include <Util/Editor/PlayerEditor.h>
 #include <Util/Interfaces/EditorSettings.h>
@@ -11,7 +12,9 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QDoubleSpinBox>
+#include <QGraphicsSimpleTextItem>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTreeWidget>
@@ -156,6 +159,33 @@ TEST_F(PanelsTest, choosingAnEffectShowsItsPreviewOnTheStockPictureUntilTheTimel
     EXPECT_EQ(window->player().holder(), window->timelineClient());
     EXPECT_EQ(window->preview()->shownClip(), bars);
     EXPECT_TRUE(window->browser()->list()->selectedItems().isEmpty());
+}
+
+TEST_F(PanelsTest, everyItemOfTheBrowserDragsOntoTheTimelineAndTheClipShowsWhatItWasGiven)
+{
+    QTreeWidget* list = window->browser()->list();
+    QAbstractItemModel* items = list->model();
+    const QPoint onTitles = timeline->viewportPoint(
+        QPointF(Sandbox::TimelineView::xOf(0), timeline->rowCenter(timeline->rowOf(project()->titleTrack()))));
+    const QStringList titleKinds{QStringLiteral("Titles"), QStringLiteral("Callouts"), QStringLiteral("Quizzes")};
+    for (int k = 0; k < items->rowCount(); ++k) {
+        const QModelIndex kind = items->index(k, 0);
+        for (int i = 0; i < items->rowCount(kind); ++i) {
+            SCOPED_TRACE(items->index(i, 0, kind).data().toString().toStdString());
+            std::unique_ptr<QMimeData> data(items->mimeData({items->index(i, 0, kind)})); // what a drag carries
+            const bool title = titleKinds.contains(kind.data().toString());
+            EXPECT_TRUE(Scripted::drop(timeline->viewport(), data.get(), title ? onTitles : timeline->clipPoint(bars)));
+        }
+    }
+    EXPECT_EQ(project()->clipsOnTrack(project()->titleTrack()).size(), 6u);
+    // The bars keep every effect, the last colour filter and transition, and the last motion.
+    QStringList shown;
+    for (QGraphicsItem* item : timeline->scene()->items())
+        if (auto* text = dynamic_cast<QGraphicsSimpleTextItem*>(item))
+            shown << text->text();
+    EXPECT_TRUE(shown.contains(QStringLiteral("Blur \u00b7 Mirror \u00b7 Pixelate \u00b7 Vignette \u00b7 Invert "
+                                              "\u00b7 Dip \u00b7 Grow")))
+        << shown.join(QLatin1Char('|')).toStdString();
 }
 
 TEST_F(PanelsTest, aSpeedTypedInTheClipPanelIsOneUndoableEditAndBackwardsReversesTheClip)

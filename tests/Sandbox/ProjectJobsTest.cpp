@@ -156,6 +156,13 @@ TEST_F(ProjectJobsTest, cancelDropsTheImportAndTheNextImportWorks)
     EXPECT_EQ(finished[0][0].toInt(), 1);
     ASSERT_EQ(window->bin()->files().size(), 1u);
     EXPECT_TRUE(window->bin()->files()[0]->isOpened());
+
+    // Thumbnails cancelled as their tiles appear never arrive.
+    ASSERT_TRUE(Scripted::waitFor([&] { return window->bin()->thumbnailCount() == 1; }));
+    window->importFiles({sample(1)}, [&](const std::vector<const Media::File*>&) { window->jobCancel()->click(); });
+    Scripted::waitFor([] { return false; }, 1000);
+    EXPECT_EQ(window->bin()->files().size(), 2u);
+    EXPECT_EQ(window->bin()->thumbnailCount(), 1);
 }
 
 TEST_F(ProjectJobsTest, aRefusedSaveOrANewerOrDamagedProjectSaysWhyAndChangesNothing)

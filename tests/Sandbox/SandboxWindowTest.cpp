@@ -19,6 +19,7 @@
 #include <QDir>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QSignalSpy>
 #include <QTimer>
 
@@ -111,9 +112,20 @@ TEST_F(SandboxWindowTest, saveThenOpenGivesTheSameTimelineAndBinAndTheRecentList
     const QString gone = settings.folder() + QStringLiteral("/gone.dscproj");
     Project::rememberProject(gone);
     import({sample(0), sample(2), sample(3)});
-    drop(sample(0), second, project()->primaryTrack());
+    const Timeline::Clip* bars = drop(sample(0), second, project()->primaryTrack());
     drop(sample(3), 0, project()->extraVideoTrack());
     drop(sample(2), 2 * second, project()->tracks().back());
+    // What the browser gives the bars and the title track is kept as well.
+    const std::pair<const char*, QPoint> given[] = {{"Colour filters", timeline->clipPoint(bars)},
+                                                    {"Animations", timeline->clipPoint(bars)},
+                                                    {"Titles", pointAt(0, project()->titleTrack())},
+                                                    {"Quizzes", pointAt(6 * second, project()->titleTrack())}};
+    for (const auto& [kind, at] : given) {
+        std::unique_ptr<QMimeData> data(window->browser()->mimeDataFor(QString::fromLatin1(kind), 1));
+        ASSERT_TRUE(Scripted::drop(viewport, data.get(), at)) << kind;
+    }
+    ASSERT_EQ(bars->effects().size(), 1u);
+    ASSERT_TRUE(bars->animation());
     const QString path = settings.folder() + QStringLiteral("/same.dscproj");
     ASSERT_TRUE(window->saveProjectAs(path));
     const Project::Document saved = window->document();

@@ -299,11 +299,14 @@ TEST_F(TimelineViewTest, aFolderDroppedOnTheBinGetsATileForEachFileAndTilesDragO
     ASSERT_TRUE(QFile::copy(sample(2), work.filePath(QStringLiteral("tone.wav"))));
     ASSERT_TRUE(QFile::copy(sample(4), work.filePath(QStringLiteral("broken.mp4"))));
     auto* bin = window->bin();
-    QSignalSpy landed(bin, &Sandbox::BinView::filesLanded);
+    QSignalSpy landed(window.get(), &Sandbox::SandboxWindow::importFinished);
     const auto tree = desktopFiles({work.path()});
     const Dropped result = sendDrop(bin->viewport(), tree.get(), QPoint(40, 40));
     EXPECT_TRUE(result.entered && result.moved && result.dropped);
+    // Imported as the window imports: outside actions wait meanwhile.
+    EXPECT_TRUE(window->actions().isLocked());
     ASSERT_TRUE(Scripted::waitFor([&] { return landed.count() == 1; }));
+    EXPECT_FALSE(window->actions().isLocked());
     EXPECT_EQ(landed[0][0].toInt(), 1);
     EXPECT_EQ(landed[0][1].toInt(), 1);
     EXPECT_EQ(dialogs->failedFilesQuestions.size(), 1u);
