@@ -32,8 +32,8 @@ QByteArray writeAnimation(const Animation::TransformationItem& item)
 {
     QJsonArray keys;
     for (const Animation::TransformationItem::Key& key : item.keys())
-        keys.append(QJsonObject{{timeKey, QString::number(key.time)},
-                                {transformKey, writeTransform(key.value.matrix())}});
+        keys.append(
+            QJsonObject{{timeKey, QString::number(key.time)}, {transformKey, writeTransform(key.value.matrix())}});
     const QJsonObject root{
         {formatKey, formatName}, {versionKey, version}, {nameKey, item.name.toQString()}, {keysKey, keys}};
     return QJsonDocument(root).toJson(QJsonDocument::Compact);
