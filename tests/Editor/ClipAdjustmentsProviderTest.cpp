@@ -250,3 +250,43 @@ TEST_F(ClipAdjustmentsProviderTest, ARefusedChangeSaysWhyAndPushesNothing)
         EXPECT_EQ(stack.count(), 0);
     }
 }
+
+TEST_F(ClipAdjustmentsProviderTest, WhatTheClipWasGivenIsListedAndTakenOffOneCommandEach)
+{
+    auto motion = std::make_shared<Animation::TransformationItem>();
+    motion->name = "Close-up";
+    Effect::Object blur(EditorCollection::CollectionID::EFFECTS_VIDEO, "blur");
+    Effect::Object crossfade(EditorCollection::CollectionID::TRANSITIONS, "crossfade");
+    crossfade.setParameter("duration", 1.5);
+    host.edit(video)->replaceEffect(&blur).replaceEffect(&crossfade).setAnimation(motion);
+    const QStringList all{QStringLiteral("Blur"), QStringLiteral("Crossfade"), QStringLiteral("Close-up")};
+    ASSERT_EQ(ClipAdjustmentsProvider::contentNames(video), all);
+    TestSupport::LogCapture log;
+    QUndoStack stack;
+    ClipAdjustmentsProvider provider;
+    provider.setUndoStack(&stack);
+    provider.setClip(timeline, video);
+
+    ASSERT_TRUE(provider.removeEffect(QStringLiteral("crossfade")));
+    ASSERT_TRUE(provider.removeMotion());
+    EXPECT_EQ(ClipAdjustmentsProvider::contentNames(video), QStringList{QStringLiteral("Blur")});
+    EXPECT_FALSE(provider.removeEffect(QStringLiteral("crossfade")));
+    EXPECT_FALSE(provider.removeMotion());
+    EXPECT_TRUE(log.containsError("has no motion"));
+    ASSERT_EQ(stack.count(), 2);
+    EXPECT_EQ(stack.text(0), QStringLiteral("Remove Crossfade"));
+    EXPECT_EQ(stack.text(1), QStringLiteral("Remove motion"));
+
+    stack.undo();
+    stack.undo();
+    EXPECT_EQ(ClipAdjustmentsProvider::contentNames(video), all);
+    EXPECT_EQ(video->findEffect("crossfade")->parameter("duration"), 1.5);
+    ASSERT_NE(video->animation(), nullptr);
+    EXPECT_EQ(video->animation()->name, motion->name);
+    stack.redo();
+    EXPECT_EQ(ClipAdjustmentsProvider::contentNames(video),
+              (QStringList{QStringLiteral("Blur"), QStringLiteral("Close-up")}));
+    // A clip taken off its timeline is no longer shown.
+    host.edit(timeline)->removeClip(video);
+    EXPECT_EQ(provider.clip(), nullptr);
+}

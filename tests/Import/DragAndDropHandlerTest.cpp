@@ -12,6 +12,7 @@
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QUndoStack>
 
 #include <gtest/gtest.h>
 
@@ -258,8 +259,11 @@ TEST_F(DragAndDropHandlerTest, LibraryDragsBecomeTheirRequestsAndHostilePayloads
     EXPECT_EQ(timeline->clipTiming(*quizzes.begin()).position, 30 * second);
     EXPECT_EQ((*quizzes.begin())->quiz()->questions.at(0).answers.size(), 2u);
 
-    // An effect and a transition on a clip; a second colour filter replaces the first.
-    for (const char* id : {"sepia", "noir"}) {
+    // An effect and a transition on a clip; a second colour filter replaces the first, and the
+    // same filter again changes nothing.
+    QUndoStack undo;
+    handler.setUndoStack(&undo);
+    for (const char* id : {"sepia", "noir", "noir"}) {
         QMimeData effect;
         DragAndDropHandler::packEffect(&effect, Effect::Object("filters.color", id));
         ASSERT_TRUE(handler.drop(&effect, Target::onTimeline(timeline->primaryTrack(), 0, first)));
@@ -295,11 +299,27 @@ TEST_F(DragAndDropHandlerTest, LibraryDragsBecomeTheirRequestsAndHostilePayloads
     ASSERT_TRUE(handler.drop(&panAndZoom, Target::onTimeline(timeline->primaryTrack(), 0, second_)));
     EXPECT_EQ(second_->animation()->name, Types::String("Close-up"));
 
-    // A clip moved within the timeline takes its linked title along.
+    // Each drop that changed a clip is one command; undone, the clip has what it had before.
+    ASSERT_EQ(undo.count(), 7);
+    EXPECT_EQ(undo.text(6), QStringLiteral("Add pan and zoom"));
+    undo.setIndex(3);
+    EXPECT_EQ(second_->animation(), nullptr);
+    undo.setIndex(2);
+    EXPECT_EQ(first->effects().size(), 1u);
+    undo.setIndex(7);
+    EXPECT_EQ(second_->animation()->name, Types::String("Close-up"));
+    EXPECT_EQ(first->effects().size(), 2u);
+
+    // A clip moved within the timeline takes its linked title along, and back on undo.
+    const Timeline::ClipTiming captionWas = timeline->clipTiming(caption);
     QMimeData move;
     DragAndDropHandler::packClip(&move, second_);
     ASSERT_TRUE(handler.drop(&move, Target::onTimeline(timeline->primaryTrack(), 12 * second)));
     EXPECT_EQ(timeline->clipTiming(second_).position, 12 * second);
+    EXPECT_EQ(timeline->clipTiming(caption).position, 13 * second);
+    undo.undo();
+    EXPECT_EQ(timeline->clipTiming(caption), captionWas);
+    undo.redo();
     EXPECT_EQ(timeline->clipTiming(caption).position, 13 * second);
 
     // Hostile or broken payloads: refused with a reason, nothing added.
@@ -325,6 +345,7 @@ TEST_F(DragAndDropHandlerTest, LibraryDragsBecomeTheirRequestsAndHostilePayloads
     EXPECT_TRUE(refused.at(0).at(0).toString().startsWith(QStringLiteral("The quiz description is not valid JSON")));
     EXPECT_EQ(refused.at(3).at(0).toString(), QStringLiteral("The dragged clip is not on this timeline."));
     EXPECT_EQ(timeline->clips().size(), clips);
+    EXPECT_EQ(undo.count(), 8) << "nothing to undo for a refused drop";
 
     // A project file among media opens the project and adds nothing.
     const QString project = file(QStringLiteral("work.dscproj"), "project");

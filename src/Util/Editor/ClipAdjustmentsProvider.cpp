@@ -1,5 +1,8 @@
 #include "ClipAdjustmentsProvider.h"
 
+#include <Util/Editor/ClipContentCommand.h>
+#include <Util/Editor/ClipPlacementCommand.h>
+
 #include <QPointer>
 #include <QUndoStack>
 
@@ -63,98 +66,18 @@ bool hasSound(const Timeline::Object* timeline, const Timeline::Clip* clip)
            || timeline->findNativeAudio(clip) != nullptr;
 }
 
-using Timings = std::vector<std::pair<const Timeline::Clip*, Timeline::ClipTiming>>;
-
-Timings timingsOf(const Timeline::Object* timeline, const std::vector<const Timeline::Clip*>& clips)
-{
-    Timings result;
-    for (const Timeline::Clip* clip : clips)
-        result.emplace_back(clip, timeline->clipTiming(clip));
-    return result;
-}
-
-// One change of the provider on an undo stack: holds the values before and after it, and puts
-// one or the other back. Pushed after the change was made, so the first redo does nothing.
-template <class Value>
-class ChangeCommand : public QUndoCommand
-{
-public:
-    ChangeCommand(const QString& text, Value before, Value after)
-        : QUndoCommand(text), m_before(std::move(before)), m_after(std::move(after))
-    {}
-    void undo() override { put(m_before); }
-    void redo() override
-    {
-        if (!std::exchange(m_pushed, false))
-            put(m_after);
-    }
-
-protected:
-    virtual void put(const Value& value) = 0;
-
-private:
-    Value m_before;
-    Value m_after;
-    bool m_pushed = true;
-};
-
-// The timings of a clip and its native audio.
-class TimingCommand : public ChangeCommand<Timings>
-{
-public:
-    TimingCommand(const QString& text, const Timeline::Object* timeline, Timings before, Timings after)
-        : ChangeCommand(text, std::move(before), std::move(after)), m_timeline(timeline)
-    {}
-
-private:
-    void put(const Timings& timings) override
-    {
-        if (!Model::Registry::contains(typeid(Timeline::Object), m_timeline)) {
-            LOG(ERROR) << "ClipAdjustmentsProvider: the timeline of the change is gone; nothing to undo";
-            return;
-        }
-        auto edit = m_view.edit(m_timeline);
-        for (const auto& [clip, timing] : timings)
-            if (edit->contains(clip))
-                edit->moveClip(clip, timing);
-    }
-
-    Timeline::Details::ObjectViewBase m_view;
-    const Timeline::Object* m_timeline;
-};
-
-// The effects of a clip (taken from a copy of the clip).
-class EffectsCommand : public ChangeCommand<Timeline::Clip>
-{
-public:
-    EffectsCommand(const QString& text, const Timeline::Clip* clip, Timeline::Clip before, Timeline::Clip after)
-        : ChangeCommand(text, std::move(before), std::move(after)), m_clip(clip)
-    {}
-
-private:
-    void put(const Timeline::Clip& value) override
-    {
-        if (!Model::Registry::contains(typeid(Timeline::Clip), m_clip)) {
-            LOG(ERROR) << "ClipAdjustmentsProvider: the clip of the change is gone; nothing to undo";
-            return;
-        }
-        auto edit = m_view.edit(m_clip);
-        for (const Effect::Object* effect : m_clip->effects())
-            edit->removeEffect(effect->id());
-        for (const Effect::Object* effect : value.effects())
-            edit->replaceEffect(effect);
-    }
-
-    Timeline::Details::ClipViewBase m_view;
-    const Timeline::Clip* m_clip;
-};
-
 } // namespace
 
 ClipAdjustmentsProvider::ClipAdjustmentsProvider(QObject* parent) : QObject(parent), m_watch(std::make_unique<Watch>())
 {
     qRegisterMetaType<Adjustment::Kind>();
-    m_watch->changed = [this] { Q_EMIT adjustmentsChanged(); };
+    m_watch->changed = [this] {
+        // A clip taken off its timeline is no longer shown.
+        if (m_clip && !m_timeline->contains(m_clip))
+            setClip(nullptr, nullptr);
+        else
+            Q_EMIT adjustmentsChanged();
+    };
     m_watch->gone = [this] { setClip(nullptr, nullptr); };
 }
 
@@ -275,19 +198,18 @@ bool ClipAdjustmentsProvider::editTiming(Adjustment::Kind kind,
     if (const Timeline::Clip* sound = m_timeline->findNativeAudio(m_clip))
         clips.push_back(sound);
     const Timeline::Object* timeline = m_timeline;
-    Timings before = timingsOf(timeline, clips);
+    ClipPlacementCommand::Placements before = ClipPlacementCommand::placementsOf(timeline, clips);
     auto edit = m_watch->ObjectViewBase::edit(timeline);
     for (const Timeline::Clip* clip : clips)
         change(*edit, clip);
     if (!edit.commit())
         return false;
     if (m_undoStack)
-        m_undoStack->push(
-            new TimingCommand(adjustment(kind).title, timeline, std::move(before), timingsOf(timeline, clips)));
+        m_undoStack->push(new ClipPlacementCommand(adjustment(kind).title, timeline, std::move(before)));
     return true;
 }
 
-bool ClipAdjustmentsProvider::editEffects(Adjustment::Kind kind, const std::function<void(Timeline::Clip&)>& change)
+bool ClipAdjustmentsProvider::editEffects(const QString& text, const std::function<void(Timeline::Clip&)>& change)
 {
     const Timeline::Clip* clip = m_clip;
     Timeline::Clip before = *clip;
@@ -296,8 +218,45 @@ bool ClipAdjustmentsProvider::editEffects(Adjustment::Kind kind, const std::func
     if (!edit.commit())
         return false;
     if (m_undoStack)
-        m_undoStack->push(new EffectsCommand(adjustment(kind).title, clip, std::move(before), *clip));
+        m_undoStack->push(new ClipContentCommand(text, clip, std::move(before), *clip));
     return true;
+}
+
+bool ClipAdjustmentsProvider::removeEffect(const QString& effectId)
+{
+    const std::string id = effectId.toStdString();
+    if (!m_clip || !m_clip->findEffect(id)) {
+        LOG(ERROR) << "ClipAdjustmentsProvider::removeEffect: the clip shown has no effect \"" << id << '"';
+        return false;
+    }
+    return editEffects(tr("Remove %1").arg(effectTitle(effectId)),
+                       [&id](Timeline::Clip& clip) { clip.removeEffect(id); });
+}
+
+bool ClipAdjustmentsProvider::removeMotion()
+{
+    if (!m_clip || !m_clip->animation()) {
+        LOG(ERROR) << "ClipAdjustmentsProvider::removeMotion: the clip shown has no motion";
+        return false;
+    }
+    return editEffects(tr("Remove motion"), [](Timeline::Clip& clip) { clip.setAnimation(nullptr); });
+}
+
+QStringList ClipAdjustmentsProvider::contentNames(const Timeline::Clip* clip)
+{
+    QStringList names;
+    if (!clip)
+        return names;
+    for (const Effect::Object* effect : clip->effects())
+        names << effectTitle(QString::fromStdString(effect->id()));
+    if (const Animation::TransformationItem* motion = clip->animation())
+        names << (motion->name.empty() ? tr("Motion") : motion->name.toQString());
+    return names;
+}
+
+QString ClipAdjustmentsProvider::effectTitle(const QString& effectId)
+{
+    return effectId.left(1).toUpper() + effectId.mid(1);
 }
 
 bool ClipAdjustmentsProvider::setNormalized(bool on)
@@ -323,7 +282,7 @@ bool ClipAdjustmentsProvider::setFilter(const QString& filterId)
     if (current ? current->id() == id : id.empty())
         return true;
     const std::string currentId = current ? current->id() : std::string();
-    return editEffects(Adjustment::Filter, [&](Timeline::Clip& clip) {
+    return editEffects(adjustment(Adjustment::Filter).title, [&](Timeline::Clip& clip) {
         if (!currentId.empty())
             clip.removeEffect(currentId);
         if (!id.empty()) {
@@ -338,7 +297,7 @@ bool ClipAdjustmentsProvider::setEffect(Adjustment::Kind kind, const std::string
 {
     if (adjustment(kind).value.toBool() == on)
         return true;
-    return editEffects(kind, [&](Timeline::Clip& clip) {
+    return editEffects(adjustment(kind).title, [&](Timeline::Clip& clip) {
         if (on) {
             const Effect::Object effect(collection, id);
             clip.replaceEffect(&effect);

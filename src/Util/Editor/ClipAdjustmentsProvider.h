@@ -6,6 +6,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QStringList>
 
 class QUndoStack;
 
@@ -25,8 +26,9 @@ class QUndoStack;
 // why and tells the user why through changeRefused(); a change to the value the clip already
 // has edits nothing and succeeds. With an undo stack, every change that edits is pushed onto it
 // as one command named after its entry, whose undo puts the clips' timings or the clip's
-// effects back as they were. The provider follows the clip, its timeline and its media file and
-// announces every change of them.
+// effects back as they were. What was dropped on the clip (effects, a transition, an animation or
+// a pan and zoom) is listed by contentNames() and taken off one by one, undoably too. The
+// provider follows the clip, its timeline and its media file and announces every change of them.
 //
 //   ClipAdjustmentsProvider adjustments;
 //   adjustments.setClip(timeline, clip);
@@ -63,6 +65,18 @@ public:
     // A colour filter id, or an empty one to take the filter off.
     bool setFilter(const QString& filterId);
 
+    // Takes one effect (a filter, a transition, any effect dropped on the clip) or the clip's
+    // animation or pan and zoom off the clip, as one command named after it ("Remove Blur",
+    // "Remove motion"). False, logged, when the clip shown has no such effect or no motion.
+    bool removeEffect(const QString& effectId);
+    bool removeMotion();
+
+    // What a clip was given, as its panel lists it: its effects in the order they apply, then its
+    // motion ("Blur", "Crossfade", "Close-up"; an unnamed motion is "Motion"). Empty for none.
+    static QStringList contentNames(const Timeline::Clip* clip);
+    // An effect's id as a title: "blur" is "Blur".
+    static QString effectTitle(const QString& effectId);
+
     // The stack each change is pushed onto from now on (null: none; not owned).
     void setUndoStack(QUndoStack* stack);
     QUndoStack* undoStack() const;
@@ -82,7 +96,7 @@ private:
     bool checkAvailable(Adjustment::Kind kind, const char* operation);
     bool setEffect(Adjustment::Kind kind, const std::string& collection, const std::string& id, bool on);
     bool editTiming(Adjustment::Kind kind, const std::function<void(Timeline::Object&, const Timeline::Clip*)>& change);
-    bool editEffects(Adjustment::Kind kind, const std::function<void(Timeline::Clip&)>& change);
+    bool editEffects(const QString& text, const std::function<void(Timeline::Clip&)>& change);
 
     const Timeline::Object* m_timeline = nullptr;
     const Timeline::Clip* m_clip = nullptr;

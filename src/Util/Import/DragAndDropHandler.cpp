@@ -5,6 +5,8 @@
 #include "TimelineFileOpenHandler.h"
 #include "TimelineShadowChange.h"
 
+#include <Util/Editor/ClipContentCommand.h>
+#include <Util/Editor/ClipPlacementCommand.h>
 #include <Util/Interfaces/EditorSerialization.h>
 #include <Util/Interfaces/EditorSettings.h>
 
@@ -13,6 +15,7 @@
 #include <QFileInfo>
 #include <QMimeData>
 #include <QSet>
+#include <QUndoStack>
 
 #include <glog/logging.h>
 
@@ -558,12 +561,10 @@ bool DragAndDropHandler::drop(const QMimeData* data, const Target& target)
     case Kind::Quiz:
         return dropQuiz(data, target);
     case Kind::Effect:
-        return dropEffect(data, target);
     case Kind::Transition:
-        return dropTransition(data, target);
     case Kind::Animation:
     case Kind::PanAndZoom:
-        return dropMotion(a.kind, data, target);
+        return dropOnClip(a.kind, data, target);
     case Kind::Clip:
         return dropClip(data, target);
     case Kind::None:
@@ -668,6 +669,26 @@ bool DragAndDropHandler::dropQuiz(const QMimeData* data, const Target& target)
     return true;
 }
 
+bool DragAndDropHandler::dropOnClip(Kind kind, const QMimeData* data, const Target& target)
+{
+    const Timeline::Clip before = *target.clip;
+    const bool dropped = kind == Kind::Effect       ? dropEffect(data, target)
+                         : kind == Kind::Transition ? dropTransition(data, target)
+                                                    : dropMotion(kind, data, target);
+    if (!dropped || !m_undoStack || ClipContentCommand::sameContent(before, *target.clip))
+        return dropped;
+    const QString text = kind == Kind::Effect       ? tr("Add effect")
+                         : kind == Kind::Transition ? tr("Add transition")
+                         : kind == Kind::Animation  ? tr("Add animation")
+                                                    : tr("Add pan and zoom");
+    m_undoStack->push(new ClipContentCommand(text, target.clip, before, *target.clip));
+    return true;
+}
+
+void DragAndDropHandler::setUndoStack(QUndoStack* stack) { m_undoStack = stack; }
+
+QUndoStack* DragAndDropHandler::undoStack() const { return m_undoStack; }
+
 bool DragAndDropHandler::dropEffect(const QMimeData* data, const Target& target)
 {
     const auto lines = twoLines(data, effectFormat());
@@ -763,14 +784,21 @@ bool DragAndDropHandler::dropClip(const QMimeData* data, const Target& target)
         edit.cancel();
         return true;
     }
+    std::vector<const Timeline::Clip*> moved{clip};
     edit->moveClip(clip, now);
     // Linked clips keep their place against it.
     for (const Timeline::Clip* slave : edit->findSlaves(clip)) {
         Timeline::ClipTiming timing = edit->clipTiming(slave);
         timing.position += now.position - was.position;
         edit->moveClip(slave, timing);
+        moved.push_back(slave);
     }
-    return edit.commit();
+    ClipPlacementCommand::Placements before = ClipPlacementCommand::placementsOf(m_timeline, moved);
+    if (!edit.commit())
+        return false;
+    if (m_undoStack)
+        m_undoStack->push(new ClipPlacementCommand(tr("Move clip"), m_timeline, std::move(before)));
+    return true;
 }
 
 void DragAndDropHandler::timelineGone()

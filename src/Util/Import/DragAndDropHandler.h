@@ -18,6 +18,7 @@ class QDragLeaveEvent;
 class QDragMoveEvent;
 class QDropEvent;
 class QMimeData;
+class QUndoStack;
 
 // Turns drops onto a timeline (a track and a time) and onto the scene (a point of the
 // composition at a time) into changes of the timeline:
@@ -109,6 +110,12 @@ public:
     void dragLeaveEvent(QDragLeaveEvent* event);
     void dropEvent(QDropEvent* event, const Target& target);
 
+    // Optional: the stack a drop onto a clip (an effect, a transition, an animation, a pan and
+    // zoom) and a clip moved are pushed onto, each as one command ("Add effect", "Move clip",
+    // ...) whose undo puts the clip back as it was (null: none; not owned).
+    void setUndoStack(QUndoStack* stack);
+    QUndoStack* undoStack() const;
+
     // The status line for the drag in progress: empty while it can land, else the reason.
     QString status() const;
     // Drops of files still opening.
@@ -168,6 +175,7 @@ private:
     bool dropTransition(const QMimeData* data, const Target& target);
     bool dropMotion(Kind kind, const QMimeData* data, const Target& target);
     bool dropClip(const QMimeData* data, const Target& target);
+    bool dropOnClip(Kind kind, const QMimeData* data, const Target& target);
     const Timeline::Clip* draggedClip(const QMimeData* data) const;
     void timelineGone();
 
@@ -175,6 +183,7 @@ private:
     std::unique_ptr<TimelineWatch> m_watch;
     std::vector<std::unique_ptr<Import>> m_imports;
     QString m_status;
+    QPointer<QUndoStack> m_undoStack;
     // The classification of the drag in progress (dragMoveEvent reuses it).
     QPointer<const QMimeData> m_dragData;
     Assessment m_dragContent;
