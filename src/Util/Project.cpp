@@ -89,8 +89,18 @@ bool readTime(const QJsonObject& object, const QString& key, qint64& value)
 QByteArray bytes(const QJsonObject& object) { return QJsonDocument(object).toJson(QJsonDocument::Compact); }
 
 // The effects, animation, title and quiz of a clip, each read the way its own reader reads it.
+// A key left out means none; one holding another kind of value is damage.
 bool contentFromJson(const QJsonObject& o, ClipEntry& clip)
 {
+    const std::pair<const char*, QJsonValue::Type> kinds[] = {{"effects", QJsonValue::Array},
+                                                              {"animation", QJsonValue::Object},
+                                                              {"overlay", QJsonValue::Object},
+                                                              {"quiz", QJsonValue::Object}};
+    for (const auto& [key, type] : kinds) {
+        const QJsonValue value = o.value(QLatin1String(key));
+        if (!value.isUndefined() && value.type() != type)
+            return false;
+    }
     for (const QJsonValue& value : o.value(QStringLiteral("effects")).toArray()) {
         const QJsonObject e = value.toObject();
         EffectEntry effect{

@@ -101,6 +101,8 @@ TEST_F(ProjectTest, badFilesAreRefusedWithTheirOwnMessage)
     repeated.replace("\"name\": \"Holiday\"", "\"media\": [[1]], \"name\": \"Holiday\"");
     QByteArray badMotion = good;
     badMotion.replace("\"time\": \"7\"", "\"time\": \"-7\"");
+    QByteArray badEffects = good;
+    badEffects.replace("\"effects\": [", "\"effects\": \"sepia\", \"unread\": [");
     QByteArray badTrack = good;
     badTrack.replace("\"track\": 3", "\"track\": 9");
     struct Row
@@ -119,6 +121,7 @@ TEST_F(ProjectTest, badFilesAreRefusedWithTheirOwnMessage)
         {"another format", foreign, true, Project::Status::Corrupted, "damaged or incomplete"},
         {"a clip on a track that does not exist", badTrack, true, Project::Status::Corrupted, "damaged or incomplete"},
         {"a motion that is no animation", badMotion, true, Project::Status::Corrupted, "damaged or incomplete"},
+        {"effects that are no list", badEffects, true, Project::Status::Corrupted, "damaged or incomplete"},
         {"a repeated key", repeated, true, Project::Status::Corrupted, "damaged or incomplete"},
         {"a newer version", newer, true, Project::Status::NewerVersion, "newer version"},
     };
