@@ -20,7 +20,9 @@
 #include <QDoubleSpinBox>
 #include <QFileInfo>
 #include <QFormLayout>
+#include <QListWidget>
 #include <QMimeData>
+#include <QPushButton>
 #include <QTreeWidget>
 #include <QUndoStack>
 #include <QVBoxLayout>
@@ -391,6 +393,12 @@ ClipPanel::ClipPanel(QUndoStack& undo, QWidget* parent) : QGroupBox(tr("Clip"), 
                                     {"cool", tr("Cool")},
                                     {"invert", tr("Negative")}})
         m_filter->addItem(label, QString::fromLatin1(id));
+    // Effects by id, the motion last with no id.
+    m_given = new QListWidget(this);
+    m_given->setObjectName(QStringLiteral("given"));
+    m_given->setMaximumHeight(80);
+    m_remove = new QPushButton(tr("Remove"), this);
+    m_remove->setObjectName(QStringLiteral("remove"));
     m_message = new QLabel(this);
     m_message->setWordWrap(true);
     m_message->setStyleSheet(QStringLiteral("color: #a33;"));
@@ -403,6 +411,8 @@ ClipPanel::ClipPanel(QUndoStack& undo, QWidget* parent) : QGroupBox(tr("Clip"), 
     m_form->addRow(tr("Speed"), m_speed);
     m_form->addRow(QString(), m_stabilized);
     m_form->addRow(tr("Filter"), m_filter);
+    m_form->addRow(tr("Given"), m_given);
+    m_form->addRow(QString(), m_remove);
     m_form->addRow(m_message);
 
     // A user's change goes to the provider; a refused value goes back to the clip's.
@@ -425,6 +435,14 @@ ClipPanel::ClipPanel(QUndoStack& undo, QWidget* parent) : QGroupBox(tr("Clip"), 
     connect(m_filter, qOverload<int>(&QComboBox::currentIndexChanged), this, [this, edited](int index) {
         if (!m_refreshing)
             edited(m_adjustments.setFilter(m_filter->itemData(index).toString()));
+    });
+    connect(m_given, &QListWidget::currentRowChanged, this, [this](int row) { m_remove->setEnabled(row >= 0); });
+    connect(m_remove, &QPushButton::clicked, this, [this, edited] {
+        const QListWidgetItem* item = m_given->currentItem();
+        if (!item)
+            return;
+        const QString id = item->data(Qt::UserRole).toString();
+        edited(id.isEmpty() ? m_adjustments.removeMotion() : m_adjustments.removeEffect(id));
     });
     connect(&m_adjustments, &ClipAdjustmentsProvider::changeRefused, m_message,
             [this](Adjustment::Kind, const QString& reason) { m_message->setText(reason); });
@@ -476,6 +494,16 @@ void ClipPanel::refresh()
         widget->setEnabled(entry.available);
         widget->setToolTip(entry.reason);
     }
+    m_given->clear();
+    const QStringList given = ClipAdjustmentsProvider::contentNames(clip);
+    const std::vector<const Effect::Object*> effects = clip ? clip->effects() : std::vector<const Effect::Object*>();
+    for (int i = 0; i < given.size(); ++i) {
+        auto* item = new QListWidgetItem(given[i], m_given);
+        if (i < int(effects.size()))
+            item->setData(Qt::UserRole, QString::fromStdString(effects[i]->id()));
+    }
+    m_given->setEnabled(!given.isEmpty());
+    m_remove->setEnabled(false);
     if (!clip) {
         m_name->setText(tr("No clip selected"));
         for (QLabel* label : {m_media, m_place, m_format})

@@ -18,7 +18,9 @@ class QCheckBox;
 class QComboBox;
 class QDoubleSpinBox;
 class QFormLayout;
+class QListWidget;
 class QMimeData;
+class QPushButton;
 class QTreeWidget;
 class QUndoStack;
 class CompositionProvider;
@@ -113,7 +115,8 @@ private:
 // The selected clip: what it shows, where it stands, and its adjustments (normalization,
 // direction, speed, stabilization, colour filter) through the library's adjustments provider:
 // each change is one command of `undo`, entries that do not apply are disabled with the
-// reason, and a refused value is put back with the provider's message below.
+// reason, and a refused value is put back with the provider's message below. Below them, what
+// the clip was given (its effects, then its motion), each of which Remove takes off again.
 class ClipPanel : public QGroupBox
 {
     Q_OBJECT
@@ -138,6 +141,8 @@ private:
     QCheckBox* m_normalized;
     QCheckBox* m_stabilized;
     QComboBox* m_filter;
+    QListWidget* m_given;
+    QPushButton* m_remove;
     QLabel* m_message;
     bool m_refreshing = false;
 };

@@ -6,6 +6,7 @@
 #include "TimelineView.h"
 
 #include <Util/Dialog/Dialog.h>
+#include <Util/Editor/ClipPlacementCommand.h>
 #include <Util/Editor/EditPlaybackTracker.h>
 #include <Util/Editor/ModelEditor.h>
 #include <Util/Editor/PlayerEditor.h>
@@ -92,6 +93,7 @@ SandboxWindow::SandboxWindow(QWidget* parent)
 
     m_bin = new BinView(this);
     m_timeline = new TimelineView(m_host, this);
+    m_timeline->setUndoStack(&m_undo);
     m_preview = new PreviewPanel(this);
     m_clipPanel = new ClipPanel(m_undo, this);
     m_browser = new PreviewBrowser(m_player, this);
@@ -258,6 +260,14 @@ void SandboxWindow::buildMenus()
     QAction* redo = m_undo.createRedoAction(this, tr("&Redo"));
     redo->setShortcut(QKeySequence::Redo);
     edit->addAction(redo);
+    edit->addSeparator();
+    edit->addAction(
+        tr("&Delete Clip"), this,
+        [this] {
+            if (!m_timeline->removeSelected())
+                statusBar()->showMessage(tr("Select a clip to delete."), 5000);
+        },
+        QKeySequence::Delete);
     QMenu* playback = menuBar()->addMenu(tr("&Playback"));
     playback->addAction(tr("&Play to the Clip's Edge"), this, &SandboxWindow::play, QKeySequence(Qt::Key_Space));
     playback->addAction(tr("&Stop"), this, &SandboxWindow::stop);
@@ -508,26 +518,41 @@ void SandboxWindow::finishImport(Import* import)
 
 void SandboxWindow::placeDropped(const QStringList& paths, Types::Time time, const Timeline::Track* track)
 {
+    std::vector<const Media::File*> known;
     QStringList unknown;
     for (const QString& path : paths) {
-        const Media::File* file = binFile(path);
-        if (!file) {
+        if (const Media::File* file = binFile(path))
+            known.push_back(file);
+        else
             unknown << path;
-            continue;
-        }
-        if (const Timeline::Clip* clip = m_timeline->placeFile(file, time, track)) {
-            time = m_project->clipTiming(clip).end();
-            m_timeline->selectClip(clip);
-        }
     }
+    time = placeFiles(known, time, track, true);
     // Files from the desktop join the bin first.
     if (!unknown.isEmpty())
         importFiles(unknown, [this, time, track](const std::vector<const Media::File*>& files) {
-            Types::Time at = time;
-            for (const Media::File* file : files)
-                if (const Timeline::Clip* clip = m_timeline->placeFile(file, at, track))
-                    at = m_project->clipTiming(clip).end();
+            placeFiles(files, time, track, false);
         });
+}
+
+Types::Time SandboxWindow::placeFiles(const std::vector<const Media::File*>& files, Types::Time time,
+                                      const Timeline::Track* track, bool select)
+{
+    ClipPlacementCommand::Placements before; // none of them was on the timeline
+    for (const Media::File* file : files) {
+        const Timeline::Clip* clip = m_timeline->placeFile(file, time, track);
+        if (!clip)
+            continue;
+        time = m_project->clipTiming(clip).end();
+        if (select)
+            m_timeline->selectClip(clip);
+        before.push_back({clip, std::nullopt, std::nullopt});
+        for (const Timeline::Clip* slave : m_project->findSlaves(clip))
+            before.push_back({slave, std::nullopt, std::nullopt});
+    }
+    if (!before.empty())
+        m_undo.push(new ClipPlacementCommand(files.size() > 1 ? tr("Add clips") : tr("Add clip"), m_project,
+                                             std::move(before)));
+    return time;
 }
 
 Project::Document SandboxWindow::document() const { return Project::capture(m_project, m_bin->files(), m_projectName); }

@@ -126,6 +126,10 @@ private:
     void showPlayer();
     void setProjectTimeline(const Timeline::Object* timeline);
     void placeDropped(const QStringList& paths, Types::Time time, const Timeline::Track* track);
+    // Puts the files one after another from `time` on `track`, as one command; the time after
+    // the last.
+    Types::Time placeFiles(const std::vector<const Media::File*>& files, Types::Time time, const Timeline::Track* track,
+                           bool select);
     void finishImport(Import* import);
     void addToBin(const Media::File* file);
     void cancelJobs();

@@ -1,5 +1,8 @@
 #include "TimelineView.h"
 
+#include <Util/Editor/ClipAdjustmentsProvider.h>
+#include <Util/Editor/ClipPlacementCommand.h>
+
 #include <Util/Format.h>
 #include <Util/Import/MimeUtils.h>
 #include <Util/Sticky/StickyLinksSynchronizer.h>
@@ -12,6 +15,7 @@
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QMouseEvent>
+#include <QUndoStack>
 
 #include <algorithm>
 #include <utility>
@@ -91,17 +95,25 @@ const Timeline::Track* TrackArea::trackOf(const QGraphicsItem* item) const
     return level >= 0 && level < int(m_tracks.size()) ? m_tracks[std::size_t(level)] : nullptr;
 }
 
-// The effects of a clip in the order they apply, then its motion: "Blur · Crossfade · Close-up".
-QString extrasOf(const Timeline::Clip* clip)
+// Sound green, pictures violet, titles and callouts amber, quizzes teal, other video blue; a
+// clip whose media is missing red.
+QColor colourOf(const Timeline::Clip* clip)
 {
-    QStringList names;
-    for (const Effect::Object* effect : clip->effects()) {
-        QString name = QString::fromStdString(effect->id());
-        names << name.left(1).toUpper() + name.mid(1);
+    if (clip->isBroken())
+        return QColor(170, 60, 60);
+    switch (clip->type()) {
+    case Timeline::Clip::Audio:
+        return QColor(60, 140, 90);
+    case Timeline::Clip::Image:
+        return QColor(150, 100, 170);
+    case Timeline::Clip::Title:
+    case Timeline::Clip::Callout:
+        return QColor(180, 120, 40);
+    case Timeline::Clip::Quiz:
+        return QColor(40, 140, 150);
+    default:
+        return QColor(70, 110, 180);
     }
-    if (const Animation::TransformationItem* motion = clip->animation())
-        names << (motion->name.empty() ? QObject::tr("Motion") : motion->name.toQString());
-    return names.join(QStringLiteral(" \u00b7 "));
 }
 
 // A clip on the timeline: a coloured bar with its name and length.
@@ -113,16 +125,10 @@ public:
                             TimelineView::trackHeight - 8),
           clip(clip)
     {
-        const bool audio = clip->type() == Timeline::Clip::Audio;
         setData(KindRole, int(TrackArea::kindOf(clip)));
-        QColor colour = audio ? QColor(60, 140, 90) : QColor(70, 110, 180);
-        if (clip->type() == Timeline::Clip::Image)
-            colour = QColor(150, 100, 170);
-        if (clip->isBroken())
-            colour = QColor(170, 60, 60);
+        setBrush(colourOf(clip));
         // No pen of its own: the item measures exactly its length, so edges meet exactly; the
         // outline is drawn inside by a child.
-        setBrush(colour);
         setPen(Qt::NoPen);
         setZValue(2);
         m_frame = new QGraphicsRectItem(this);
@@ -134,7 +140,7 @@ public:
         label->setBrush(Qt::white);
         label->setPos(5, 4);
         label->setFlag(QGraphicsItem::ItemStacksBehindParent, false);
-        const QString extras = extrasOf(clip);
+        const QString extras = ClipAdjustmentsProvider::contentNames(clip).join(QStringLiteral(" \u00b7 "));
         if (!extras.isEmpty()) {
             auto* line = new QGraphicsSimpleTextItem(extras, this);
             line->setBrush(QColor(255, 225, 130));
@@ -193,6 +199,32 @@ TimelineView::~TimelineView()
     clearItems();
 }
 
+bool TimelineView::removeSelected()
+{
+    const Timeline::Clip* clip = m_selected;
+    if (!m_timeline || !m_timeline->contains(clip))
+        return false;
+    std::vector<const Timeline::Clip*> clips{clip};
+    for (const Timeline::Clip* slave : m_timeline->findSlaves(clip))
+        clips.push_back(slave);
+    ClipPlacementCommand::Placements before = ClipPlacementCommand::placementsOf(m_timeline, clips);
+    {
+        auto edit = m_host.edit(m_timeline);
+        for (const Timeline::Clip* c : clips)
+            edit->removeClip(c);
+    }
+    if (m_undo)
+        m_undo->push(new ClipPlacementCommand(tr("Delete clip"), m_timeline, std::move(before)));
+    return true;
+}
+
+void TimelineView::setUndoStack(QUndoStack* undo)
+{
+    m_undo = undo;
+    if (m_drops)
+        m_drops->setUndoStack(undo);
+}
+
 void TimelineView::setTimeline(const Timeline::Object* timeline)
 {
     if (m_timeline == timeline)
@@ -205,6 +237,7 @@ void TimelineView::setTimeline(const Timeline::Object* timeline)
     if (m_timeline) {
         observe(m_timeline);
         m_drops = std::make_unique<DragAndDropHandler>(m_timeline);
+        m_drops->setUndoStack(m_undo);
         connect(m_drops.get(), &DragAndDropHandler::filesLanded, this, &TimelineView::filesLanded);
         connect(m_drops.get(), &DragAndDropHandler::projectDropped, this, &TimelineView::projectDropped);
         connect(m_drops.get(), &DragAndDropHandler::statusChanged, this, &TimelineView::dropStatus);
@@ -522,6 +555,10 @@ void TimelineView::commitDrag(const Press& press)
         emit dragEnded(grabbed, false, false);
         return;
     }
+    std::vector<const Timeline::Clip*> moved{clip};
+    for (const Timeline::Clip* slave : m_timeline->findSlaves(clip))
+        moved.push_back(slave);
+    ClipPlacementCommand::Placements before = ClipPlacementCommand::placementsOf(m_timeline, moved);
     {
         auto edit = m_host.edit(m_timeline);
         timing.position += delta;
@@ -533,6 +570,8 @@ void TimelineView::commitDrag(const Press& press)
             edit->moveClip(slave, slaveTiming);
         }
     }
+    if (m_undo)
+        m_undo->push(new ClipPlacementCommand(tr("Move clip"), m_timeline, std::move(before)));
     emit dragEnded(grabbed, true, press.snapped);
 }
 

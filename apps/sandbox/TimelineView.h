@@ -13,6 +13,7 @@
 #include <vector>
 
 class QGraphicsLineItem;
+class QUndoStack;
 class StickyLinksSynchronizer;
 
 namespace Sandbox {
@@ -45,6 +46,9 @@ public:
 
     void setTimeline(const Timeline::Object* timeline);
     const Timeline::Object* timeline() const { return m_timeline; }
+    // Where a clip moved and an effect or a motion dropped on a clip go, so that Undo puts the
+    // clip back as it was.
+    void setUndoStack(QUndoStack* undo);
 
     // Puts a clip of `file` (its first video stream, else its first audio stream) at
     // `position` on `track`, with its sound on the native audio track, linked to it.
@@ -71,6 +75,9 @@ public:
     void setPlayhead(Types::Time time);
     const Timeline::Clip* selectedClip() const { return m_selected; }
     void selectClip(const Timeline::Clip* clip);
+    // Takes the selected clip off the timeline with the clips tied to it (its sound, a title on
+    // it), as one command; false when nothing is selected.
+    bool removeSelected();
     bool dragging() const { return m_controller.isDragging(); }
     // The multi-line holding the track's row, and the synchronizer of the clips' links (both
     // are rebuilt with the picture).
@@ -131,6 +138,7 @@ private:
     StickyLinksSynchronizer* m_links = nullptr;
     StickyMoveController m_controller;
     std::unique_ptr<DragAndDropHandler> m_drops;
+    QUndoStack* m_undo = nullptr;
     std::unique_ptr<ClipWatch> m_clipWatch; // a clip given an effect or a motion is drawn again
     std::map<const Timeline::Clip*, ClipItem*> m_items;
     QGraphicsLineItem* m_playheadLine = nullptr;

@@ -22,6 +22,7 @@
 #include <QSignalSpy>
 #include <QStatusBar>
 #include <QTimer>
+#include <QUndoStack>
 
 #include <cstdio>
 
@@ -257,6 +258,27 @@ int Tour::run()
                           title ? seconds(project()->clipTiming(title).position) : QStringLiteral("nowhere"));
         return dropped && blurred && motion == QStringLiteral("Close-up") && !text.isEmpty()
                && project()->clipTiming(title).position == 2 * second;
+    });
+
+    step(QStringLiteral("delete-undo"), [&](QString& detail) {
+        // The tone is deleted and put back; the blur is taken off the bars in the clip panel and
+        // put back: each by Undo, as it was.
+        const Timeline::Clip* tone = clipNamed(project(), SampleMedia::toneFile(), Timeline::Track::Audio);
+        const Timeline::ClipTiming toneWas = tone ? project()->clipTiming(tone) : Timeline::ClipTiming();
+        Scripted::click(viewport, timeline->clipPoint(tone, 0.5));
+        const bool deleted = timeline->removeSelected() && !project()->contains(tone);
+        m_window.undoStack().undo();
+        const bool back = project()->clipTiming(tone) == toneWas;
+        Scripted::click(viewport, timeline->clipPoint(barsClip, 0.5));
+        const bool removed =
+            m_window.clipPanel()->adjustments().removeEffect(QStringLiteral("blur")) && !barsClip->findEffect("blur");
+        const QString undoText = m_window.undoStack().undoText();
+        m_window.undoStack().undo();
+        detail = QStringLiteral("the tone deleted and put back by Undo at %1: %2; the blur taken off the bars in the "
+                                "clip panel (Undo reads \"%3\") and put back: %4")
+                     .arg(seconds(toneWas.position), back ? QStringLiteral("yes") : QStringLiteral("no"), undoText,
+                          ClipAdjustmentsProvider::contentNames(barsClip).join(QStringLiteral(", ")));
+        return deleted && back && removed && barsClip->findEffect("blur") != nullptr;
     });
 
     const QString projectPath = QDir(m_work).filePath(QStringLiteral("tour.dscproj"));

@@ -14,7 +14,9 @@
 #include <QDoubleSpinBox>
 #include <QGraphicsSimpleTextItem>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMimeData>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTreeWidget>
@@ -186,6 +188,21 @@ TEST_F(PanelsTest, everyItemOfTheBrowserDragsOntoTheTimelineAndTheClipShowsWhatI
     EXPECT_TRUE(shown.contains(QStringLiteral("Blur \u00b7 Mirror \u00b7 Pixelate \u00b7 Vignette \u00b7 Invert "
                                               "\u00b7 Dip \u00b7 Grow")))
         << shown.join(QLatin1Char('|')).toStdString();
+
+    // The clip panel lists the same; Remove takes one off, and Undo puts it back, as it takes
+    // the drops off one by one.
+    select(bars);
+    auto* given = window->clipPanel()->findChild<QListWidget*>(QStringLiteral("given"));
+    ASSERT_EQ(given->count(), 7);
+    given->setCurrentRow(6);
+    window->clipPanel()->findChild<QPushButton*>(QStringLiteral("remove"))->click();
+    EXPECT_EQ(bars->animation(), nullptr);
+    EXPECT_EQ(given->count(), 6);
+    action(QKeySequence::Undo)->trigger();
+    EXPECT_EQ(ClipAdjustmentsProvider::contentNames(bars).last(), QStringLiteral("Grow"));
+    while (window->undoStack().canUndo())
+        action(QKeySequence::Undo)->trigger();
+    EXPECT_EQ(given->count(), 0);
 }
 
 TEST_F(PanelsTest, aSpeedTypedInTheClipPanelIsOneUndoableEditAndBackwardsReversesTheClip)

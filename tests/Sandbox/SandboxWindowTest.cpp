@@ -105,6 +105,14 @@ TEST_F(SandboxWindowTest, aDropFromTheBinPutsTheClipAtTheDropTimeOnATrackOfItsKi
     const Timeline::Clip* sound = project()->findNativeAudio(bars);
     ASSERT_NE(sound, nullptr);
     EXPECT_EQ(positionOf(sound), 2 * second);
+    // Each drop is one command: undone, the clips leave the timeline again, and a clip placed
+    // outside the stack (as an import does) stays.
+    EXPECT_EQ(window->undoStack().text(0), QStringLiteral("Add clip"));
+    const Timeline::Clip* outside =
+        timeline->placeFile(window->binFile(sample(1)), 30 * second, project()->primaryTrack());
+    while (window->undoStack().canUndo())
+        window->undoStack().undo();
+    EXPECT_EQ(project()->clips(), std::vector<const Timeline::Clip*>{outside});
 }
 
 TEST_F(SandboxWindowTest, saveThenOpenGivesTheSameTimelineAndBinAndTheRecentListMarksGoneProjects)

@@ -163,6 +163,16 @@ TEST_F(TimelineViewTest, dragsLandOnATrackOfTheClipsKindSnappingToEdgesAndThePla
     Scripted::drag(viewport, from, from + QPoint(int(TimelineView::pixelsPerSecond) * 3, 0), Qt::AltModifier);
     EXPECT_EQ(timingOf(bars).position, 3 * second);
     EXPECT_EQ(timingOf(sound).position, 3 * second);
+    window->undoStack().undo();
+    EXPECT_EQ(timingOf(sound).position, 0);
+
+    // Delete takes the bars off with their sound; Undo puts them back, tied again.
+    timeline->selectClip(bars);
+    ASSERT_TRUE(timeline->removeSelected());
+    EXPECT_FALSE(project()->contains(bars) || project()->contains(sound));
+    EXPECT_FALSE(timeline->removeSelected()) << "nothing is selected any more";
+    window->undoStack().undo();
+    EXPECT_EQ(project()->findNativeAudio(bars), sound);
 }
 
 TEST_F(TimelineViewTest, escapeInTheMiddleOfADragPutsTheClipAndItsSoundBack)
