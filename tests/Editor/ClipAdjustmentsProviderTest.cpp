@@ -1,5 +1,7 @@
 #include <Util/Editor/ClipAdjustmentsProvider.h>
 
+#include "ClipTimelineFixture.h"
+
 #include <TestSupport.h>
 #include <TimelineChanges.h>
 
@@ -12,51 +14,7 @@
 #include <functional>
 #include <limits>
 
-namespace {
-
-constexpr Types::Time second = Types::TimeUnitsPerSecond;
-
-class ClipAdjustmentsProviderTest : public ::testing::Test
-{
-protected:
-    ClipAdjustmentsProviderTest()
-    {
-        timeline = host.addTimeline("Project");
-        withSound = file("talk.mp4", true);
-        video = place(Timeline::Clip(Timeline::Clip::Video, withSound, 0).setName("video"), timeline->primaryTrack(), 0,
-                      4 * second);
-        nativeAudio =
-            place(Timeline::Clip(Timeline::Clip::Audio, withSound, 1), timeline->nativeAudioTrack(), 0, 4 * second);
-        host.edit(timeline)->addLink(video, nativeAudio, 0);
-    }
-
-    const Media::File* file(const char* path, bool sound)
-    {
-        const Media::File* record = host.add(std::make_unique<Media::File>(Types::String(path)));
-        std::vector<const Media::Audio*> audios;
-        if (sound)
-            audios.push_back(host.add(std::make_unique<Media::Audio>()));
-        auto edit = host.edit(record);
-        edit->setStreams({host.add(std::make_unique<Media::Video>())}, audios);
-        edit->setOpened(true);
-        return record;
-    }
-
-    const Timeline::Clip* place(Timeline::Clip clip, const Timeline::Track* track, Types::Time at, Types::Time length)
-    {
-        const Timeline::Clip* record = host.addClip(std::move(clip));
-        host.edit(timeline)->addClip(record, Timeline::ClipTiming(track, at, length));
-        return record;
-    }
-
-    Model::Host host;
-    const Timeline::Object* timeline = nullptr;
-    const Media::File* withSound = nullptr;
-    const Timeline::Clip* video = nullptr;
-    const Timeline::Clip* nativeAudio = nullptr;
-};
-
-} // namespace
+using ClipAdjustmentsProviderTest = ClipTimelineFixture;
 
 TEST_F(ClipAdjustmentsProviderTest, EntriesApplyOnlyWhereTheClipsMediaAllows)
 {

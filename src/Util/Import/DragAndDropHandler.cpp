@@ -6,7 +6,7 @@
 #include "TimelineShadowChange.h"
 
 #include <Util/Editor/ClipContentCommand.h>
-#include <Util/Editor/ClipPlacementCommand.h>
+#include <Util/Editor/TimelineEdits.h>
 #include <Util/Interfaces/EditorSerialization.h>
 #include <Util/Interfaces/EditorSettings.h>
 
@@ -765,40 +765,17 @@ const Timeline::Clip* DragAndDropHandler::draggedClip(const QMimeData* data) con
 bool DragAndDropHandler::dropClip(const QMimeData* data, const Target& target)
 {
     const Timeline::Clip* clip = draggedClip(data);
-    Model::View<Timeline::Object> timelines;
-    auto edit = timelines.edit(m_timeline);
-    const Timeline::ClipTiming was = edit->clipTiming(clip);
-    Timeline::ClipTiming now = was;
-    if (target.track)
-        now.track = target.track;
-    if (target.position >= 0) {
-        now.position = target.position;
-    } else {
-        now.position = 0;
-        for (const Timeline::Clip* other : edit->clipsOnTrack(now.track)) {
+    const Timeline::Track* track = target.track ? target.track : m_timeline->clipTiming(clip).track;
+    Types::Time position = target.position;
+    if (position < 0) {
+        // No time: after the last clip of the track.
+        position = 0;
+        for (const Timeline::Clip* other : m_timeline->clipsOnTrack(track)) {
             if (other != clip)
-                now.position = std::max(now.position, edit->clipTiming(other).end());
+                position = std::max(position, m_timeline->clipTiming(other).end());
         }
     }
-    if (now == was) {
-        edit.cancel();
-        return true;
-    }
-    std::vector<const Timeline::Clip*> moved{clip};
-    edit->moveClip(clip, now);
-    // Linked clips keep their place against it.
-    for (const Timeline::Clip* slave : edit->findSlaves(clip)) {
-        Timeline::ClipTiming timing = edit->clipTiming(slave);
-        timing.position += now.position - was.position;
-        edit->moveClip(slave, timing);
-        moved.push_back(slave);
-    }
-    ClipPlacementCommand::Placements before = ClipPlacementCommand::placementsOf(m_timeline, moved);
-    if (!edit.commit())
-        return false;
-    if (m_undoStack)
-        m_undoStack->push(new ClipPlacementCommand(tr("Move clip"), m_timeline, std::move(before)));
-    return true;
+    return TimelineEdits::moveClip(m_timeline, clip, track, position, m_undoStack);
 }
 
 void DragAndDropHandler::timelineGone()

@@ -1,0 +1,96 @@
+#include <Util/Editor/TimelineEdits.h>
+
+#include "ClipTimelineFixture.h"
+
+#include <TimelineChanges.h>
+
+#include <QUndoStack>
+
+#include <gtest/gtest.h>
+
+class TimelineEditsTest : public ClipTimelineFixture
+{
+protected:
+    // Puts the video (and its sound under it) at 2 s for 6 s, from 10 s of its media on.
+    Timeline::ClipTiming retime(double speed, bool reversed)
+    {
+        Timeline::ClipTiming whole(timeline->primaryTrack(), 2 * second, 6 * second, 10 * second);
+        whole.speed = speed;
+        whole.reversed = reversed;
+        Timeline::ClipTiming sound = whole;
+        sound.track = timeline->nativeAudioTrack();
+        host.edit(timeline)->moveClip(video, whole).moveClip(nativeAudio, sound);
+        return whole;
+    }
+
+    QUndoStack undo;
+};
+
+TEST_F(TimelineEditsTest, ASplitClipShowsEveryFrameWhereItDidAndUndoJoinsItAgain)
+{
+    const Timeline::Clip* early =
+        place(Timeline::Clip(Timeline::Clip::Title), timeline->titleTrack(), 3 * second, second);
+    const Timeline::Clip* late =
+        place(Timeline::Clip(Timeline::Clip::Title), timeline->titleTrack(), 6 * second, second);
+    host.edit(timeline)->addLink(video, early, second).addLink(video, late, 4 * second);
+    struct Row
+    {
+        const char* name;
+        double speed;
+        bool reversed;
+    };
+    const Row rows[] = {{"forward", 1.0, false},
+                        {"twice as fast", 2.0, false},
+                        {"reversed", 1.0, true},
+                        {"reversed at half speed", 0.5, true}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Timeline::ClipTiming whole = retime(row.speed, row.reversed);
+        TimelineChanges edits(timeline);
+
+        const Timeline::Clip* rest = TimelineEdits::splitClip(timeline, video, 5 * second, &undo);
+
+        ASSERT_NE(rest, nullptr);
+        EXPECT_EQ(edits.count, 1);
+        for (Types::Time t = whole.start(); t < whole.end(); t += second / 2) {
+            const Timeline::Clip* half = t < 5 * second ? video : rest;
+            EXPECT_EQ(timeline->clipTiming(half).mediaTimeAt(t), whole.mediaTimeAt(t)) << t;
+        }
+        const Timeline::Clip* restSound = timeline->findNativeAudio(rest);
+        ASSERT_NE(restSound, nullptr);
+        EXPECT_EQ(timeline->clipTiming(restSound).offset, timeline->clipTiming(rest).offset);
+        EXPECT_EQ(timeline->clipTiming(nativeAudio).length, 3 * second);
+        EXPECT_EQ(timeline->masterOf(early), video);
+        EXPECT_EQ(timeline->masterOf(late), rest);
+        EXPECT_EQ(timeline->clipTiming(late).position, 6 * second) << "what was tied stays where it was";
+
+        undo.undo();
+        EXPECT_EQ(timeline->clipTiming(video), whole);
+        EXPECT_FALSE(timeline->contains(rest) || timeline->contains(restSound));
+        EXPECT_EQ(timeline->masterOf(late), video);
+        EXPECT_EQ(timeline->findNativeAudio(video), nativeAudio);
+        EXPECT_EQ(timeline->clipTiming(nativeAudio).length, 6 * second);
+    }
+}
+
+TEST_F(TimelineEditsTest, AClipDeletedOrMovedTakesWhatIsTiedToItAndCutsOutsideItChangeNothing)
+{
+    TestSupport::LogCapture log;
+    const Timeline::ClipTiming whole = retime(1.0, false);
+    for (Types::Time at : {2 * second, 8 * second, 20 * second})
+        EXPECT_EQ(TimelineEdits::splitClip(timeline, video, at, &undo), nullptr) << at;
+    EXPECT_TRUE(log.containsError("is not inside the clip"));
+    const Timeline::Clip* loose = host.addClip(Timeline::Clip(Timeline::Clip::Video, withSound, 0));
+    EXPECT_FALSE(TimelineEdits::removeClip(timeline, loose, &undo));
+    EXPECT_EQ(undo.count(), 0);
+
+    ASSERT_TRUE(TimelineEdits::moveClip(timeline, video, timeline->extraVideoTrack(), 5 * second, &undo));
+    EXPECT_EQ(timeline->clipTiming(nativeAudio).position, 5 * second);
+    EXPECT_EQ(timeline->clipTiming(nativeAudio).track, timeline->nativeAudioTrack());
+    ASSERT_TRUE(TimelineEdits::removeClip(timeline, video, &undo));
+    EXPECT_TRUE(timeline->clips().empty());
+    EXPECT_EQ(undo.text(1), QStringLiteral("Delete clip"));
+    undo.setIndex(0);
+    EXPECT_EQ(timeline->clipTiming(video), whole);
+    EXPECT_EQ(timeline->findNativeAudio(video), nativeAudio);
+}
