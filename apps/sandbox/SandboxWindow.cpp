@@ -268,6 +268,15 @@ void SandboxWindow::buildMenus()
                 statusBar()->showMessage(tr("Select a clip to delete."), 5000);
         },
         QKeySequence::Delete);
+    edit->addAction(
+        tr("&Split Clip at the Playhead"), this,
+        [this] {
+            if (const Timeline::Clip* rest = m_timeline->splitSelected())
+                m_timeline->selectClip(rest);
+            else
+                statusBar()->showMessage(tr("Put the playhead inside the selected clip to split it."), 5000);
+        },
+        QKeySequence(Qt::CTRL | Qt::Key_K));
     QMenu* playback = menuBar()->addMenu(tr("&Playback"));
     playback->addAction(tr("&Play to the Clip's Edge"), this, &SandboxWindow::play, QKeySequence(Qt::Key_Space));
     playback->addAction(tr("&Stop"), this, &SandboxWindow::stop);

@@ -1,7 +1,7 @@
 #include "TimelineView.h"
 
 #include <Util/Editor/ClipAdjustmentsProvider.h>
-#include <Util/Editor/ClipPlacementCommand.h>
+#include <Util/Editor/TimelineEdits.h>
 
 #include <Util/Format.h>
 #include <Util/Import/MimeUtils.h>
@@ -201,21 +201,14 @@ TimelineView::~TimelineView()
 
 bool TimelineView::removeSelected()
 {
-    const Timeline::Clip* clip = m_selected;
-    if (!m_timeline || !m_timeline->contains(clip))
-        return false;
-    std::vector<const Timeline::Clip*> clips{clip};
-    for (const Timeline::Clip* slave : m_timeline->findSlaves(clip))
-        clips.push_back(slave);
-    ClipPlacementCommand::Placements before = ClipPlacementCommand::placementsOf(m_timeline, clips);
-    {
-        auto edit = m_host.edit(m_timeline);
-        for (const Timeline::Clip* c : clips)
-            edit->removeClip(c);
-    }
-    if (m_undo)
-        m_undo->push(new ClipPlacementCommand(tr("Delete clip"), m_timeline, std::move(before)));
-    return true;
+    return m_timeline && m_timeline->contains(m_selected) && TimelineEdits::removeClip(m_timeline, m_selected, m_undo);
+}
+
+const Timeline::Clip* TimelineView::splitSelected()
+{
+    return m_timeline && m_timeline->contains(m_selected)
+               ? TimelineEdits::splitClip(m_timeline, m_selected, m_playhead, m_undo)
+               : nullptr;
 }
 
 void TimelineView::setUndoStack(QUndoStack* undo)
@@ -549,29 +542,13 @@ void TimelineView::commitDrag(const Press& press)
     for (const TrackArea* area : m_areas)
         if (!track)
             track = area->trackOf(press.dragged);
-    Timeline::ClipTiming timing = m_timeline->clipTiming(clip);
-    const Types::Time delta = timeOf(press.dragged->x()) - timing.position;
-    if (!track || (delta == 0 && track == timing.track)) {
+    const Timeline::ClipTiming& timing = m_timeline->clipTiming(clip);
+    const Types::Time position = timeOf(press.dragged->x());
+    if (!track || (position == timing.position && track == timing.track)) {
         emit dragEnded(grabbed, false, false);
         return;
     }
-    std::vector<const Timeline::Clip*> moved{clip};
-    for (const Timeline::Clip* slave : m_timeline->findSlaves(clip))
-        moved.push_back(slave);
-    ClipPlacementCommand::Placements before = ClipPlacementCommand::placementsOf(m_timeline, moved);
-    {
-        auto edit = m_host.edit(m_timeline);
-        timing.position += delta;
-        timing.track = track;
-        edit->moveClip(clip, timing);
-        for (const Timeline::Clip* slave : m_timeline->findSlaves(clip)) {
-            Timeline::ClipTiming slaveTiming = m_timeline->clipTiming(slave);
-            slaveTiming.position = std::max<Types::Time>(0, slaveTiming.position + delta);
-            edit->moveClip(slave, slaveTiming);
-        }
-    }
-    if (m_undo)
-        m_undo->push(new ClipPlacementCommand(tr("Move clip"), m_timeline, std::move(before)));
+    TimelineEdits::moveClip(m_timeline, clip, track, position, m_undo);
     emit dragEnded(grabbed, true, press.snapped);
 }
 

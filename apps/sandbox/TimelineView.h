@@ -78,6 +78,9 @@ public:
     // Takes the selected clip off the timeline with the clips tied to it (its sound, a title on
     // it), as one command; false when nothing is selected.
     bool removeSelected();
+    // Cuts the selected clip at the playhead in two; the second half, or null when the playhead
+    // is not inside it.
+    const Timeline::Clip* splitSelected();
     bool dragging() const { return m_controller.isDragging(); }
     // The multi-line holding the track's row, and the synchronizer of the clips' links (both
     // are rebuilt with the picture).

@@ -260,9 +260,9 @@ int Tour::run()
                && project()->clipTiming(title).position == 2 * second;
     });
 
-    step(QStringLiteral("delete-undo"), [&](QString& detail) {
+    step(QStringLiteral("edit-undo"), [&](QString& detail) {
         // The tone is deleted and put back; the blur is taken off the bars in the clip panel and
-        // put back: each by Undo, as it was.
+        // put back; the bars are cut in two and joined: each by Undo, as it was.
         const Timeline::Clip* tone = clipNamed(project(), SampleMedia::toneFile(), Timeline::Track::Audio);
         const Timeline::ClipTiming toneWas = tone ? project()->clipTiming(tone) : Timeline::ClipTiming();
         Scripted::click(viewport, timeline->clipPoint(tone, 0.5));
@@ -274,11 +274,21 @@ int Tour::run()
             m_window.clipPanel()->adjustments().removeEffect(QStringLiteral("blur")) && !barsClip->findEffect("blur");
         const QString undoText = m_window.undoStack().undoText();
         m_window.undoStack().undo();
+        // The bars are cut at 3 s, their sound with them; Undo joins both again.
+        const size_t clips = project()->clips().size();
+        timeline->setPlayhead(3 * second);
+        const Timeline::Clip* rest = timeline->splitSelected();
+        const bool split = rest && project()->clips().size() == clips + 2 && project()->findNativeAudio(rest);
+        const QString splitShot = shoot(QStringLiteral("split"));
+        m_window.undoStack().undo();
+        const bool joined = project()->clips().size() == clips && project()->clipTiming(barsClip).end() > 3 * second;
         detail = QStringLiteral("the tone deleted and put back by Undo at %1: %2; the blur taken off the bars in the "
-                                "clip panel (Undo reads \"%3\") and put back: %4")
+                                "clip panel (Undo reads \"%3\") and put back: %4; the bars cut at 00:03 into two "
+                                "clips, their sound too (%5), joined again by Undo: %6")
                      .arg(seconds(toneWas.position), back ? QStringLiteral("yes") : QStringLiteral("no"), undoText,
-                          ClipAdjustmentsProvider::contentNames(barsClip).join(QStringLiteral(", ")));
-        return deleted && back && removed && barsClip->findEffect("blur") != nullptr;
+                          ClipAdjustmentsProvider::contentNames(barsClip).join(QStringLiteral(", ")), splitShot,
+                          joined ? QStringLiteral("yes") : QStringLiteral("no"));
+        return deleted && back && removed && barsClip->findEffect("blur") != nullptr && split && joined;
     });
 
     const QString projectPath = QDir(m_work).filePath(QStringLiteral("tour.dscproj"));
