@@ -20,6 +20,7 @@ public:
 
     void watch(const Media::File* file) { fileAdded(file); }
 
+    static inline int answered = 0; // by any handler, also one already gone
     int processingCalls = 0;
     int clearCalls = 0;
     std::vector<bool> answers;
@@ -33,6 +34,7 @@ protected:
     }
     void postProcessing(bool remove) override
     {
+        ++answered;
         answers.push_back(remove);
         analyses.push_back(makeFilesAnalyze());
     }
@@ -65,6 +67,8 @@ protected:
 TEST_F(BaseFileOpenHandlerTest, CompletionsOfATurnGiveOnePassAndTheFullBatchIsForgotten)
 {
     RecordingHandler handler;
+    int settled = 0;
+    handler.onSettled = [&] { ++settled; };
     addFile(handler, QStringLiteral("/media/a.mp4"));
     addFile(handler, QStringLiteral("/media/b.png"));
     addFile(handler, QStringLiteral("/media/c.mp4"));
@@ -77,6 +81,7 @@ TEST_F(BaseFileOpenHandlerTest, CompletionsOfATurnGiveOnePassAndTheFullBatchIsFo
     EXPECT_EQ(handler.processingCalls, 1) << "two completions in one turn give one pass";
     EXPECT_EQ(handler.files().size(), 3u) << "the batch is not complete, so nothing is cleared";
     EXPECT_EQ(handler.clearCalls, 0);
+    EXPECT_FALSE(handler.isSettled());
 
     opener->answer(QStringLiteral("/media/c.mp4"), opened());
     spinTurns();
@@ -86,6 +91,7 @@ TEST_F(BaseFileOpenHandlerTest, CompletionsOfATurnGiveOnePassAndTheFullBatchIsFo
     EXPECT_TRUE(handler.files().empty());
     EXPECT_EQ(handler.finishedCount(), 0);
     EXPECT_EQ(handler.clearCalls, 1);
+    EXPECT_EQ(settled, 1);
 }
 
 TEST_F(BaseFileOpenHandlerTest, FailuresAreSortedByCauseAndTheUserIsAskedOnce)
@@ -200,6 +206,17 @@ TEST_F(BaseFileOpenHandlerTest, HandlerDestroyedWhileFilesOpenLeavesNoCallbackBe
     spinTurns();
     EXPECT_TRUE(dialog->questions.empty());
     EXPECT_TRUE(second->isFailed()) << "the model finishes the file without the handler";
+
+    // Destroyed by its owner while its question is open (an import cancelled meanwhile): the
+    // answer goes nowhere.
+    auto asking = std::make_unique<RecordingHandler>();
+    addFile(*asking, QStringLiteral("/media/c.mp4"));
+    dialog->whileAsking = [&] { asking.reset(); };
+    const int answered = RecordingHandler::answered;
+    opener->answer(QStringLiteral("/media/c.mp4"), failed({36}));
+    spinTurns();
+    EXPECT_EQ(dialog->questions.size(), 1u);
+    EXPECT_EQ(RecordingHandler::answered, answered);
 }
 
 TEST_F(BaseFileOpenHandlerTest, ResolveFollowsTheFailedFlagOfWatchedFiles)

@@ -178,7 +178,9 @@ BaseFileOpenHandler::BaseFileOpenHandler()
       m_deferredProcessing(std::make_unique<DeferredCall>(this, &BaseFileOpenHandler::makeProcessing))
 {}
 
-BaseFileOpenHandler::~BaseFileOpenHandler() = default;
+BaseFileOpenHandler::~BaseFileOpenHandler() { *m_alive = false; }
+
+bool BaseFileOpenHandler::isSettled() const { return m_files.empty(); }
 
 bool BaseFileOpenHandler::isProcessing() { return processingInProgress; }
 
@@ -335,11 +337,18 @@ void BaseFileOpenHandler::processing()
     if (m_finishedCount < static_cast<qint32>(m_files.size()))
         return;
 
+    // The question runs an event loop, in which the owner may destroy the handler (an import
+    // cancelled meanwhile): then nothing is left to answer to or to clear.
     struct ClearOnExit
     {
         BaseFileOpenHandler* handler;
-        ~ClearOnExit() { handler->clear(); }
-    } clearOnExit{this};
+        std::shared_ptr<const bool> alive;
+        ~ClearOnExit()
+        {
+            if (*alive)
+                handler->clear();
+        }
+    } clearOnExit{this, m_alive};
 
     const AnalyzedProduct analysis = makeFilesAnalyze();
     if (analysis.failedFiles.empty())
@@ -352,13 +361,19 @@ void BaseFileOpenHandler::processing()
         message += Error::describeTranscodingError(error, Error::Analyze).toQString();
     }
     const bool remove = Dialog::showHasFailedFiles(allowToKeepFiles(), message);
-    postProcessing(remove);
+    if (*clearOnExit.alive)
+        postProcessing(remove);
 }
 
 void BaseFileOpenHandler::makeProcessing()
 {
     if (processingInProgress)
         return;
-    ProcessingGuard guard;
-    processing();
+    const std::shared_ptr<const bool> alive = m_alive;
+    {
+        ProcessingGuard guard;
+        processing();
+    }
+    if (*alive && isSettled() && onSettled)
+        onSettled();
 }

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -49,6 +50,14 @@ public:
 
     // Whether a processing pass of any handler is running in this process.
     static bool isProcessing();
+
+    // Whether no batch waits for its files or its question: nothing is watched, or the last
+    // batch was settled (the failures answered and the answer applied).
+    bool isSettled() const;
+    // Called after a pass that settled the batch. The handler may be destroyed while its
+    // question is open (its event loop runs everything else meanwhile): the answer then goes
+    // nowhere and nothing is called.
+    std::function<void()> onSettled;
 
 protected:
     void fileAdded(const Media::File* file) override;
@@ -97,4 +106,5 @@ private:
     void setFailure(const Media::File* file, std::uint8_t bits, bool on);
     bool inBatchAt(const Media::File* file, std::uint32_t position) const;
     std::unique_ptr<DeferredCall> m_deferredProcessing;
+    std::shared_ptr<bool> m_alive = std::make_shared<bool>(true); // false once destroyed
 };
