@@ -66,6 +66,7 @@ struct SandboxWindow::Import
     std::unique_ptr<TimelineShadowChange> change;
     std::unique_ptr<TimelineFileOpenHandler> handler;
     std::function<void(const std::vector<const Media::File*>&)> done;
+    bool ready = false; // every file has opened or failed
 };
 
 namespace {
@@ -261,14 +262,14 @@ void SandboxWindow::buildMenus()
     redo->setShortcut(QKeySequence::Redo);
     edit->addAction(redo);
     edit->addSeparator();
-    edit->addAction(
+    QAction* remove = edit->addAction(
         tr("&Delete Clip"), this,
         [this] {
             if (!m_timeline->removeSelected())
                 statusBar()->showMessage(tr("Select a clip to delete."), 5000);
         },
         QKeySequence::Delete);
-    edit->addAction(
+    QAction* split = edit->addAction(
         tr("&Split Clip at the Playhead"), this,
         [this] {
             if (const Timeline::Clip* rest = m_timeline->splitSelected())
@@ -277,6 +278,9 @@ void SandboxWindow::buildMenus()
                 statusBar()->showMessage(tr("Put the playhead inside the selected clip to split it."), 5000);
         },
         QKeySequence(Qt::CTRL | Qt::Key_K));
+    // A clip's menu on the timeline: the same two, and undo.
+    m_timeline->addActions({split, remove, undo});
+    m_timeline->setContextMenuPolicy(Qt::ActionsContextMenu);
     QMenu* playback = menuBar()->addMenu(tr("&Playback"));
     playback->addAction(tr("&Play to the Clip's Edge"), this, &SandboxWindow::play, QKeySequence(Qt::Key_Space));
     playback->addAction(tr("&Stop"), this, &SandboxWindow::stop);
@@ -408,14 +412,20 @@ void SandboxWindow::importFiles(const QStringList& paths,
     import->handler = std::make_unique<TimelineFileOpenHandler>(import->change->shadowTimeline());
     import->done = std::move(done);
     Import* raw = import.get();
-    // Finished from the event loop: the change is not destroyed inside its own signal.
-    connect(import->change.get(), &TimelineShadowChange::shadowReady, this,
-            [this, raw] { QTimer::singleShot(0, this, [this, raw] { finishImport(raw); }); });
-    connect(import->change.get(), &TimelineShadowChange::filesProgress, this, &SandboxWindow::updateJobs);
-    m_imports.push_back(std::move(import));
-    statusBar()->showMessage(tr("Importing %n file(s)...", nullptr, int(paths.size())));
-    raw->change->addFiles(paths, FileAdder::ImportPanel);
-    updateJobs();
+    // Finished from the event loop (the change is not destroyed inside its own signal) once its
+    // files are ready and the question about the failed ones is answered, whichever comes last.
+    connect(import->change.get(), &TimelineShadowChange::shadowReady, this, [this, raw] {
+        raw->ready = true;
+        QTimer::singleShot(0, this, [this, raw] { finishImport(raw); });
+    });
+    import->handler->onSettled = [this, raw] { QTimer::singleShot(0, this, [this, raw] { finishImport(raw);
+});
+}; // namespace Sandbox
+connect(import->change.get(), &TimelineShadowChange::filesProgress, this, &SandboxWindow::updateJobs);
+m_imports.push_back(std::move(import));
+statusBar()->showMessage(tr("Importing %n file(s)...", nullptr, int(paths.size())));
+raw->change->addFiles(paths, FileAdder::ImportPanel);
+updateJobs();
 }
 
 void SandboxWindow::cancelImports()
@@ -499,7 +509,7 @@ void SandboxWindow::finishImport(Import* import)
 {
     const auto it =
         std::find_if(m_imports.begin(), m_imports.end(), [import](const auto& i) { return i.get() == import; });
-    if (it == m_imports.end())
+    if (it == m_imports.end() || !import->ready || !import->handler->isSettled())
         return;
     std::unique_ptr<Import> owned = std::move(*it);
     m_imports.erase(it);

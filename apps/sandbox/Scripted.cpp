@@ -90,6 +90,8 @@ void ScriptedStrategy::showWarning(const QString& title, const QString& text) { 
 bool ScriptedStrategy::showHasFailedFiles(bool allowKeep, const QString& message)
 {
     failedFilesQuestions.push_back({allowKeep, message});
+    // As a person at the dialog, it takes a moment to answer: the event loop runs meanwhile.
+    waitFor([] { return false; }, 30);
     return removeFailed;
 }
 

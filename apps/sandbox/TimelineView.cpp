@@ -447,6 +447,12 @@ ClipItem* TimelineView::clipItemAt(const QPoint& viewportPos) const
 
 void TimelineView::mousePressEvent(QMouseEvent* event)
 {
+    // The right button chooses the clip its menu (the view's actions) is about.
+    if (event->button() == Qt::RightButton && m_timeline && !m_controller.isDragging()) {
+        ClipItem* item = clipItemAt(event->pos());
+        selectClip(item ? item->clip : nullptr);
+        return;
+    }
     if (event->button() != Qt::LeftButton || !m_timeline || m_controller.isDragging())
         return QGraphicsView::mousePressEvent(event);
     setFocus();

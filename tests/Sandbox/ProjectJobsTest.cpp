@@ -123,6 +123,15 @@ TEST_F(ProjectJobsTest, anImportCountsItsFilesThenTheThumbnailsAndAsksOnceAboutT
     // A second import of a good file alone asks nothing more.
     import({sample(3)});
     EXPECT_EQ(dialogs->failedFilesQuestions.size(), 1u);
+    // Answered Remove, however long the answer takes, a failed file stays out of the bin.
+    const QString again = QDir(QDir::tempPath()).filePath(QStringLiteral("broken-again.mp4"));
+    QFile::remove(again);
+    ASSERT_TRUE(QFile::copy(sample(4), again));
+    dialogs->removeFailed = true;
+    import({again});
+    EXPECT_EQ(dialogs->failedFilesQuestions.size(), 2u);
+    EXPECT_EQ(window->binFile(again), nullptr);
+    QFile::remove(again);
 }
 
 TEST_F(ProjectJobsTest, cancelDropsTheImportAndTheNextImportWorks)

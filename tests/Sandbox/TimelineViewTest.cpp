@@ -166,8 +166,10 @@ TEST_F(TimelineViewTest, dragsLandOnATrackOfTheClipsKindSnappingToEdgesAndThePla
     window->undoStack().undo();
     EXPECT_EQ(timingOf(sound).position, 0);
 
-    // Delete takes the bars off with their sound; Undo puts them back, tied again.
-    timeline->selectClip(bars);
+    // Delete (in the menu of the clip pressed with the right button) takes the bars off with
+    // their sound; Undo puts them back, tied again.
+    QTest::mousePress(viewport, Qt::RightButton, {}, timeline->clipPoint(bars, 0.5));
+    ASSERT_EQ(timeline->selectedClip(), bars);
     ASSERT_TRUE(timeline->removeSelected());
     EXPECT_FALSE(project()->contains(bars) || project()->contains(sound));
     EXPECT_FALSE(timeline->removeSelected()) << "nothing is selected any more";
