@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 class TimelineEditsTest : public ClipTimelineFixture
 {
 protected:
@@ -70,6 +72,45 @@ TEST_F(TimelineEditsTest, ASplitClipShowsEveryFrameWhereItDidAndUndoJoinsItAgain
         EXPECT_EQ(timeline->masterOf(late), video);
         EXPECT_EQ(timeline->findNativeAudio(video), nativeAudio);
         EXPECT_EQ(timeline->clipTiming(nativeAudio).length, 6 * second);
+    }
+}
+
+TEST_F(TimelineEditsTest, ATrimmedClipShowsMoreOrLessOfItsMediaAsFarAsItGoes)
+{
+    // 2 s to 8 s on the timeline, from 10 s of media 17 s long.
+    host.edit(withSound)->setDuration(17 * second);
+    const Timeline::Clip* title =
+        place(Timeline::Clip(Timeline::Clip::Title), timeline->titleTrack(), 3 * second, second);
+    using TimelineEdits::Edge;
+    struct Row
+    {
+        const char* name;
+        bool reversed;
+        Edge edge;
+        Types::Time to;
+        Types::Time position, length, offset;
+    };
+    const Types::Time s = second;
+    const Row rows[] = {
+        {"start later", false, Edge::Start, 3 * s, 3 * s, 5 * s, 11 * s},
+        {"start before the timeline", false, Edge::Start, -5 * s, 0, 8 * s, 8 * s},
+        {"end past the media", false, Edge::End, 20 * s, 2 * s, 7 * s, 10 * s},
+        {"end before the start", false, Edge::End, 0, 2 * s, TimelineEdits::minimumClipLength, 10 * s},
+        {"reversed, start later", true, Edge::Start, 3 * s, 3 * s, 5 * s, 10 * s},
+        {"reversed, start past the media's end", true, Edge::Start, 0, 1 * s, 7 * s, 10 * s},
+        {"reversed, end past the media's start", true, Edge::End, 20 * s, 2 * s, 16 * s, 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        retime(1.0, row.reversed);
+        host.edit(timeline)->addLink(video, title, second);
+        ASSERT_TRUE(TimelineEdits::trimClip(timeline, video, row.edge, row.to, &undo));
+        const Timeline::ClipTiming& now = timeline->clipTiming(video);
+        EXPECT_EQ(std::tuple(now.position, now.length, now.offset), std::tuple(row.position, row.length, row.offset));
+        EXPECT_EQ(timeline->clipTiming(nativeAudio).length, now.length) << "the sound is trimmed alike";
+        EXPECT_EQ(now.start() + timeline->linkOf(title)->offset, 3 * second) << "the title keeps its place";
+        undo.undo();
+        EXPECT_EQ(timeline->clipTiming(video).length, 6 * second);
     }
 }
 

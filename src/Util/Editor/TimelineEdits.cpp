@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace TimelineEdits {
 
@@ -146,6 +147,59 @@ const Timeline::Clip* splitClip(const Timeline::Object* timeline, const Timeline
         return nullptr;
     record(undo, "Split clip", timeline, std::move(before));
     return rest;
+}
+
+bool trimClip(const Timeline::Object* timeline, const Timeline::Clip* clip, Edge edge, Types::Time to, QUndoStack* undo)
+{
+    if (!onTimeline(timeline, clip, "trimClip"))
+        return false;
+    const Timeline::ClipTiming was = timeline->clipTiming(clip);
+    const bool start = edge == Edge::Start;
+    // The span [a, b] of its media the clip shows: forward the start edge holds a, reversed b.
+    const double a = double(was.offset);
+    const double b = a + double(was.length) * was.speed;
+    const Media::File* file = clip->file();
+    const bool bounded = (clip->type() == Timeline::Clip::Video || clip->type() == Timeline::Clip::Audio) && file
+                         && file->duration() > 0;
+    const double end = bounded ? double(file->duration()) : std::numeric_limits<double>::infinity();
+    // How far the edge may move (later is positive).
+    const double low = start ? std::max(-double(was.position), was.reversed ? (b - end) / was.speed : -a / was.speed)
+                             : double(minimumClipLength - was.length);
+    const double high =
+        start ? double(was.length - minimumClipLength) : (was.reversed ? a / was.speed : (end - b) / was.speed);
+    const double wanted = double(to - (start ? was.start() : was.end()));
+    const Types::Time by = Types::Time(std::max(low, std::min(high, wanted)));
+    if (by == 0)
+        return true;
+
+    const auto trimmed = [&](Timeline::ClipTiming t) {
+        const Types::Time media = Types::Time(std::llround(double(by) * t.speed));
+        if (start) {
+            t.position += by;
+            t.length -= by;
+            t.offset += t.reversed ? 0 : media;
+        } else {
+            t.length += by;
+            t.offset -= t.reversed ? media : 0;
+        }
+        return t;
+    };
+    const std::vector<const Timeline::Clip*> clips = withTied(timeline, clip);
+    const Timeline::Clip* sound = timeline->findNativeAudio(clip);
+    ClipPlacementCommand::Placements before = ClipPlacementCommand::placementsOf(timeline, clips);
+    Model::View<Timeline::Object> view;
+    auto edit = view.edit(timeline);
+    edit->moveClip(clip, trimmed(was));
+    for (size_t i = 1; i < clips.size(); ++i) {
+        if (clips[i] == sound)
+            edit->moveClip(sound, trimmed(timeline->clipTiming(sound)));
+        else if (start)
+            edit->addLink(clip, clips[i], timeline->linkOf(clips[i])->offset - by);
+    }
+    if (!edit.commit())
+        return false;
+    record(undo, "Trim clip", timeline, std::move(before));
+    return true;
 }
 
 } // namespace TimelineEdits
