@@ -180,6 +180,7 @@ TimelineView::TimelineView(Model::Host& host, QWidget* parent)
     : QGraphicsView(parent), m_host(host), m_clipWatch(std::make_unique<ClipWatch>(*this))
 {
     qRegisterMetaType<const Timeline::Clip*>();
+    viewport()->setMouseTracking(true); // the cursor shows where an edge can be trimmed
     qRegisterMetaType<const Timeline::Track*>();
     setScene(new QGraphicsScene(this));
     setAlignment(Qt::AlignLeft | Qt::AlignTop);
@@ -354,6 +355,7 @@ void TimelineView::clearItems()
     m_tracks.clear();
     m_items.clear();
     m_playheadLine = nullptr;
+    m_trimGuide = nullptr;
     if (scene())
         scene()->clear();
 }
@@ -466,6 +468,20 @@ void TimelineView::mousePressEvent(QMouseEvent* event)
     m_press = Press();
     m_press.item = item;
     m_press.scene = mapToScene(event->pos());
+    m_press.trim = edgeAt(item, m_press.scene.x());
+}
+
+std::optional<TimelineEdits::Edge> TimelineView::edgeAt(const ClipItem* item, double sceneX)
+{
+    constexpr double grip = 5; // pixels either side of an edge
+    const QRectF bar = item->sceneBoundingRect();
+    if (bar.width() < 4 * grip)
+        return std::nullopt; // too short to tell its edges from its middle
+    if (std::abs(sceneX - bar.left()) <= grip)
+        return TimelineEdits::Edge::Start;
+    if (std::abs(sceneX - bar.right()) <= grip)
+        return TimelineEdits::Edge::End;
+    return std::nullopt;
 }
 
 // A sound tied to a video moves it: the drag takes the master, whose slaves follow.
@@ -482,9 +498,24 @@ void TimelineView::startDrag()
 
 void TimelineView::mouseMoveEvent(QMouseEvent* event)
 {
+    if (!(event->buttons() & Qt::LeftButton)) {
+        const ClipItem* over = m_controller.isDragging() ? nullptr : clipItemAt(event->pos());
+        const bool onEdge = over && edgeAt(over, mapToScene(event->pos()).x());
+        viewport()->setCursor(onEdge ? Qt::SizeHorCursor : Qt::ArrowCursor);
+    }
     if (!m_press.item || !(event->buttons() & Qt::LeftButton))
         return QGraphicsView::mouseMoveEvent(event);
     QPointF at = mapToScene(event->pos());
+    if (m_press.trim) {
+        const double x = std::max(headerWidth, at.x());
+        const double top = m_press.item->sceneBoundingRect().top();
+        if (!m_trimGuide) {
+            m_trimGuide = scene()->addLine(QLineF(), QPen(Qt::yellow, 2));
+            m_trimGuide->setZValue(11);
+        }
+        m_trimGuide->setLine(x, top - 4, x, top + trackHeight - 4);
+        return;
+    }
     if (!m_press.dragged) {
         const QPointF delta = at - m_press.scene;
         if (std::abs(delta.x()) < 3 && std::abs(delta.y()) < 3)
@@ -507,6 +538,13 @@ void TimelineView::mouseReleaseEvent(QMouseEvent* event)
     if (!m_press.item || event->button() != Qt::LeftButton)
         return QGraphicsView::mouseReleaseEvent(event);
     const Press press = std::exchange(m_press, Press());
+    if (press.trim) {
+        delete std::exchange(m_trimGuide, nullptr);
+        const double x = std::max(headerWidth, mapToScene(event->pos()).x());
+        if (std::abs(x - press.scene.x()) >= 3)
+            TimelineEdits::trimClip(m_timeline, press.item->clip, *press.trim, timeOf(x), m_undo);
+        return;
+    }
     if (!press.dragged || !m_controller.isDragging())
         return; // a click, or a drag already aborted
     if (!m_controller.finishDrag()) {

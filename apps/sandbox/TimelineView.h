@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Util/Editor/TimelineEdits.h>
 #include <Util/Import/DragAndDropHandler.h>
 #include <Util/Interfaces/EditorModel.h>
 #include <Util/Sticky/StickyMoveController.h>
@@ -10,6 +11,7 @@
 #include <cmath>
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class QGraphicsLineItem;
@@ -121,7 +123,10 @@ private:
         ClipItem* dragged = nullptr; // the clip the controller drags: the item, or its master
         QPointF scene;
         bool snapped = false;
+        std::optional<TimelineEdits::Edge> trim; // pressed on an edge: the drag trims the clip
     };
+    // The edge of `item` within a few pixels of `sceneX`, if any.
+    static std::optional<TimelineEdits::Edge> edgeAt(const ClipItem* item, double sceneX);
 
     class ClipWatch;
 
@@ -145,6 +150,7 @@ private:
     std::unique_ptr<ClipWatch> m_clipWatch; // a clip given an effect or a motion is drawn again
     std::map<const Timeline::Clip*, ClipItem*> m_items;
     QGraphicsLineItem* m_playheadLine = nullptr;
+    QGraphicsLineItem* m_trimGuide = nullptr; // where a trimmed edge would land
     Types::Time m_playhead = 0;
     const Timeline::Clip* m_selected = nullptr;
     Press m_press;

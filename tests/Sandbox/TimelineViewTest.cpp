@@ -175,6 +175,15 @@ TEST_F(TimelineViewTest, dragsLandOnATrackOfTheClipsKindSnappingToEdgesAndThePla
     EXPECT_FALSE(timeline->removeSelected()) << "nothing is selected any more";
     window->undoStack().undo();
     EXPECT_EQ(project()->findNativeAudio(bars), sound);
+
+    // Their end dragged a second earlier trims the bars and their sound; Undo lengthens them.
+    const Types::Time length = timingOf(bars).length;
+    const QPoint end = timeline->clipPoint(bars, 1.0) - QPoint(2, 0);
+    Scripted::drag(viewport, end, end - QPoint(int(TimelineView::pixelsPerSecond), 0));
+    EXPECT_NEAR(double(timingOf(bars).length), double(length - second), 2.0 * second / TimelineView::pixelsPerSecond);
+    EXPECT_EQ(timingOf(sound).length, timingOf(bars).length);
+    window->undoStack().undo();
+    EXPECT_EQ(timingOf(bars).length, length);
 }
 
 TEST_F(TimelineViewTest, escapeInTheMiddleOfADragPutsTheClipAndItsSoundBack)
