@@ -114,7 +114,7 @@ TEST_F(TimelineEditsTest, ATrimmedClipShowsMoreOrLessOfItsMediaAsFarAsItGoes)
     }
 }
 
-TEST_F(TimelineEditsTest, CutsOutsideTheClipAndEditsOfClipsElsewhereChangeNothing)
+TEST_F(TimelineEditsTest, CutsOutsideAClipEditsOfClipsElsewhereAndMovesToWhereAClipStandsChangeNothing)
 {
     TestSupport::LogCapture log;
     retime(1.0, false);
@@ -126,4 +126,10 @@ TEST_F(TimelineEditsTest, CutsOutsideTheClipAndEditsOfClipsElsewhereChangeNothin
     EXPECT_FALSE(TimelineEdits::moveClip(timeline, loose, nullptr, 0, &undo));
     EXPECT_EQ(undo.count(), 0);
     EXPECT_EQ(timeline->clips().size(), 2u);
+
+    // Straight down onto another track is a move; to where it stands is none.
+    ASSERT_TRUE(TimelineEdits::moveClip(timeline, video, timeline->extraVideoTrack(), 2 * second, &undo));
+    EXPECT_EQ(timeline->clipTiming(video).track, timeline->extraVideoTrack());
+    EXPECT_TRUE(TimelineEdits::moveClip(timeline, video, nullptr, 2 * second, &undo));
+    EXPECT_EQ(undo.count(), 1);
 }
