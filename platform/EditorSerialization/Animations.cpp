@@ -4,8 +4,6 @@
 #include <QJsonArray>
 #include <QJsonObject>
 
-#include <glog/logging.h>
-
 namespace Serialize {
 
 namespace {
@@ -21,8 +19,7 @@ constexpr int version = 1;
 
 std::optional<Animation::TransformationItem> refuse(const char* why, const QString& detail = QString())
 {
-    LOG(ERROR) << "Serialize::readAnimation: " << why << (detail.isEmpty() ? "" : " (") << detail.toStdString()
-               << (detail.isEmpty() ? "" : ")");
+    logRefusal("Serialize::readAnimation", why, detail);
     return std::nullopt;
 }
 

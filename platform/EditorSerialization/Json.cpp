@@ -3,6 +3,8 @@
 #include <QCoreApplication>
 #include <QSet>
 
+#include <glog/logging.h>
+
 #include <cmath>
 #include <vector>
 
@@ -178,6 +180,12 @@ bool readTransform(const QJsonValue& value, Types::Transform& out)
     }
     out = Types::Transform(m[0], m[1], m[2], m[3], m[4], m[5], m[6], m[7], m[8]);
     return true;
+}
+
+void logRefusal(const char* reader, const char* why, const QString& detail)
+{
+    LOG(ERROR) << reader << ": " << why << (detail.isEmpty() ? "" : " (") << detail.toStdString()
+               << (detail.isEmpty() ? "" : ")");
 }
 
 } // namespace Serialize

@@ -25,4 +25,7 @@ QJsonArray writeTransform(const Types::Transform& transform);
 // The placement of such an array; false (and `out` unchanged) unless it holds nine finite numbers.
 bool readTransform(const QJsonValue& value, Types::Transform& out);
 
+// Logs why `reader` refused a document: "Serialize::readAnimation: no keys (detail)".
+void logRefusal(const char* reader, const char* why, const QString& detail = QString());
+
 } // namespace Serialize

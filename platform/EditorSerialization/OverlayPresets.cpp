@@ -23,8 +23,7 @@ constexpr int version = 1;
 
 std::vector<std::unique_ptr<Overlay::Preset>> refuse(const char* why, const QString& detail = QString())
 {
-    LOG(ERROR) << "Serialize::readOverlayPresets: " << why << (detail.isEmpty() ? "" : " (") << detail.toStdString()
-               << (detail.isEmpty() ? "" : ")");
+    logRefusal("Serialize::readOverlayPresets", why, detail);
     return {};
 }
 
